@@ -110,7 +110,7 @@ const std::vector<OpaqueWord>& opaque_words();
 
 /// A field of one colour image, every element by itself: what replay writes, in a fixed order.
 struct ColorField {
-    std::string name;  ///< "Global.B", "Luma.PY[3]", "ColorMap.W1_H.PL"
+    std::string name;  ///< "Global.B", "Luma.PY[3]", "ColorMap.W1.H.PL"
     unsigned word;
     unsigned lsb;
     unsigned width;
