@@ -1,0 +1,32 @@
+#ifndef IMGTUNE_CAMERA_STATE_H
+#define IMGTUNE_CAMERA_STATE_H
+
+// The camera stack owns this record. A library built for a stack with a record of its own is
+// configured with that header's name (IMGTUNE_CAMERA_STATE_HEADER), which must define
+// NSIspTuning::RAWIspCamInfo with the seven members below, under these names, in this order and
+// with these widths; other members may lie before, between and after them. Such a header takes
+// AWB_GAIN_T from <imgtune/awb_gain.h>.
+
+#include <imgtune/awb_gain.h>
+
+#ifdef IMGTUNE_CAMERA_STATE_HEADER
+#include IMGTUNE_CAMERA_STATE_HEADER
+#else
+
+namespace NSIspTuning {
+
+/// The frame as the camera stack describes it; only read by the library, never kept.
+struct RAWIspCamInfo {
+    std::int32_t profile;      ///< ISP profile as the camera stack numbers it; only traced
+    AWB_GAIN_T rAWBFullGain;   ///< gain used by SmoothCCM when its Fullgain is 1
+    AWB_GAIN_T rAWBGain;       ///< gain used by SmoothCCM otherwise
+    std::uint32_t u4CCT;       ///< colour temperature of the scene, kelvin
+    std::uint32_t u4RealLV;    ///< light value, compared as unsigned
+    std::int32_t u4FlashMode;  ///< 0: no flash; anything else: lit by the flash
+    std::int32_t u4SceneFlag;  ///< 1: scene images; anything else: none
+};
+
+}  // namespace NSIspTuning
+
+#endif
+#endif
