@@ -1,0 +1,549 @@
+#include <gtest/gtest.h>
+#include <imgtune/imgtune.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <random>
+
+#include "ccm/codec.h"
+#include "ccm/matrix_rows.h"
+#include "support/platform_fakes.h"
+
+namespace {
+
+using imgtune::CoefficientCodec;
+using NSIspTuning::ISP_CCM_T;
+using NSIspTuning::ISP_CCM_T_2D;
+using NSIspTuning::ISP_NVRAM_CCM_T;
+using NSIspTuning::RAWIspCamInfo;
+namespace fakes = imgtune::fakes;
+
+constexpr CoefficientCodec kCodec(3, 9);
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+
+ISP_CCM_T matrix_of(int c1, int c2, int c3, int c5, int c6, int c7, int unity = 512) {
+    ISP_CCM_T m{{0, c1, c2, c3, 0, c5, c6, c7, 0}};
+    imgtune::close_rows(m, unity);
+    return m;
+}
+
+void expect_matrix(const ISP_CCM_T& actual, const ISP_CCM_T& expected, const char* what = "") {
+    for (int k = 0; k < 9; ++k) {
+        EXPECT_EQ(actual.i4Coef[k], expected.i4Coef[k]) << what << " coefficient " << k;
+    }
+}
+
+/// Three CTs 300 gain units apart on a straight locus; each row and CT has a matrix of its own.
+ISP_NVRAM_MULTI_CCM_STRUCT three_ct_tuning(int method) {
+    ISP_NVRAM_MULTI_CCM_STRUCT t{};
+    t.i4Method = method;
+    t.i4NumLV = 2;
+    t.i4NumFlash = 1;
+    t.i4NumCT = 3;
+    for (int row = 0; row < 8; ++row) {
+        for (int ct = 0; ct < 3; ++ct) {
+            t.rCTAWBGain[row][ct] = {600 + 300 * ct, 0, 1500 - 300 * ct};
+            const int c1 = -100 - 10 * row - ct;
+            kCodec.encode(matrix_of(c1, 20, -30, 40, -50, 60), t.rCCM_Nvram[row][ct]);
+        }
+    }
+    return t;
+}
+
+/// One caller of SmoothCCM: unity weights for the new matrix, so that nothing is averaged.
+struct Caller {
+    ISP_NVRAM_MULTI_CCM_STRUCT tuning;
+    RAWIspCamInfo state{.profile = 0,
+                        .rAWBFullGain = {1200, 512, 900},
+                        .rAWBGain = {900, 512, 1200},
+                        .u4CCT = 5000,
+                        .u4RealLV = 100,
+                        .u4FlashMode = 0,
+                        .u4SceneFlag = 0};
+    ISP_NVRAM_CCM_T output{};
+    ISP_NVRAM_CCM_T ring[2] = {};
+    unsigned index = 0;
+    unsigned weights[3] = {1, 0, 0};
+    unsigned short version = 0;
+
+    explicit Caller(int method) : tuning(three_ct_tuning(method)) {}
+
+    ISP_CCM_T run(int full_gain = 0) {
+        SmoothCCM(full_gain, 3, 9, tuning, output, version, state, ring, index, weights);
+        return kCodec.decode(output);
+    }
+};
+
+class Ccm : public testing::Test {
+  protected:
+    // One call of the entry point closes the trace gate that is open at load.
+    Ccm() {
+        fakes::reset();
+        Caller(0).run();
+        fakes::reset();
+    }
+};
+
+TEST_F(Ccm, CodecReadsAndWritesFields) {
+    const struct {
+        int a, b;
+        std::uint32_t field;
+        std::int32_t decoded;
+    } reads[] = {
+        {3, 9, 4097, -4095}, {3, 9, 4096, 4096}, {3, 9, 8191, -1},  {2, 8, 1500, -548},
+        {2, 8, 3000, 952},   {2, 8, 1024, 1024}, {35, 9, 8191, -1},  // shift counts are modulo 32
+    };
+    for (const auto& c : reads) {
+        EXPECT_EQ(CoefficientCodec(c.a, c.b).decode(c.field), c.decoded) << c.field;
+    }
+    const struct {
+        int a, b;
+        std::int32_t coefficient;
+        std::uint32_t field;
+    } writes[] = {{3, 9, -4096, 4096}, {3, 9, 8200, 8}, {2, 8, -1, 2047}, {3, 9, -1, 8191}};
+    for (const auto& c : writes) {
+        EXPECT_EQ(CoefficientCodec(c.a, c.b).encode(c.coefficient) & 0x1fff, c.field);
+    }
+    ISP_NVRAM_CCM_T image;
+    std::memset(&image, 0xff, sizeof(image));
+    kCodec.encode(ISP_CCM_T{}, image);
+    for (int w = 0; w < 6; ++w) EXPECT_EQ(image.u4Word[w], w % 2 ? 0xffffe000U : 0xe000e000U);
+}
+
+TEST_F(Ccm, PolynomialGainIsProjectedOnTheChord) {
+    ISP_NVRAM_MULTI_CCM_STRUCT t = three_ct_tuning(1);
+    const struct {
+        AWB_GAIN_T gain, projected;
+    } cases[] = {
+        {{600, 512, 1500}, {600, 512, 1500}},  {{1200, 7, 900}, {1200, 512, 900}},
+        {{1001, 512, 1300}, {900, 512, 1200}},  // 300.5 both ways
+        {{1500, 512, 600}, {1500, 512, 600}},   // beyond the chord's end
+        {{500, 512, 1600}, {500, 512, 1600}},
+    };
+    for (const auto& c : cases) {
+        AWB_GAIN_T projected{};
+        int position = 77;
+        float ratios[2] = {7, 7};
+        GainProjection(c.gain, t, projected, 1, ratios, 3, 0, &position);
+        EXPECT_EQ(projected.i4R, c.projected.i4R) << c.gain.i4R;
+        EXPECT_EQ(projected.i4G, 512);
+        EXPECT_EQ(projected.i4B, c.projected.i4B) << c.gain.i4B;
+        EXPECT_EQ(position, 77);
+        EXPECT_EQ(ratios[0], 7);
+    }
+    t.rCTAWBGain[0][2] = t.rCTAWBGain[0][0];  // a chord of no length
+    AWB_GAIN_T projected{};
+    GainProjection({900, 512, 1200}, t, projected, 1, nullptr, 3, 0, nullptr);
+    EXPECT_EQ(projected.i4R, 600);
+    EXPECT_EQ(projected.i4B, 1500);
+    projected = {1, 2, 3};
+    GainProjection({900, 512, 1200}, t, projected, 3, nullptr, 3, 0, nullptr);
+    EXPECT_EQ(projected.i4G, 2);
+}
+
+TEST_F(Ccm, CtPositionIsTheNearestTunedCtWithinItsLimits) {
+    // Gains in units of 100 along red only, so that distances read off directly.
+    const auto position_of = [](std::initializer_list<int> reds, int red) {
+        ISP_NVRAM_MULTI_CCM_STRUCT t{};
+        int j = 0;
+        for (const int r : reds) t.rCTAWBGain[0][j++] = {r * 100, 0, 5000};
+        AWB_GAIN_T projected{};
+        float ratios[2];
+        int position = 99;
+        GainProjection({red * 100, 512, 5000}, t, projected, 2, ratios,
+                       static_cast<int>(reds.size()), 0, &position);
+        return position;
+    };
+    EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 0), -1);
+    EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 160), 15);
+    EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 1), 1);    // nearest 0 moves inside
+    EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 159), 3);  // nearest N - 1 moves inside
+    EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 81), 2);
+    EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 67), 1);  // 13 is not closer than 27 - 15
+    EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 68), 2);  // 12 is closer than 28 - 15
+    EXPECT_EQ(position_of({-120, 0, 30, 50, 300}, 1), 1);  // 121 is too far, 1 is near
+    EXPECT_EQ(position_of({0, 10, 12, 14, 300}, 16), 1);   // nearest 0, coarse 4: one step
+}
+
+TEST_F(Ccm, BlendRatiosComeFromProjectedAndUnprojectedDistances) {
+    ISP_NVRAM_MULTI_CCM_STRUCT t = three_ct_tuning(2);
+    AWB_GAIN_T projected{1, 2, 3};
+    float ratios[2];
+    int position;
+    GainProjection({900, 512, 1200}, t, projected, 2, ratios, 3, 0, &position);
+    EXPECT_EQ(position, 1);
+    EXPECT_FLOAT_EQ(ratios[0], 0.49941143f);  // 3 sqrt 2 / (6 sqrt 2 + 0.01)
+    EXPECT_EQ(ratios[1], 0.0f);
+    EXPECT_EQ(projected.i4G, 2);
+    GainProjection({1000, 512, 1300}, t, projected, 2, ratios, 3, 0, &position);
+    EXPECT_FLOAT_EQ(ratios[1], 0.49823847f);  // sqrt 2 / (2 sqrt 2 + 0.01), both off the chord
+    GainProjection({600, 512, 1300}, t, projected, 2, ratios, 3, 0, &position);
+    EXPECT_EQ(position, -1);
+    EXPECT_EQ(ratios[0], 1.0f);
+    EXPECT_EQ(ratios[1], 1.0f);
+}
+
+// g++ 12 at -O2 drops the rounding to float between a square root and the ratio formed from it
+// when both stand twice side by side. This gain shows it in the last bit of both ratios' quotients.
+TEST_F(Ccm, DistancesAreRoundedToSinglePrecision) {
+    std::mt19937 random(3);
+    for (int i = 0; i < 2000; ++i) {
+        ISP_NVRAM_MULTI_CCM_STRUCT t = three_ct_tuning(2);
+        const auto jitter = [&] { return static_cast<int>(random() % 97); };
+        for (auto& g : t.rCTAWBGain[0]) g = {g.i4R + jitter(), 0, g.i4B + jitter()};
+        const AWB_GAIN_T gain{750 + jitter() * 3, 512, 1100 + jitter() * 3};
+        float ratios[2];
+        int position;
+        AWB_GAIN_T foot{};
+        GainProjection(gain, t, foot, 2, ratios, 3, 0, &position);
+        if (position != 1) continue;
+        GainProjection(gain, t, foot, 1, ratios, 3, 0, nullptr);
+        const auto distance = [](const AWB_GAIN_T& p, const AWB_GAIN_T& q) {
+            const double x = (static_cast<float>(p.i4R) - static_cast<float>(q.i4R)) * 0.01;
+            const double y = (static_cast<float>(p.i4B) - static_cast<float>(q.i4B)) * 0.01;
+            volatile float rounded = static_cast<float>(std::sqrt(x * x + y * y));
+            return static_cast<float>(rounded);
+        };
+        const auto share = [](float part, float other) {
+            volatile float sum = part + other;
+            volatile float ratio = static_cast<float>(part / (sum + 0.01));
+            return static_cast<float>(ratio);
+        };
+        const auto& g = t.rCTAWBGain[0];
+        ASSERT_EQ(ratios[0], share(distance(foot, g[0]), distance(foot, g[2]))) << i;
+        ASSERT_EQ(ratios[1], share(distance(gain, g[1]), distance(gain, foot))) << i;
+    }
+}
+
+TEST_F(Ccm, PolynomialEvaluatesTermByTerm) {
+    ISP_NVRAM_MULTI_CCM_STRUCT t = three_ct_tuning(1);
+    ISP_CCM_POLY22_T& p = t.rCCMPoly22;
+    p = {.i4R_AVG = 90000,
+         .i4R_STD = 10000,
+         .i4B_AVG = 120000,
+         .i4B_STD = 5000,
+         .i4Reserved = {},
+         .i4P00 = {9, -1500000, 255000, 9999, 0, -9999, 10000, 20000, 1},
+         .i4P10 = {0, 100000, 0, 0, 0, 0, 5000, 0, 1},
+         .i4P01 = {0, 0, -20000, 0, 0, 0, 0, 15000, 1}};
+    t.rCCMPoly22Flash = p;
+    t.rCCMPoly22Flash.i4P00[1] = 70000;
+    auto table = std::make_unique<ISP_CCM_T_2D>();
+    const auto at = [&](AWB_GAIN_T gain, int flash, int frac_bits) {
+        ISP_CCM_T out = imgtune::kIdentity;
+        Interpolation(gain, 3, frac_bits, t, *table, flash, out, nullptr, 1, 0, 0, 3);
+        return out;
+    };
+    // nr = nb = 0; then nr = 1, nb = -2; values are truncated toward zero
+    expect_matrix(at({900, 512, 1200}, 0, 9), matrix_of(-150, 25, 0, 0, 1, 2), "at the mean");
+    expect_matrix(at({1000, 512, 1100}, 0, 9), matrix_of(-140, 29, 0, 0, 1, -1), "off the mean");
+    expect_matrix(at({900, 512, 1200}, 1, 10), matrix_of(7, 25, 0, 0, 1, 2, 1024), "flash");
+    // A zero deviation: 100 / 0 is infinite, infinity times 0 is NaN, which truncates to 0.
+    p.i4R_STD = 0;
+    expect_matrix(at({1000, 512, 1200}, 0, 9), matrix_of(0, 0, 0, 0, 0, 0), "no deviation");
+
+    float one[9], zero[9] = {}, huge[9];
+    for (float& v : one) v = 1.5f;
+    for (float& v : huge) v = 3e9f;
+    ISP_CCM_T out;
+    GenCCM({1024, 512, 512}, 0, 0, 512, 512, 512, 256, 512, zero, zero, zero, one, one, one, out);
+    expect_matrix(out, matrix_of(6, 6, 6, 6, 6, 6), "nr = 2, nb = 0: only P20 counts");
+    GenCCM({1, 0, 1}, 0, 0, 512, 0, 0, 1, 1, zero, one, zero, zero, zero, zero, out);
+    expect_matrix(out, matrix_of(0, 0, 0, 0, 0, 0), "zero green");
+    GenCCM({1, 1, 1}, 0, 0, 512, 512, 512, 1, 1, huge, zero, zero, zero, zero, zero, out);
+    EXPECT_EQ(out.i4Coef[1], std::numeric_limits<std::int32_t>::max());
+}
+
+TEST_F(Ccm, BlendMixesTheThreeCtsAroundThePosition) {
+    auto table = std::make_unique<ISP_CCM_T_2D>();
+    for (int ct = 0; ct < 8; ++ct) {
+        constexpr int kC1[8] = {100, 50, 200, -7, 9, 11, 13, 15};
+        for (int k = 0; k < 9; ++k) table->i4Plane[k][2][ct] = k == 1 ? kC1[ct] : 0;
+    }
+    const struct {
+        float coarse, fine;
+        int position, count, c1;
+    } cases[] = {
+        {0.5f, 0.0f, 1, 5, 50},
+        {0.5f, 1.0f, 1, 5, 150},
+        {0.25f, 0.5f, 1, 5, 87},
+        {0.0f, 1.0f, 1, 5, 100},
+        {1.0f, 1.0f, 1, 5, 200},
+        {0.5f, 0.5f, -1, 5, 100},
+        {0.5f, 0.5f, 15, 5, 9},
+        {0.5f, 0.5f, 10, 3, 200},
+        {0.3f, 0.9f, 3, 5, 127},
+        {0.5f, 0.5f, 10, 0, 100},
+        {0.5f, 0.5f, 10, 99, 15},
+        {0.5f, 1.0f, 9, 5, 15},
+        {0.5f, 1.0f, std::numeric_limits<int>::min(), 5, 100},
+        {kNan, kNan, 1, 5, 0},
+    };
+    for (const auto& c : cases) {
+        float ratios[2] = {c.coarse, c.fine};
+        ISP_CCM_T out;
+        BlendCCM(ratios, *table, out, c.position, 2, c.count);
+        expect_matrix(out, matrix_of(c.c1, 0, 0, 0, 0, 0));
+        AWB_GAIN_T unused{};
+        ISP_NVRAM_MULTI_CCM_STRUCT t{};
+        Interpolation(unused, 3, 10, t, *table, 0, out, ratios, 2, 2, c.position, c.count);
+        EXPECT_EQ(out.i4Coef[0], 1024 - c.c1);
+    }
+}
+
+TEST_F(Ccm, GainIsClippedInOrder) {
+    const struct {
+        AWB_GAIN_T gain;
+        const char* clips;  // L: low line, H: high line
+        AWB_GAIN_T clipped;
+    } cases[] = {
+        {{900, 512, 1200}, "", {900, 512, 1200}},   {{500, 512, 1600}, "L", {600, 512, 1500}},
+        {{500, 512, 1400}, "L", {600, 512, 1400}},  {{1300, 512, 800}, "H", {1200, 512, 900}},
+        {{1300, 512, 1000}, "H", {1200, 512, 900}}, {{500, 512, 800}, "LH", {1200, 512, 900}},
+        {{1300, 512, 1600}, "L", {600, 512, 1500}}, {{-1, -2, -3}, "LH", {1200, -2, 900}},
+    };
+    for (const auto& c : cases) {
+        Caller caller(0);
+        caller.state.rAWBGain = c.gain;
+        fakes::reset_with({"debug.smooth_ccm.enable"});
+        caller.run();
+        std::string clips;
+        for (const auto& line : fakes::log_lines) {
+            if (line.text == "Clipped low R B full Gain \n") clips += 'L';
+            if (line.text == "Clipped high R B full Gain \n") clips += 'H';
+        }
+        EXPECT_EQ(clips, c.clips) << c.gain.i4R << ", " << c.gain.i4B;
+        char expected[80];
+        std::snprintf(expected, sizeof(expected), "Clipped AWB full Gain = (%d, %d, %d)\n",
+                      c.clipped.i4R, c.clipped.i4G, c.clipped.i4B);
+        EXPECT_NE(fakes::log_text().find(expected), std::string::npos) << expected;
+    }
+}
+
+TEST_F(Ccm, LightPicksRowAndLowLightShare) {
+    // c1 is -100 - 10 row - ct; the gain sits on CT 1.
+    const struct {
+        std::uint32_t lv;
+        int flash, num_lv, c1;
+    } cases[] = {
+        {100, 0, 2, -101}, {50, 0, 2, -101}, {49, 0, 2, -101},         {35, 0, 2, -106},
+        {20, 0, 2, -111},  {0, 0, 2, -111},  {0xffffffff, 0, 2, -101}, {35, 0, 1, -101},
+        {35, 1, 2, -161},  {35, 2, 2, -161},
+    };
+    for (const auto& c : cases) {
+        Caller caller(2);
+        caller.state.u4RealLV = c.lv;
+        caller.state.u4FlashMode = c.flash;
+        caller.tuning.i4NumLV = c.num_lv;
+        expect_matrix(caller.run(), matrix_of(c.c1, 20, -30, 40, -50, 60), "light");
+        EXPECT_EQ(caller.version, 200);
+    }
+    Caller caller(2);
+    EXPECT_EQ(caller.run(1).i4Coef[1], -102) << "full gain: highest CT";
+    EXPECT_EQ(caller.run(2).i4Coef[1], -101) << "only 1 means full gain";
+}
+
+TEST_F(Ccm, RingIsAveragedByFixedSlots) {
+    Caller caller(2);
+    kCodec.encode(matrix_of(100, 0, 0, 0, 0, 0), caller.ring[0]);
+    kCodec.encode(matrix_of(-200, 0, 0, 0, 0, 0), caller.ring[1]);
+    caller.ring[0].u4Word[1] |= 0xffffe000U;
+    caller.weights[0] = 2;
+    caller.weights[1] = 3;
+    caller.weights[2] = 5;
+    EXPECT_EQ(caller.run().i4Coef[1], -90);  // (-202 + 300 - 1000) / 10 = -90.2
+    EXPECT_EQ(caller.index, 1U);
+    EXPECT_EQ(kCodec.decode(caller.ring[0]).i4Coef[1], -90);
+    EXPECT_EQ(kCodec.decode(caller.ring[1]).i4Coef[1], -200);
+    EXPECT_EQ(caller.ring[0].u4Word[1] & 0xffffe000U, 0xffffe000U);
+    EXPECT_EQ(caller.run().i4Coef[1], -147);  // (-202 - 270 - 1000) / 10
+    EXPECT_EQ(caller.index, 0U);
+    EXPECT_EQ(kCodec.decode(caller.ring[1]).i4Coef[1], -147);
+
+    caller.index = 2;
+    const ISP_NVRAM_CCM_T before[2] = {caller.ring[0], caller.ring[1]};
+    caller.run();
+    EXPECT_EQ(caller.index, 2U);
+    EXPECT_EQ(std::memcmp(before, caller.ring, sizeof(before)), 0);
+
+    const unsigned sums_to_zero[3] = {0x80000000U, 0x7fffffffU, 1};
+    std::memcpy(caller.weights, sums_to_zero, sizeof(sums_to_zero));
+    expect_matrix(caller.run(), imgtune::kIdentity, "zero sum");
+}
+
+TEST_F(Ccm, GamutMatrixUsesTheCoefficientsJustComputed) {
+    const struct {
+        int pq_type;
+        ISP_CCM_T expected;
+    } cases[] = {
+        {0, matrix_of(-101, 20, -30, 40, -50, 60)},
+        {1, matrix_of(-10, 18, -7, 36, -30, 89)},
+        {2, matrix_of(17, 18, -21, 36, -36, 100)},
+        {3, matrix_of(-101, 20, -30, 40, -50, 60)},
+    };
+    for (const auto& c : cases) {
+        Caller caller(2);
+        caller.tuning.i4PQType = c.pq_type;
+        expect_matrix(caller.run(), c.expected, "gamut");
+        EXPECT_EQ(kCodec.decode(caller.ring[0]).i4Coef[1], -101) << "the ring is kept before it";
+    }
+}
+
+TEST_F(Ccm, RwbSeparationScalesAndLimits) {
+    const struct {
+        float ratio;
+        std::uint32_t f1, f2, out0, out1, out2;
+    } cases[] = {
+        {1.0f, 100, 50, 362, 100, 50},    {0.0f, 100, 50, 512, 0, 0},
+        {-1.0f, 100, 50, 512, 0, 0},      {kNan, 100, 50, 512, 0, 0},
+        {2.0f, 3000, 0, 2704, 4095, 0},   {0.5f, 8092, 0, 4095, 4046, 0},
+        {1.0f, 400, 300, 4095, 400, 300}, {1e30f, 1, 0, 513, 4095, 0},
+    };
+    for (const auto& c : cases) {
+        ISP_NVRAM_CCM_T image{};
+        for (auto& w : image.u4Word) w = 0xe000e000U;
+        imgtune::kCoefficientFields[1].write(image.u4Word, c.f1);
+        imgtune::kCoefficientFields[2].write(image.u4Word, c.f2);
+        seperate_RWB_CCM_by_ratio(&image, c.ratio, 3, 9);
+        EXPECT_EQ(image.u4Word[0], 0xe000e000U | c.out1 << 16 | c.out0) << c.ratio;
+        EXPECT_EQ(image.u4Word[1], 0xe000e000U | c.out2) << c.ratio;
+        EXPECT_EQ(image.u4Word[2], 0xe000e000U | 512U << 16);
+    }
+}
+
+TEST_F(Ccm, TracesOneCall) {
+    Caller caller(2);
+    caller.state.u4RealLV = 35;
+    fakes::reset_with({"debug.smooth_ccm.enable"});
+    caller.run();
+    std::string expected =
+        "Fullgain = 0\n"
+        "Input AWB full Gain = (900, 512, 1200)\n"
+        "Flash mode = 0\n"
+        "Real LV = 35\n"
+        "Method = 2\n"
+        "Number of CT = 3\n"
+        "Number of LV = 2\n"
+        "Number of Flash = 1\n"
+        "PQ type = 0\n"
+        "LVpos = 0\n"
+        "Clipped AWB full Gain = (900, 512, 1200)\n";
+    for (const char* row : {"00", "01", "06"}) {
+        for (int ct = 0; ct < 8; ++ct) {
+            const int c1 = -100 - 10 * (row[1] - '0') - ct;
+            expected += "LV_" + std::string(row) + "_CT" + std::to_string(ct) + "_rCCM_Nvram = (";
+            expected += ct > 2 ? "0, 0, 0, 0, 0, 0, 0, 0, 0)\n"
+                               : std::to_string(492 - c1) + ", " + std::to_string(c1) +
+                                     ", 20, -30, 502, 40, -50, 60, 502)\n";
+        }
+    }
+    for (const int row : {0, 1}) {
+        const std::string c1 = std::to_string(-101 - 10 * row);
+        const std::string c0 = std::to_string(593 + 10 * row);
+        expected +=
+            "Estimated CT position = (1)\n"
+            "Proj AWB Gain = (900, 512, 1200)\n"
+            "range 0 = (4.242640)\n"
+            "range 1 = (0.000000)\n"
+            "range 2 = (4.242640)\n"
+            "range 3 = (0.000000)\n"
+            "Coarse Blending Ratio between CT0/CT2 = (0.500589)\n"
+            "Finer Blending Ratio with estimated CT1 = (1.000000)\n"
+            "LV postion in BlendCCM = " +
+            std::to_string(row) +
+            "\n"
+            "rCCM_Output after interpolation = (" +
+            c0 + ", " + c1 + ", 20, -30, 502, 40, -50, 60, 502)\n";
+    }
+    expected +=
+        "LV_blend ratio = (0.500000)\n"
+        "Coef1, Coef2, Coef3 = 1, 0, 0\n"
+        "Temporal CCM 0 = (0, 0, 0, 0, 0, 0, 0, 0, 0)\n"
+        "Temporal CCM 1 = (0, 0, 0, 0, 0, 0, 0, 0, 0)\n"
+        "rCCM_Output after averaging = (598, -106, 20, -30, 502, 40, -50, 60, 502)\n";
+    EXPECT_EQ(fakes::log_text(), expected);
+    EXPECT_EQ(fakes::property_reads, std::vector<std::string>{"debug.smooth_ccm.enable"});
+    for (const auto& line : fakes::log_lines) {
+        ASSERT_EQ(line.priority, 3);
+        ASSERT_EQ(line.tag, "ispfeature");
+    }
+
+    caller.tuning.i4Method = 1;
+    caller.tuning.rCCMPoly22.i4R_AVG = 12345;
+    caller.tuning.rCCMPoly22.i4P10[8] = -5;
+    caller.state.u4RealLV = 50;
+    fakes::log_lines.clear();
+    caller.run();
+    const std::string nine_zeros =
+        "(0.000000, 0.000000, 0.000000, 0.000000, 0.000000, 0.000000, "
+        "0.000000, 0.000000, ";
+    EXPECT_NE(fakes::log_text().find(
+                  "Proj AWB Gain = (900, 512, 1200)\n"
+                  "rCCMPoly22.i4R_AVG = 123.449997\n"
+                  "rCCMPoly22.i4R_STD = 0.000000\n"
+                  "rCCMPoly22.i4B_AVG = 0.000000\n"
+                  "rCCMPoly22.i4B_STD = 0.000000\n"
+                  "rCCMPoly22.i4P00[9] = " +
+                  nine_zeros +
+                  "0.000000)\n"
+                  "rCCMPoly22.i4P10[9] = " +
+                  nine_zeros +
+                  "-0.000500)\n"
+                  "rCCMPoly22.i4P01[9] = " +
+                  nine_zeros +
+                  "0.000000)\n"
+                  "rCCM_Output after interpolation = (512, 0, 0, 0, 512, 0, 0, 0, 512)\n"),
+              std::string::npos)
+        << fakes::log_text();
+
+    caller.tuning.i4Method = 2;
+    for (const auto& [red, line] :
+         {std::pair{600, "Below lowest CT"}, std::pair{600, "CCM result by lowest CT \n"},
+          std::pair{1200, "CCM result by highest CT \n"},
+          std::pair{1200, "Estimated CT position = (13)\n"}}) {
+        caller.state.rAWBGain.i4R = red;
+        fakes::log_lines.clear();
+        caller.run();
+        EXPECT_NE(fakes::log_text().find(line), std::string::npos) << line;
+    }
+
+    fakes::reset();
+    caller.run();
+    EXPECT_TRUE(fakes::log_lines.empty());
+}
+
+// Whatever the bits, a call stays inside the records (the sanitizers see to that) and each row of
+// its result sums to the unity modulo the field's width.
+TEST_F(Ccm, ArbitraryBitsAreHarmless) {
+    std::mt19937 random(11);
+    auto caller = std::make_unique<Caller>(0);
+    for (int i = 0; i < 3000; ++i) {
+        auto* words = reinterpret_cast<std::uint32_t*>(&caller->tuning);
+        for (std::size_t w = 0; w < sizeof(caller->tuning) / 4; ++w) {
+            words[w] = static_cast<std::uint32_t>(random()) >> (random() % 32);
+        }
+        caller->tuning.i4Method = static_cast<int>(random() % 4);
+        caller->tuning.i4NumCT = i % 3 == 0 ? static_cast<int>(random()) : i % 11 - 1;
+        const auto any = [&] { return static_cast<int>(random()) >> (random() % 32); };
+        caller->state.rAWBGain = {any(), any(), any()};
+        caller->state.u4RealLV = static_cast<std::uint32_t>(any());
+        caller->state.u4FlashMode = i % 5 == 0;
+        for (unsigned& w : caller->weights) w = static_cast<unsigned>(any());
+        const ISP_CCM_T out = caller->run();
+        for (int row = 0; row < 3; ++row) {
+            const int* c = &out.i4Coef[3 * row];
+            ASSERT_EQ((c[0] + c[1] + c[2]) & 0x1fff, 512) << i;
+        }
+        const AWB_GAIN_T gain{any(), any(), any()};
+        AWB_GAIN_T projected{};
+        float ratios[2] = {};
+        int position = 0;
+        GainProjection(gain, caller->tuning, projected, any(), ratios, any(), any(), &position);
+        GainProjection(gain, caller->tuning, projected, 2, ratios, any(), any(), &position);
+        ASSERT_TRUE(ratios[0] >= 0 && ratios[0] <= 1 && ratios[1] >= 0 && ratios[1] <= 1);
+    }
+}
+
+}  // namespace
