@@ -19,6 +19,9 @@ target_compile_options(imgtune_library_flags INTERFACE
 
 add_library(imgtune_library_link INTERFACE)
 target_link_options(imgtune_library_link INTERFACE -Wl,--as-needed -Wl,-z,now -Wl,-Bsymbolic-functions)
+# libc and libm are named whether a build's inlining leaves a call to them or not.
+target_link_libraries(imgtune_library_link INTERFACE
+  -Wl,--push-state,--no-as-needed -lm -lc -Wl,--pop-state)
 if(NOT IMGTUNE_SANITIZE)
   target_link_options(imgtune_library_link INTERFACE -Wl,--no-undefined)
 endif()
