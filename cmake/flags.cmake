@@ -18,10 +18,9 @@ target_compile_options(imgtune_library_flags INTERFACE
   -fno-threadsafe-statics -fno-math-errno -fno-semantic-interposition)
 
 add_library(imgtune_library_link INTERFACE)
-target_link_options(imgtune_library_link INTERFACE -Wl,--as-needed -Wl,-z,now -Wl,-Bsymbolic-functions)
 # libc and libm are named whether a build's inlining leaves a call to them or not.
-target_link_libraries(imgtune_library_link INTERFACE
-  -Wl,--push-state,--no-as-needed -lm -lc -Wl,--pop-state)
+target_link_options(imgtune_library_link INTERFACE
+  -Wl,--no-as-needed,-lm,-lc -Wl,--as-needed -Wl,-z,now -Wl,-Bsymbolic-functions)
 if(NOT IMGTUNE_SANITIZE)
   target_link_options(imgtune_library_link INTERFACE -Wl,--no-undefined)
 endif()
