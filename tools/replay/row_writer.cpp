@@ -11,7 +11,7 @@ namespace imgtune::tool {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 1 << 18;
+constexpr std::size_t kBlockSize = 1 << 18;
 constexpr std::size_t kMostInGroup = 8;
 
 /// Frame number, inputs, coefficients and words of the matrix, line end.
@@ -111,7 +111,7 @@ RowWriter::RowWriter(OutputFile& output, const CallerSettings& caller, Jobs jobs
       caller_(caller),
       jobs_(jobs),
       room_(kFixedRoom + color_.room()),
-      buffer_(kBufferSize + room_) {}
+      block_{std::vector<char>(kBlockSize + room_), 0} {}
 
 void RowWriter::write_header() {
     std::string header = "frame";
@@ -123,23 +123,25 @@ void RowWriter::write_header() {
     if (jobs_.color) {
         for (const ColorField& field : color_fields()) (header += ',') += field.name;
     }
-    output_.write(header + '\n');
+    header += '\n';
+    BackgroundWriter::Block text{{header.begin(), header.end()}, header.size()};
+    output_.write(text);
 }
 
 void RowWriter::write(std::uint64_t number, const Frame& frame, const Camera& camera) {
-    if (used_ > kBufferSize) flush();
-    char* at = buffer_.data() + used_;
+    if (block_.used > kBlockSize) output_.write(block_);
+    char* at = block_.bytes.data() + block_.used;
     at = put_number(at, static_cast<std::int64_t>(number));
     at = put_inputs(at, frame);
     if (jobs_.ccm) at = put_matrix(at, camera.ccm(), caller_);
     if (jobs_.color) at = color_.put(at, camera.color());
     *at++ = '\n';
-    used_ = static_cast<std::size_t>(at - buffer_.data());
+    block_.used = static_cast<std::size_t>(at - block_.bytes.data());
 }
 
-void RowWriter::flush() {
-    output_.write({buffer_.data(), used_});
-    used_ = 0;
+void RowWriter::finish() {
+    output_.write(block_);
+    output_.finish();
 }
 
 }  // namespace imgtune::tool

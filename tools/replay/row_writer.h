@@ -9,7 +9,7 @@
 
 #include "frames/frame_log.h"
 #include "replay/camera.h"
-#include "support/output_file.h"
+#include "support/background_writer.h"
 
 namespace imgtune::tool {
 
@@ -56,16 +56,16 @@ class RowWriter {
 
     void write_header();
     void write(std::uint64_t number, const Frame& frame, const Camera& camera);
-    void flush();
+    /// After the last row: hands everything to the file.
+    void finish();
 
   private:
-    OutputFile& output_;
+    BackgroundWriter output_;
     CallerSettings caller_;
     Jobs jobs_;
     ColorText color_;
     std::size_t room_;  ///< most bytes of a row
-    std::vector<char> buffer_;
-    std::size_t used_ = 0;
+    BackgroundWriter::Block block_;
 };
 
 }  // namespace imgtune::tool

@@ -119,7 +119,7 @@ int run(const Options& options) {
         progress.show(number);
     }
     if (writer) {
-        writer->flush();
+        writer->finish();
         output->commit();
     }
     if (summary) {
