@@ -28,23 +28,30 @@ enum class Form {
     coefficient,  ///< 13-bit coefficient; its meaning depends on the caller's codec
 };
 
+/// A finding of `check` for values outside a field's allowed range.
+struct RangeRule {
+    std::int64_t min;
+    std::int64_t max;
+    const char* code = "T101";
+    const char* effect = "";  ///< on the camera
+    bool warning = false;
+};
+
 /// A field of a record, or a row of equal ones.
 struct FieldSpec {
-    const char* name;     ///< below the record, groups separated by dots: "Luma.PY"
+    std::string name;     ///< below the record, groups separated by dots: "Luma.PY"
     BitField first;       ///< word counted from the record's start; width 1..32
     unsigned count = 0;   ///< 0: a single value; else a list of that many
     unsigned stride = 0;  ///< bits from one element to the next
-    bool is_signed = false;
-    std::int64_t min = 0;  ///< what `check` allows
-    std::int64_t max = 0;
     const char* unit = "";
     const char* meaning = "";
+    const RangeRule* allowed = nullptr;  ///< none: whatever the bits hold
+    bool is_signed = false;
     const BitField* places = nullptr;  ///< elements without a regular stride
     Form form = Form::integer;
-    bool optional = false;   ///< may be missing in YAML: keeps its default
-    bool rewritten = false;  ///< part of what colour smoothing computes for each frame
+    bool optional = false;  ///< may be missing in YAML: keeps its default
 
-    constexpr unsigned elements() const { return count == 0 ? 1 : count; }
+    unsigned elements() const { return count == 0 ? 1 : count; }
     BitField place(unsigned element) const;
     /// What the field's bits can hold.
     std::int64_t lowest() const;
@@ -55,8 +62,9 @@ struct FieldSpec {
 struct RecordSpec {
     const char* name;
     unsigned words;
-    std::span<const FieldSpec> fields;
-    bool as_list = false;  ///< YAML shows its values as one list without names
+    std::vector<FieldSpec> fields;
+    bool as_list = false;   ///< YAML shows its values as one list without names
+    bool optional = false;  ///< may be missing in YAML: zero, or the caller's defaults
 };
 
 extern const RecordSpec kCallerRecord;
@@ -98,6 +106,25 @@ struct FieldRef {
 
 /// Every value of every record, in the order of records().
 const std::vector<FieldRef>& fields();
+
+/// The YAML form of a tuning: maps and lists down to records, and their fields.
+struct FormatNode {
+    enum class Kind {
+        map,     ///< children by name
+        list,    ///< children by index
+        values,  ///< a record shown as a list of its values
+        field,
+    };
+    Kind kind = Kind::map;
+    std::string name;  ///< key or index
+    std::string path;
+    bool optional = false;
+    const Record* record = nullptr;   ///< values, field
+    const FieldSpec* spec = nullptr;  ///< field
+    const Record* opaque = nullptr;   ///< the map has other_bits, of this record's part
+    std::vector<FormatNode> children;
+};
+const FormatNode& format_tree();
 
 /// A word's bits that belong to no field of any record.
 struct OpaqueWord {

@@ -13,8 +13,12 @@ namespace imgtune::tool {
 /// `file` is the name that the findings show.
 Tuning read_yaml(std::istream& in, const std::string& file, Faults& faults);
 
-/// Writes a tuning so that read_yaml gives the same bits.
-void write_yaml(std::ostream& out, const Tuning& tuning);
+/// Reads a file with name and caller settings only.
+void read_caller_yaml(std::istream& in, const std::string& file, Faults& faults, Tuning& tuning);
+
+/// Writes a tuning so that read_yaml gives the same bits. With comments, each field is
+/// explained where it stands first.
+void write_yaml(std::ostream& out, const Tuning& tuning, bool comments = false);
 
 /// Reads a YAML file ("-": standard input) or a folder of stored images.
 Tuning load_tuning(const std::string& path, Faults& faults);
