@@ -13,15 +13,15 @@ enum class Severity { warning, error };
 /// One finding about a tuning.
 struct Fault {
     Severity severity = Severity::error;
-    std::string code;     ///< stable: "T012"
-    std::string file;     ///< filled in by Faults::add when empty
-    int line = 0;         ///< from 1; 0: none
-    std::string path;     ///< field, "ccm.rows.normal.gains.2"
-    std::string message;  ///< what is wrong
-    std::string value;
-    std::string allowed;
-    std::string effect;      ///< what it does on the camera
-    std::string suggestion;  ///< what to do
+    std::string code = {};     ///< stable: "T012"
+    std::string file = {};     ///< filled in by Faults::add when empty
+    int line = 0;              ///< from 1; 0: none
+    std::string path = {};     ///< field, "ccm.rows.normal.gains.2"
+    std::string message = {};  ///< what is wrong
+    std::string value = {};
+    std::string allowed = {};
+    std::string effect = {};      ///< what it does on the camera
+    std::string suggestion = {};  ///< what to do
 };
 
 /// The findings about one tuning, and where its fields stand in the files it came from.
