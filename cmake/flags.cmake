@@ -9,13 +9,14 @@ if(IMGTUNE_SANITIZE)
   add_link_options(-fsanitize=${IMGTUNE_SANITIZE})
 endif()
 
-# The library: nothing exported unless marked, no C++ runtime. Square roots without errno are
-# single instructions; no result depends on it.
+# The library: nothing exported unless marked, no C++ runtime. Without errno square roots
+# are single instructions, without traps choices between quotients vectorise; no result depends on
+# either.
 add_library(imgtune_library_flags INTERFACE)
 target_link_libraries(imgtune_library_flags INTERFACE imgtune_flags)
 target_compile_options(imgtune_library_flags INTERFACE
   -fvisibility=hidden -fvisibility-inlines-hidden -fno-exceptions -fno-rtti
-  -fno-threadsafe-statics -fno-math-errno -fno-semantic-interposition)
+  -fno-threadsafe-statics -fno-math-errno -fno-trapping-math -fno-semantic-interposition)
 
 add_library(imgtune_library_link INTERFACE)
 # libc and libm are named whether a build's inlining leaves a call to them or not.

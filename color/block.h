@@ -8,13 +8,14 @@
 #include <cstring>
 #include <utility>
 
+#include "color/lanes.h"
 #include "color/rules.h"
 #include "common/arithmetic.h"
 #include "common/debug_switch.h"
 #include "common/log.h"
 
-// What the register blocks share: lanes of 32-bit values and where they are packed, the two blend
-// rules and the temporal step of a parameter record, and the form of the traces.
+// What the register blocks share: where their fields are packed, the two blend rules and the
+// temporal step of a parameter record, and the form of the traces.
 
 namespace imgtune {
 
@@ -29,29 +30,19 @@ static_assert(offsetof(ColorParam, sat_speed) == 9 * 4);
 static_assert(offsetof(ColorParam, u4OutdoorRatio) == 12 * 4);
 static_assert(std::endian::native == std::endian::little, "packed lanes are read as memory");
 
-/// N values of a block, widened to 32 bits.
-template <std::size_t N>
-struct Lanes {
-    std::int32_t v[N];
-};
-
-/// N byte fields that fill their words: entry j in bits 8 (j mod 4) of word `word` + j / 4.
-template <std::size_t N>
+/// N byte fields that fill their words: entry j in bits 8 (j mod 4) to + 7 of word
+/// FirstWord + j / 4.
+template <std::size_t N, std::size_t FirstWord>
 struct ByteRun {
-    std::size_t word;
+    static_assert(4 * FirstWord + padded(N) <= sizeof(ColorImage),
+                  "what follows is still the image");
 
-    Lanes<N> read(const ColorImage& image) const {
-        std::uint8_t bytes[N];
-        std::memcpy(bytes, image.u4Word + word, N);
-        Lanes<N> lanes;
-        for (std::size_t j = 0; j < N; ++j) lanes.v[j] = bytes[j];
-        return lanes;
+    ByteView<N> read(const ColorImage& image) const {
+        return {reinterpret_cast<const std::uint8_t*>(image.u4Word + FirstWord)};
     }
 
-    void write(ColorImage& image, const Lanes<N>& lanes) const {
-        std::uint8_t bytes[N];
-        for (std::size_t j = 0; j < N; ++j) bytes[j] = static_cast<std::uint8_t>(lanes.v[j]);
-        std::memcpy(image.u4Word + word, bytes, N);
+    void write(ColorImage& image, const Bytes<N>& bytes) const {
+        std::memcpy(image.u4Word + FirstWord, bytes.v, N);
     }
 };
 
@@ -61,19 +52,19 @@ template <std::size_t N>
 struct SpacedByteRun {
     std::size_t word;
 
-    Lanes<N> read(const ColorImage& image) const {
+    Bytes<N> read(const ColorImage& image) const {
         std::uint16_t halves[N];
         std::memcpy(halves, image.u4Word + word, sizeof(halves));
-        Lanes<N> lanes;
-        for (std::size_t j = 0; j < N; ++j) lanes.v[j] = halves[j] & 0xff;
-        return lanes;
+        Bytes<N> bytes{};
+        for (std::size_t j = 0; j < N; ++j) bytes.v[j] = static_cast<std::uint8_t>(halves[j]);
+        return bytes;
     }
 
-    void write(ColorImage& image, const Lanes<N>& lanes) const {
+    void write(ColorImage& image, const Bytes<N>& bytes) const {
         std::uint16_t halves[N];
         std::memcpy(halves, image.u4Word + word, sizeof(halves));
         for (std::size_t j = 0; j < N; ++j) {
-            halves[j] = static_cast<std::uint16_t>((halves[j] & 0xff00) | (lanes.v[j] & 0xff));
+            halves[j] = static_cast<std::uint16_t>((halves[j] & 0xff00) | bytes.v[j]);
         }
         std::memcpy(image.u4Word + word, halves, sizeof(halves));
     }
@@ -109,33 +100,6 @@ inline std::uint32_t temporal_step(const ColorParam& param, std::uint32_t speed)
     return (param.IsBoot | param.IsCapture) == 1 ? ~0U : speed;
 }
 
-template <std::size_t N>
-Lanes<N> blend_lanes(const Blend& blend, const Lanes<N>& high, const Lanes<N>& low) {
-    Lanes<N> out;
-    for (std::size_t j = 0; j < N; ++j) out.v[j] = blend(high.v[j], low.v[j]);
-    return out;
-}
-
-template <std::size_t N>
-Lanes<N> clip_lanes(const Lanes<N>& lanes, const Lanes<N>& a, const Lanes<N>& b) {
-    Lanes<N> out;
-    for (std::size_t j = 0; j < N; ++j) {
-        out.v[j] =
-            as_signed(clip(as_unsigned(lanes.v[j]), as_unsigned(a.v[j]), as_unsigned(b.v[j])));
-    }
-    return out;
-}
-
-template <std::size_t N>
-Lanes<N> step_lanes(const Lanes<N>& previous, const Lanes<N>& target, std::uint32_t step) {
-    Lanes<N> out;
-    for (std::size_t j = 0; j < N; ++j) {
-        out.v[j] =
-            as_signed(step_toward(as_unsigned(previous.v[j]), as_unsigned(target.v[j]), step));
-    }
-    return out;
-}
-
 /// The trace of one call of a block function. The switch is read on construction, once.
 class BlockTrace {
   public:
@@ -161,16 +125,16 @@ class BlockTrace {
         log_line(format, function_, values...);
     }
 
-    /// A line of Shown values, the format's conversions after the function's name.
-    template <std::size_t Shown, std::size_t N>
-    void row(const char* format, const Lanes<N>& lanes) const {
-        row_of(format, lanes, std::make_index_sequence<Shown>());
+    /// A line of Shown values of a block's fields, from `first` on.
+    template <std::size_t Shown, class Fields>
+    void row(const char* format, const Fields& fields, std::size_t first = 0) const {
+        row_of(format, fields.v + first, std::make_index_sequence<Shown>());
     }
 
   private:
-    template <std::size_t N, std::size_t... J>
-    void row_of(const char* format, const Lanes<N>& lanes, std::index_sequence<J...>) const {
-        log_line(format, function_, lanes.v[J]...);
+    template <class Value, std::size_t... J>
+    void row_of(const char* format, const Value* values, std::index_sequence<J...>) const {
+        log_line(format, function_, std::int32_t{values[J]}...);
     }
 
     const char* function_;

@@ -34,7 +34,7 @@ void InterParamByLVGlobal(ISP_SMOOTH_COLOR_PARAM_T& param,
     trace.lv_header(param);
     const auto high = kGlobal.read(outdoor);
     const auto low = kGlobal.read(normal);
-    const auto out = blend_lanes(lv_blend(param), high, low);
+    const auto out = blend_all(lv_blend(param), high, low);
     kGlobal.write(scratch, out);
     trace_details(trace, low, high, out, out);
 }
@@ -52,13 +52,18 @@ void InterParamGlobal(ISP_SMOOTH_COLOR_PARAM_T& param, NSIspTuning::ISP_NVRAM_CO
         as_signed(param.u4UpperCT));
     const auto high = kGlobal.read(upper);
     const auto low = kGlobal.read(lower);
-    auto target = blend_lanes(ct_blend(param), high, low);
+    auto target = blend_all(ct_blend(param), high, low);
     target.v[2] = scale_saturation(target.v[2], param);
 
     const auto previous = kGlobal.read(working);
-    auto out = step_lanes(previous, target, temporal_step(param, param.lum_speed));
-    out.v[2] = as_signed(step_toward(as_unsigned(previous.v[2]), as_unsigned(target.v[2]),
-                                     temporal_step(param, param.sat_speed)));
+    const std::uint32_t step[3] = {temporal_step(param, param.lum_speed),
+                                   temporal_step(param, param.lum_speed),
+                                   temporal_step(param, param.sat_speed)};
+    Lanes<3> out;
+    for (std::size_t j = 0; j < 3; ++j) {
+        out.v[j] =
+            as_signed(step_toward(as_unsigned(previous.v[j]), as_unsigned(target.v[j]), step[j]));
+    }
     kGlobal.write(working, out);
     trace_details(trace, low, high, target, out);
 }

@@ -4,7 +4,7 @@ namespace imgtune {
 
 namespace {
 
-constexpr ByteRun<20> kHue{14};
+constexpr ByteRun<20, 14> kHue;
 
 // The lines show entries 0..15; the last word's four are computed like the others.
 constexpr SmoothedTraceFormats kFormats{

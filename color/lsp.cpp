@@ -19,19 +19,15 @@ void interpolate_block(const BlockTrace& trace, const Blend& blend, const ColorI
                        const ColorImage& low_image, ColorImage& out_image) {
     const auto high = kLsp.read(high_image);
     const auto low = kLsp.read(low_image);
-    const auto out = blend_lanes(blend, high, low);
+    const auto out = blend_all(blend, high, low);
     kLsp.write(out_image, out);
     if (!trace.details()) return;
-    const auto row = [&trace](const char* format, const Lanes<8>& lanes, std::size_t first) {
-        trace.line(format, lanes.v[first], lanes.v[first + 1], lanes.v[first + 2],
-                   lanes.v[first + 3]);
-    };
-    row("[%s()] LSP1_Low : " IMGTUNE_4_VALUES "\n", low, 0);
-    row("[%s()] LSP1_High: " IMGTUNE_4_VALUES "\n", high, 0);
-    row("[%s()] LSP1_Out : " IMGTUNE_4_VALUES "\n", out, 0);
-    row("[%s()] LSP2_Low : " IMGTUNE_4_VALUES "\n", low, 4);
-    row("[%s()] LSP2_High: " IMGTUNE_4_VALUES "\n", high, 4);
-    row("[%s()] LSP2_Out : " IMGTUNE_4_VALUES "\n", out, 4);
+    trace.row<4>("[%s()] LSP1_Low : " IMGTUNE_4_VALUES "\n", low, 0);
+    trace.row<4>("[%s()] LSP1_High: " IMGTUNE_4_VALUES "\n", high, 0);
+    trace.row<4>("[%s()] LSP1_Out : " IMGTUNE_4_VALUES "\n", out, 0);
+    trace.row<4>("[%s()] LSP2_Low : " IMGTUNE_4_VALUES "\n", low, 4);
+    trace.row<4>("[%s()] LSP2_High: " IMGTUNE_4_VALUES "\n", high, 4);
+    trace.row<4>("[%s()] LSP2_Out : " IMGTUNE_4_VALUES "\n", out, 4);
 }
 
 }  // namespace

@@ -47,16 +47,31 @@ class Blend {
     }
 
     constexpr std::int32_t operator()(std::int32_t high, std::int32_t low) const {
-        return divisor_.divide(wrap_add(wrap_mul(high, weight_high_), wrap_mul(low, weight_low_)));
+        return divide(weigh(high, low));
     }
+
+    // The two steps of a blend. The weights add up to the divisor: the same amount added to both
+    // values adds that many divisors to what weigh gives.
+    constexpr std::int32_t weigh(std::int32_t high, std::int32_t low) const {
+        return wrap_add(wrap_mul(high, weight_high_), wrap_mul(low, weight_low_));
+    }
+    constexpr std::int32_t divide(std::int32_t weighed) const { return divider_.divide(weighed); }
+
+    constexpr std::int32_t weight_high() const { return weight_high_; }
+    constexpr std::int32_t weight_low() const { return weight_low_; }
+    constexpr std::int32_t divisor() const { return divisor_; }
 
   private:
     constexpr Blend(std::int32_t weight_high, std::int32_t weight_low, std::int32_t divisor)
-        : weight_high_(weight_high), weight_low_(weight_low), divisor_(divisor) {}
+        : weight_high_(weight_high),
+          weight_low_(weight_low),
+          divisor_(divisor),
+          divider_(divisor) {}
 
     std::int32_t weight_high_;
     std::int32_t weight_low_;
-    FrameDivisor divisor_;
+    std::int32_t divisor_;
+    FrameDivisor divider_;
 };
 
 }  // namespace imgtune

@@ -7,54 +7,73 @@ namespace {
 constexpr std::size_t kCurves = 20;
 constexpr std::int32_t kLastSegment = 32;  // SP3 lies this far above SP2
 
-constexpr ByteRun<kCurves> kGain[3] = {{19}, {24}, {29}};  // SG1, SG2, SG3
-constexpr ByteRun<kCurves> kKnot[2] = {{34}, {39}};        // SP1, SP2
+constexpr std::size_t kAll = 3 * kCurves;
 
-/// Twenty curves through (0, 0) and three knots each: `gain` is the slope of the segment that ends
-/// at `knot`, `level` the curve's value there.
+constexpr ByteRun<3 * kCurves, 19> kGains;  // SG1, SG2, SG3 of all curves
+constexpr ByteRun<2 * kCurves, 34> kKnots;  // SP1, SP2
+
+/// Twenty curves as stored: each runs from (0, 0) through three knots, `gain` being the slope of
+/// the segment that ends at a knot, `level` the curve's value there.
 struct Curves {
-    Lanes<kCurves> gain[3];
-    Lanes<kCurves> knot[3];
-    Lanes<kCurves> level[3];
+    ByteView<kAll> gain;
+    ByteView<2 * kCurves> knot;
+    Lanes<kAll> level;
 };
 
 Curves read_curves(const ColorImage& image) {
-    Curves c;
-    for (std::size_t k = 0; k < 3; ++k) c.gain[k] = kGain[k].read(image);
-    for (std::size_t k = 0; k < 2; ++k) c.knot[k] = kKnot[k].read(image);
+    Curves c{kGains.read(image), kKnots.read(image), {}};
+    const std::uint8_t* gain = c.gain.v;
+    const std::uint8_t* knot = c.knot.v;
     for (std::size_t j = 0; j < kCurves; ++j) {
-        c.knot[2].v[j] = c.knot[1].v[j] + kLastSegment;
-        c.level[0].v[j] = c.gain[0].v[j] * c.knot[0].v[j];
-        c.level[1].v[j] = c.level[0].v[j] + c.gain[1].v[j] * (c.knot[1].v[j] - c.knot[0].v[j]);
-        c.level[2].v[j] = c.level[1].v[j] + c.gain[2].v[j] * kLastSegment;
+        c.level.v[j] = gain[j] * knot[j];
+        c.level.v[kCurves + j] = c.level.v[j] + gain[kCurves + j] * (knot[kCurves + j] - knot[j]);
+        c.level.v[2 * kCurves + j] = c.level.v[kCurves + j] + gain[2 * kCurves + j] * kLastSegment;
     }
     return c;
+}
+
+/// Blended curves: knots and slopes before they are cut to bytes.
+struct BlendedCurves {
+    Lanes<kAll> knot;
+    Lanes<kAll> gain;
+};
+
+/// What each segment adds to the point it starts from.
+Lanes<kAll> segments(const Lanes<kAll>& points) {
+    Lanes<kAll> out{};
+    for (std::size_t j = 0; j < kCurves; ++j) out.v[j] = points.v[j];
+    for (std::size_t j = kCurves; j < kAll; ++j) {
+        out.v[j] = wrap_sub(points.v[j], points.v[j - kCurves]);
+    }
+    return out;
 }
 
 /// Blends knots and levels; the gains are the slopes between the blended points.
-Curves blend_curves(const Blend& blend, const Curves& high, const Curves& low) {
-    Curves c;
-    for (std::size_t k = 0; k < 3; ++k) {
-        c.knot[k] = blend_lanes(blend, high.knot[k], low.knot[k]);
-        c.level[k] = blend_lanes(blend, high.level[k], low.level[k]);
-    }
+BlendedCurves blend_curves(const Blend& blend, const Curves& high, const Curves& low) {
+    const Lanes<2 * kCurves> weighed = weigh(blend, high.knot, low.knot);
+    Lanes<kAll> knots{};
+    const std::int32_t last_segment = wrap_mul(kLastSegment, blend.divisor());
+    for (std::size_t j = 0; j < 2 * kCurves; ++j) knots.v[j] = weighed.v[j];
     for (std::size_t j = 0; j < kCurves; ++j) {
-        std::uint32_t knot = 0;
-        std::uint32_t level = 0;
-        for (std::size_t k = 0; k < 3; ++k) {
-            const std::uint32_t next_knot = as_unsigned(c.knot[k].v[j]);
-            const std::uint32_t next_level = as_unsigned(c.level[k].v[j]);
-            c.gain[k].v[j] = as_signed(divide_lane_or_zero(next_level - level, next_knot - knot));
-            knot = next_knot;
-            level = next_level;
-        }
+        knots.v[2 * kCurves + j] = wrap_add(weighed.v[kCurves + j], last_segment);
+    }
+    BlendedCurves c;
+    c.knot = divide(blend, knots);
+    const Lanes<kAll> level = blend_all(blend, high.level, low.level);
+    const Lanes<kAll> rise = segments(level);
+    const Lanes<kAll> run = segments(c.knot);
+    for (std::size_t j = 0; j < padded(kAll); ++j) {
+        c.gain.v[j] = as_signed(divide_lane_or_zero(as_unsigned(rise.v[j]), as_unsigned(run.v[j])));
     }
     return c;
 }
 
-void write_curves(ColorImage& image, const Curves& curves) {
-    for (std::size_t k = 0; k < 3; ++k) kGain[k].write(image, curves.gain[k]);
-    for (std::size_t k = 0; k < 2; ++k) kKnot[k].write(image, curves.knot[k]);
+Bytes<2 * kCurves> stored_knots(const BlendedCurves& curves) {
+    Bytes<2 * kCurves> knots;
+    for (std::size_t j = 0; j < 2 * kCurves; ++j) {
+        knots.v[j] = static_cast<std::uint8_t>(curves.knot.v[j]);
+    }
+    return knots;
 }
 
 /// Lines of a knot or gain, unused ones null.
@@ -83,21 +102,30 @@ constexpr RowFormats kGainFormats[3] = {
      "[%s()] SG3_Tgt : " IMGTUNE_20_VALUES "\n", "[%s()] SG3_Out : " IMGTUNE_20_VALUES "\n"},
 };
 
+Lanes<kAll> knots_of(const Curves& curves) {
+    Lanes<kAll> knots;
+    for (std::size_t j = 0; j < kAll; ++j) {
+        knots.v[j] = j < 2 * kCurves ? curves.knot.v[j] : curves.knot.v[j - kCurves] + kLastSegment;
+    }
+    return knots;
+}
+
+template <class Gains>
 void trace_details(const BlockTrace& trace, const Curves& low, const Curves& high,
-                   const Curves& target, const Curves& out) {
+                   const Lanes<kAll>& knots, const Gains& target, const Gains& out) {
     if (!trace.details()) return;
-    const auto rows = [&](const RowFormats& formats, std::size_t k, auto values_of) {
-        trace.row<kCurves>(formats.low, values_of(low)[k]);
-        trace.row<kCurves>(formats.high, values_of(high)[k]);
-        if (formats.target != nullptr) trace.row<kCurves>(formats.target, values_of(target)[k]);
-        if (formats.out != nullptr) trace.row<kCurves>(formats.out, values_of(out)[k]);
+    const auto rows = [&trace](const RowFormats(&formats)[3], const auto& low_values,
+                               const auto& high_values, const auto& targets, const auto& outs) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t first = k * kCurves;
+            trace.row<kCurves>(formats[k].low, low_values, first);
+            trace.row<kCurves>(formats[k].high, high_values, first);
+            if (formats[k].target != nullptr) trace.row<kCurves>(formats[k].target, targets, first);
+            if (formats[k].out != nullptr) trace.row<kCurves>(formats[k].out, outs, first);
+        }
     };
-    for (std::size_t k = 0; k < 3; ++k) {
-        rows(kKnotFormats[k], k, [](const Curves& c) { return &c.knot[0]; });
-    }
-    for (std::size_t k = 0; k < 3; ++k) {
-        rows(kGainFormats[k], k, [](const Curves& c) { return &c.gain[0]; });
-    }
+    rows(kKnotFormats, knots_of(low), knots_of(high), knots, knots);
+    rows(kGainFormats, low.gain, high.gain, target, out);
 }
 
 }  // namespace
@@ -113,9 +141,10 @@ void InterParamByLVPartialS(ISP_SMOOTH_COLOR_PARAM_T& param,
     trace.lv_header(param);
     const Curves high = read_curves(outdoor);
     const Curves low = read_curves(normal);
-    const Curves out = blend_curves(lv_blend(param), high, low);
-    write_curves(scratch, out);
-    trace_details(trace, low, high, out, out);
+    const BlendedCurves out = blend_curves(lv_blend(param), high, low);
+    kGains.write(scratch, cut_to_bytes(out.gain));
+    kKnots.write(scratch, stored_knots(out));
+    trace_details(trace, low, high, out.knot, out.gain, out.gain);
 }
 
 void InterParamPartialS(ISP_SMOOTH_COLOR_PARAM_T& param,
@@ -132,16 +161,12 @@ void InterParamPartialS(ISP_SMOOTH_COLOR_PARAM_T& param,
         as_signed(param.u4UpperCT));
     const Curves high = read_curves(upper);
     const Curves low = read_curves(lower);
-    Curves target = blend_curves(ct_blend(param), high, low);
-    for (std::size_t k = 0; k < 3; ++k) {
-        target.gain[k] = clip_lanes(target.gain[k], low.gain[k], high.gain[k]);
-    }
-    // The knots take their targets at once; only the gains move in steps.
-    Curves out = target;
-    const std::uint32_t step = temporal_step(param, param.sat_speed);
-    for (std::size_t k = 0; k < 3; ++k) {
-        out.gain[k] = step_lanes(kGain[k].read(working), target.gain[k], step);
-    }
-    write_curves(working, out);
-    trace_details(trace, low, high, target, out);
+    const BlendedCurves blended = blend_curves(ct_blend(param), high, low);
+    // The knots take their targets at once; only the gains are clamped and move in steps.
+    const Bytes<kAll> target = clip_all(blended.gain, low.gain, high.gain);
+    const Bytes<kAll> out =
+        step_all(kGains.read(working), target, temporal_step(param, param.sat_speed));
+    kGains.write(working, out);
+    kKnots.write(working, stored_knots(blended));
+    trace_details(trace, low, high, blended.knot, target, out);
 }

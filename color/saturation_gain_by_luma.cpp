@@ -6,56 +6,41 @@ namespace {
 
 constexpr std::size_t kEntries = 20;
 
-/// The curve of one luma level.
-struct LevelCurve {
-    ByteRun<kEntries> run;
+/// The lines of one luma level's curve.
+struct LevelFormats {
     const char* low;
     const char* high;
     const char* out;
 };
 
-constexpr LevelCurve kLevels[] = {
-    {{44},
-     "[%s()] SGY0_Low : " IMGTUNE_20_VALUES "\n",
-     "[%s()] SGY0_High: " IMGTUNE_20_VALUES "\n",
+constexpr LevelFormats kLevels[] = {
+    {"[%s()] SGY0_Low : " IMGTUNE_20_VALUES "\n", "[%s()] SGY0_High: " IMGTUNE_20_VALUES "\n",
      "[%s()] SGY0_Out : " IMGTUNE_20_VALUES "\n"},
-    {{49},
-     "[%s()] SGY64_Low : " IMGTUNE_20_VALUES "\n",
-     "[%s()] SGY64_High: " IMGTUNE_20_VALUES "\n",
+    {"[%s()] SGY64_Low : " IMGTUNE_20_VALUES "\n", "[%s()] SGY64_High: " IMGTUNE_20_VALUES "\n",
      "[%s()] SGY64_Out : " IMGTUNE_20_VALUES "\n"},
-    {{54},
-     "[%s()] SGY128_Low : " IMGTUNE_20_VALUES "\n",
-     "[%s()] SGY128_High: " IMGTUNE_20_VALUES "\n",
+    {"[%s()] SGY128_Low : " IMGTUNE_20_VALUES "\n", "[%s()] SGY128_High: " IMGTUNE_20_VALUES "\n",
      "[%s()] SGY128_Out : " IMGTUNE_20_VALUES "\n"},
-    {{59},
-     "[%s()] SGY192_Low : " IMGTUNE_20_VALUES "\n",
-     "[%s()] SGY192_High: " IMGTUNE_20_VALUES "\n",
+    {"[%s()] SGY192_Low : " IMGTUNE_20_VALUES "\n", "[%s()] SGY192_High: " IMGTUNE_20_VALUES "\n",
      "[%s()] SGY192_Out : " IMGTUNE_20_VALUES "\n"},
-    {{64},
-     "[%s()] SGY256_Low : " IMGTUNE_20_VALUES "\n",
-     "[%s()] SGY256_High: " IMGTUNE_20_VALUES "\n",
+    {"[%s()] SGY256_Low : " IMGTUNE_20_VALUES "\n", "[%s()] SGY256_High: " IMGTUNE_20_VALUES "\n",
      "[%s()] SGY256_Out : " IMGTUNE_20_VALUES "\n"},
 };
 constexpr std::size_t kLevelCount = sizeof(kLevels) / sizeof(kLevels[0]);
 
+// SGY0, SGY64, SGY128, SGY192, SGY256, one after the other.
+constexpr ByteRun<kLevelCount * kEntries, 44> kCurves;
+
 void interpolate_block(const BlockTrace& trace, const Blend& blend, const ColorImage& high_image,
                        const ColorImage& low_image, ColorImage& out_image) {
-    struct Rows {
-        Lanes<kEntries> low;
-        Lanes<kEntries> high;
-        Lanes<kEntries> out;
-    } rows[kLevelCount];
-    for (std::size_t k = 0; k < kLevelCount; ++k) {
-        rows[k].high = kLevels[k].run.read(high_image);
-        rows[k].low = kLevels[k].run.read(low_image);
-        rows[k].out = blend_lanes(blend, rows[k].high, rows[k].low);
-        kLevels[k].run.write(out_image, rows[k].out);
-    }
+    const auto high = kCurves.read(high_image);
+    const auto low = kCurves.read(low_image);
+    const auto out = blend_all(blend, high, low);
+    kCurves.write(out_image, cut_to_bytes(out));
     if (!trace.details()) return;
     for (std::size_t k = 0; k < kLevelCount; ++k) {
-        trace.row<kEntries>(kLevels[k].low, rows[k].low);
-        trace.row<kEntries>(kLevels[k].high, rows[k].high);
-        trace.row<kEntries>(kLevels[k].out, rows[k].out);
+        trace.row<kEntries>(kLevels[k].low, low, k * kEntries);
+        trace.row<kEntries>(kLevels[k].high, high, k * kEntries);
+        trace.row<kEntries>(kLevels[k].out, out, k * kEntries);
     }
 }
 

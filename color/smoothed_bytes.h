@@ -14,10 +14,10 @@ struct SmoothedTraceFormats {
     const char* out;
 };
 
-template <std::size_t N>
+template <class Sources, class Results>
 void trace_smoothed(const BlockTrace& trace, const SmoothedTraceFormats& formats,
-                    const Lanes<N>& low, const Lanes<N>& high, const Lanes<N>& target,
-                    const Lanes<N>& out) {
+                    const Sources& low, const Sources& high, const Results& target,
+                    const Results& out) {
     if (!trace.details()) return;
     trace.row<16>(formats.low, low);
     trace.row<16>(formats.high, high);
@@ -32,8 +32,8 @@ void blend_by_lv(const BlockTrace& trace, const Run& run, const SmoothedTraceFor
     trace.lv_header(param);
     const auto high = run.read(outdoor);
     const auto low = run.read(normal);
-    const auto out = blend_lanes(lv_blend(param), high, low);
-    run.write(scratch, out);
+    const auto out = blend_all(lv_blend(param), view(high), view(low));
+    run.write(scratch, cut_to_bytes(out));
     trace_smoothed(trace, formats, low, high, out, out);
 }
 
@@ -47,8 +47,10 @@ void smooth_by_ct(const BlockTrace& trace, const Run& run, const SmoothedTraceFo
         as_signed(param.u4LowerCT), as_signed(param.u4UpperCT));
     const auto high = run.read(upper);
     const auto low = run.read(lower);
-    const auto target = clip_lanes(blend_lanes(ct_blend(param), high, low), high, low);
-    const auto out = step_lanes(run.read(working), target, temporal_step(param, speed));
+    const auto previous = run.read(working);
+    const auto target =
+        clip_all(blend_all(ct_blend(param), view(high), view(low)), view(high), view(low));
+    const auto out = step_all(view(previous), target, temporal_step(param, speed));
     run.write(working, out);
     trace_smoothed(trace, formats, low, high, target, out);
 }
