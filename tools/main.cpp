@@ -17,8 +17,10 @@ int main(int argc, char** argv) {
 
     Context context;
     add_check(app, context);
+    add_explain(app, context);
     add_new(app, context);
     add_pack(app, context);
+    add_replay(app, context);
     add_unpack(app, context);
 
     try {
