@@ -191,39 +191,27 @@ void append_color_map(std::vector<FieldSpec>& fields) {
     struct LineField {
         const char* name;
         BitField place;
-        const char* meaning;
     };
     static constexpr LineField kLine[] = {
-        {"PL", {0, 0, 10}, "lower end point"},
-        {"PU", {0, 10, 10}, "upper end point"},
-        {"P0", {0, 20, 10}, "point 0"},
-        {"P1", {1, 0, 10}, "point 1"},
-        {"P2", {1, 10, 10}, "point 2"},
-        {"P3", {1, 20, 10}, "point 3"},
-        {"P4", {2, 0, 10}, "point 4"},
-        {"S0", {2, 10, 8}, "slope 0"},
-        {"S1", {2, 20, 8}, "slope 1"},
-        {"S2", {3, 0, 8}, "slope 2"},
-        {"S3", {3, 8, 8}, "slope 3"},
-        {"S4", {3, 16, 8}, "slope 4"},
-        {"S5", {3, 24, 8}, "slope 5"},
-        {"WGTL", {4, 0, 10}, "weight at the lower end"},
-        {"WGTU", {4, 16, 10}, "weight at the upper end"},
+        {"PL", {0, 0, 10}},  {"PU", {0, 10, 10}},  {"P0", {0, 20, 10}},   {"P1", {1, 0, 10}},
+        {"P2", {1, 10, 10}}, {"P3", {1, 20, 10}},  {"P4", {2, 0, 10}},    {"S0", {2, 10, 8}},
+        {"S1", {2, 20, 8}},  {"S2", {3, 0, 8}},    {"S3", {3, 8, 8}},     {"S4", {3, 16, 8}},
+        {"S5", {3, 24, 8}},  {"WGTL", {4, 0, 10}}, {"WGTU", {4, 16, 10}},
     };
     fields.push_back(bits("ColorMap.BYPASS", {71, 0, 1}, "1: the colour map does nothing"));
-    fields.push_back(bits("ColorMap.INK_DELTA", {71, 10, 1}, "ink delta"));
-    fields.push_back(bits("ColorMap.INK_CH", {71, 12, 2}, "ink channel"));
+    fields.push_back(bits("ColorMap.INK_DELTA", {71, 10, 1}, "copied as it is"));
+    fields.push_back(bits("ColorMap.INK_CH", {71, 12, 2}, "copied as it is"));
     for (unsigned set = 0; set < 3; ++set) {
         const std::string prefix = fmt::format("ColorMap.W{}.", set + 1);
         fields.push_back(bits(prefix + "EN", {71, 3 * set + 1, 1}, "1: set enabled"));
-        fields.push_back(bits(prefix + "WGR_EN", {71, 3 * set + 2, 1}, "1: weights enabled"));
-        fields.push_back(bits(prefix + "INK_EN", {71, 3 * set + 3, 1}, "1: ink enabled"));
+        fields.push_back(bits(prefix + "WGR_EN", {71, 3 * set + 2, 1}, "copied as it is"));
+        fields.push_back(bits(prefix + "INK_EN", {71, 3 * set + 3, 1}, "copied as it is"));
         for (unsigned line = 0; line < 3; ++line) {
             const unsigned start = 72 + 15 * set + 5 * line;
             for (const LineField& f : kLine) {
                 fields.push_back(bits(prefix + "HYS"[line] + '.' + f.name,
                                       {start + f.place.word, f.place.low, f.place.width},
-                                      f.meaning));
+                                      "copied as it is"));
             }
         }
     }

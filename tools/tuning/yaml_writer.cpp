@@ -107,6 +107,17 @@ class Writer {
         return text + '}';
     }
 
+    /// A flow map in lines, its keys below one another.
+    static std::string wrapped(std::string_view text, std::size_t column) {
+        std::string lines;
+        while (column + text.size() > kLineLength) {
+            const std::size_t end = text.rfind(", ", kLineLength - column) + 1;
+            lines += fmt::format("{}\n{}", text.substr(0, end), std::string(column, ' '));
+            text.remove_prefix(end + 1);
+        }
+        return lines + std::string(text);
+    }
+
     bool is_zero(const FormatNode& node) const {
         if (node.kind == Kind::field || node.kind == Kind::values) {
             for (const FieldSpec& spec : node.record->spec->fields) {
@@ -162,6 +173,14 @@ class Writer {
                 }
             }
         }
+        if (node.kind == Kind::field && has_new_notes(node)) {
+            const std::size_t width =
+                std::max(node.name.size() + 4 + flow(node).size(), kCommentColumn) + 2 +
+                note(*node.spec).size();
+            if (indent + width > kLineLength) {
+                out_ << margin << "# " << new_note(*node.spec) << '\n';
+            }
+        }
         out_ << margin;
         body(node, indent, node.name + ':');
     }
@@ -184,6 +203,13 @@ class Writer {
                                          : std::string();
         if (!one_line.empty() && indent + key.size() + 1 + one_line.size() <= kLineLength) {
             out_ << key << ' ' << one_line << '\n';
+            return;
+        }
+        const bool scalars = std::ranges::all_of(node.children, [](const FormatNode& child) {
+            return child.kind == Kind::field && child.spec->count == 0;
+        });
+        if (!one_line.empty() && scalars) {
+            out_ << key << ' ' << wrapped(one_line, indent + key.size() + 2) << '\n';
             return;
         }
         out_ << key << '\n';
