@@ -17,13 +17,20 @@ constexpr float kFarthestNearest = 100.0f;    // a CT at this distance or more i
 constexpr float kHysteresisDistance = 15.0f;  // a later CT must be closer by more than this
 constexpr double kRatioGuard = 0.01;          // keeps a ratio of two zero distances finite
 
-/// Distance in the (R, B) plane. The build keeps every rounding to single precision here.
-float distance(const AWB_GAIN_T& p, const AWB_GAIN_T& q) {
+// Distances are taken in the (R, B) plane. The build keeps every rounding to single precision here.
+
+double squared_distance(const AWB_GAIN_T& p, const AWB_GAIN_T& q) {
     const float red = static_cast<float>(p.i4R) - static_cast<float>(q.i4R);
     const float blue = static_cast<float>(p.i4B) - static_cast<float>(q.i4B);
     const double x = red * kDistanceScale;
     const double y = blue * kDistanceScale;
-    return static_cast<float>(std::sqrt(x * x + y * y));
+    return x * x + y * y;
+}
+
+/// Four distances or eight: square roots side by side.
+template <std::size_t N>
+void take_roots(const double (&squares)[N], float (&distances)[N]) {
+    for (std::size_t j = 0; j < N; ++j) distances[j] = static_cast<float>(std::sqrt(squares[j]));
 }
 
 float share_of(float part, float other) {
@@ -39,7 +46,9 @@ class Locus {
     std::int32_t count() const { return count_; }
     const AWB_GAIN_T& lowest() const { return gains_[0]; }
     const AWB_GAIN_T& highest() const { return gains_[count_ - 1]; }
+    /// The gain of a CT index, one beyond the row's ends taken as its end.
     const AWB_GAIN_T& at(std::int32_t ct) const { return gains_[std::clamp(ct, 0, count_ - 1)]; }
+    const AWB_GAIN_T (&all() const)[kCtIndices] { return gains_; }
 
   private:
     const AWB_GAIN_T (&gains_)[kCtIndices];
@@ -66,19 +75,24 @@ AWB_GAIN_T project_on_chord(const AWB_GAIN_T& gain, const Locus& locus) {
 /// Number of tuned gains below the gain's red, at most N - 1.
 std::int32_t coarse_index(const AWB_GAIN_T& gain, const Locus& locus) {
     std::int32_t below = 0;
-    for (std::int32_t j = 0; j < locus.count(); ++j) below += gain.i4R > locus.at(j).i4R;
+    for (std::int32_t j = 0; j < locus.count(); ++j) below += gain.i4R > locus.all()[j].i4R;
     return std::min(below, locus.count() - 1);
 }
 
 /// Nearest tuned gain; an earlier CT keeps its place until a later one is clearly closer.
 std::int32_t nearest_index(const AWB_GAIN_T& gain, const Locus& locus) {
+    double squares[kCtIndices];
+    float distances[kCtIndices];
+    for (std::int32_t j = 0; j < kCtIndices; ++j) {
+        squares[j] = squared_distance(gain, locus.all()[j]);
+    }
+    take_roots(squares, distances);
     std::int32_t nearest = 0;
     float threshold = kFarthestNearest;
     for (std::int32_t j = 0; j < locus.count(); ++j) {
-        const float d = distance(gain, locus.at(j));
-        if (d < threshold) {
+        if (distances[j] < threshold) {
             nearest = j;
-            threshold = std::max(d - kHysteresisDistance, 0.0f);
+            threshold = std::max(distances[j] - kHysteresisDistance, 0.0f);
         }
     }
     return nearest;
@@ -117,12 +131,14 @@ void locate_for_blend(const AWB_GAIN_T& gain, const Locus& locus, float* ratios,
     if (position < 1) {
         ccm_trace("Below lowest CT");
     } else {
-        const float range[4] = {
-            distance(foot, locus.at(position - 1)),
-            distance(gain, locus.at(position)),
-            distance(foot, locus.at(position + 1)),
-            distance(gain, foot),
+        const double squares[4] = {
+            squared_distance(foot, locus.at(position - 1)),
+            squared_distance(gain, locus.at(position)),
+            squared_distance(foot, locus.at(position + 1)),
+            squared_distance(gain, foot),
         };
+        float range[4];
+        take_roots(squares, range);
         coarse = share_of(range[0], range[2]);
         fine = share_of(range[1], range[3]);
         ccm_trace("range 0 = (%f)\n", double{range[0]});

@@ -21,8 +21,6 @@ constinit std::atomic<std::uint32_t> g_Smooth_CCM_Debug{1};
 namespace {
 
 using NSIspTuning::ISP_CCM_T;
-using NSIspTuning::ISP_NVRAM_CCM_T;
-using NSIspTuning::RAWIspCamInfo;
 
 static_assert(offsetof(ISP_NVRAM_MULTI_CCM_STRUCT, i4PQType) == 37 * 4);
 static_assert(offsetof(ISP_NVRAM_MULTI_CCM_STRUCT, rCCM_Nvram) == 41 * 4);

@@ -48,46 +48,85 @@ struct Lanes {
     alignas(16) std::int32_t v[padded(N)];
 };
 
-/// Blend::weigh of every pair.
+/// N unsigned values of 16 bits.
 template <std::size_t N>
-void weigh_plain(const Blend& blend, ByteView<N> high, ByteView<N> low, Lanes<N>& out) {
+struct Halves {
+    alignas(16) std::uint16_t v[padded(N)];
+};
+
+/// Blend::weigh of every pair.
+template <std::size_t N, class Fields>
+void weigh_plain(const Blend& blend, const Fields& high, const Fields& low, Lanes<N>& out) {
     for (std::size_t j = 0; j < padded(N); ++j) out.v[j] = blend.weigh(high.v[j], low.v[j]);
 }
 
 #ifdef __SSE2__
-/// The same. SSE2 has no 32-bit multiplication but one that adds two 16-bit products, which is a
-/// weighted sum of a byte pair by half of each weight; the halves are put together modulo 2^32.
-template <std::size_t N>
-void weigh_sse2(const Blend& blend, ByteView<N> high, ByteView<N> low, Lanes<N>& out) {
-    const std::uint32_t wh = as_unsigned(blend.weight_high());
-    const std::uint32_t wl = as_unsigned(blend.weight_low());
-    // The lower halves count as signed there: one whose top bit is set borrows from the upper half.
-    const std::uint32_t upper_high = (wh + 0x8000U) >> 16;
-    const std::uint32_t upper_low = (wl + 0x8000U) >> 16;
-    const __m128i lower = _mm_set1_epi32(as_signed((wl << 16) | (wh & 0xffffU)));
-    const __m128i upper = _mm_set1_epi32(as_signed((upper_low << 16) | upper_high));
-    const __m128i zero = _mm_setzero_si128();
+/// The same. SSE2 has no 32-bit multiplication but one that adds two signed 16-bit products, which
+/// is a weighted sum of a pair by half of each weight; the halves are put together modulo 2^32.
+class PairWeights {
+  public:
+    explicit PairWeights(const Blend& blend) {
+        const std::uint32_t high = as_unsigned(blend.weight_high());
+        const std::uint32_t low = as_unsigned(blend.weight_low());
+        // A lower half counts as signed: one with its top bit set borrows from the upper half.
+        lower_ = _mm_set1_epi32(as_signed((low << 16) | (high & 0xffffU)));
+        upper_ =
+            _mm_set1_epi32(as_signed(((low + 0x8000U) & 0xffff0000U) | ((high + 0x8000U) >> 16)));
+    }
 
-    const auto weigh_four = [&](__m128i pairs, std::size_t j) {
-        const __m128i sum = _mm_add_epi32(_mm_madd_epi16(pairs, lower),
-                                          _mm_slli_epi32(_mm_madd_epi16(pairs, upper), 16));
-        _mm_store_si128(reinterpret_cast<__m128i*>(out.v + j), sum);
-    };
+    /// Four weighted sums of (high, low) pairs.
+    __m128i weigh(__m128i pairs) const {
+        return _mm_add_epi32(_mm_madd_epi16(pairs, lower_),
+                             _mm_slli_epi32(_mm_madd_epi16(pairs, upper_), 16));
+    }
+
+  private:
+    __m128i lower_;
+    __m128i upper_;
+};
+
+inline __m128i load16(const void* from) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(from));
+}
+inline void store16(std::int32_t* to, __m128i lanes) {
+    _mm_store_si128(reinterpret_cast<__m128i*>(to), lanes);
+}
+
+template <std::size_t N>
+void weigh_sse2(const Blend& blend, const ByteView<N>& high, const ByteView<N>& low,
+                Lanes<N>& out) {
+    const PairWeights weights(blend);
+    const __m128i zero = _mm_setzero_si128();
     for (std::size_t j = 0; j < N; j += 16) {
-        const __m128i h = _mm_loadu_si128(reinterpret_cast<const __m128i*>(high.v + j));
-        const __m128i l = _mm_loadu_si128(reinterpret_cast<const __m128i*>(low.v + j));
+        const __m128i h = load16(high.v + j);
+        const __m128i l = load16(low.v + j);
         const __m128i first = _mm_unpacklo_epi8(h, l);
         const __m128i second = _mm_unpackhi_epi8(h, l);
-        weigh_four(_mm_unpacklo_epi8(first, zero), j);
-        weigh_four(_mm_unpackhi_epi8(first, zero), j + 4);
-        weigh_four(_mm_unpacklo_epi8(second, zero), j + 8);
-        weigh_four(_mm_unpackhi_epi8(second, zero), j + 12);
+        store16(out.v + j, weights.weigh(_mm_unpacklo_epi8(first, zero)));
+        store16(out.v + j + 4, weights.weigh(_mm_unpackhi_epi8(first, zero)));
+        store16(out.v + j + 8, weights.weigh(_mm_unpacklo_epi8(second, zero)));
+        store16(out.v + j + 12, weights.weigh(_mm_unpackhi_epi8(second, zero)));
+    }
+}
+
+/// Values of 16 bits count as signed there, too: they are taken 2^15 lower, and as the weights add
+/// up to the divisor, 2^15 divisors are added to the sum.
+template <std::size_t N>
+void weigh_sse2(const Blend& blend, const Halves<N>& high, const Halves<N>& low, Lanes<N>& out) {
+    const PairWeights weights(blend);
+    const __m128i lowered = _mm_set1_epi16(static_cast<short>(-0x8000));
+    const __m128i raised = _mm_set1_epi32(as_signed(as_unsigned(blend.divisor()) << 15));
+    for (std::size_t j = 0; j < N; j += 8) {
+        const __m128i h = _mm_xor_si128(load16(high.v + j), lowered);
+        const __m128i l = _mm_xor_si128(load16(low.v + j), lowered);
+        store16(out.v + j, _mm_add_epi32(weights.weigh(_mm_unpacklo_epi16(h, l)), raised));
+        store16(out.v + j + 4, _mm_add_epi32(weights.weigh(_mm_unpackhi_epi16(h, l)), raised));
     }
 }
 #endif
 
-template <std::size_t N>
-Lanes<N> weigh(const Blend& blend, ByteView<N> high, ByteView<N> low) {
+template <template <std::size_t> class Fields, std::size_t N>
+Lanes<N> weigh(const Blend& blend, const Fields<N>& high, const Fields<N>& low) {
     Lanes<N> out;
 #ifdef __SSE2__
     weigh_sse2(blend, high, low, out);

@@ -12,24 +12,15 @@ constexpr std::size_t kAll = 3 * kCurves;
 constexpr ByteRun<3 * kCurves, 19> kGains;  // SG1, SG2, SG3 of all curves
 constexpr ByteRun<2 * kCurves, 34> kKnots;  // SP1, SP2
 
-/// Twenty curves as stored: each runs from (0, 0) through three knots, `gain` being the slope of
-/// the segment that ends at a knot, `level` the curve's value there.
+/// Twenty curves as stored. Each runs from (0, 0) through three knots; a gain is the slope of the
+/// segment that ends at its knot.
 struct Curves {
     ByteView<kAll> gain;
     ByteView<2 * kCurves> knot;
-    Lanes<kAll> level;
 };
 
 Curves read_curves(const ColorImage& image) {
-    Curves c{kGains.read(image), kKnots.read(image), {}};
-    const std::uint8_t* gain = c.gain.v;
-    const std::uint8_t* knot = c.knot.v;
-    for (std::size_t j = 0; j < kCurves; ++j) {
-        c.level.v[j] = gain[j] * knot[j];
-        c.level.v[kCurves + j] = c.level.v[j] + gain[kCurves + j] * (knot[kCurves + j] - knot[j]);
-        c.level.v[2 * kCurves + j] = c.level.v[kCurves + j] + gain[2 * kCurves + j] * kLastSegment;
-    }
-    return c;
+    return {kGains.read(image), kKnots.read(image)};
 }
 
 /// Blended curves: knots and slopes before they are cut to bytes.
@@ -37,6 +28,53 @@ struct BlendedCurves {
     Lanes<kAll> knot;
     Lanes<kAll> gain;
 };
+
+/// Gain of one segment times one knot, all curves.
+Halves<kCurves> gain_times_knot(const Curves& curves, std::size_t segment, std::size_t knot) {
+    Halves<kCurves> out;
+    const std::uint8_t* gains = curves.gain.v + segment * kCurves;
+    const std::uint8_t* knots = curves.knot.v + knot * kCurves;
+    for (std::size_t j = 0; j < padded(kCurves); ++j) {
+        out.v[j] = static_cast<std::uint16_t>(gains[j] * knots[j]);
+    }
+    return out;
+}
+
+/// The blended knots, times the divisor.
+Lanes<kAll> weigh_knots(const Blend& blend, const Curves& high, const Curves& low) {
+    const Lanes<2 * kCurves> stored = weigh(blend, high.knot, low.knot);
+    const std::int32_t last_segment = wrap_mul(kLastSegment, blend.divisor());
+    Lanes<kAll> out{};
+    for (std::size_t j = 0; j < 2 * kCurves; ++j) out.v[j] = stored.v[j];
+    for (std::size_t j = 0; j < kCurves; ++j) {
+        out.v[2 * kCurves + j] = wrap_add(stored.v[kCurves + j], last_segment);
+    }
+    return out;
+}
+
+/// The blended levels at the knots, times the divisor. A level is the sum of the rises of the
+/// segments up to its knot: gain 1 x knot 1, gain 2 x (knot 2 - knot 1), gain 3 x 32. Weighing is
+/// linear modulo 2^32, so the rises are weighed part by part, where they fit 16 bits.
+Lanes<kAll> weigh_levels(const Blend& blend, const Curves& high, const Curves& low) {
+    const auto part = [&](std::size_t segment, std::size_t knot) {
+        return weigh(blend, gain_times_knot(high, segment, knot),
+                     gain_times_knot(low, segment, knot));
+    };
+    const Lanes<kCurves> first = part(0, 0);
+    const Lanes<kCurves> second_to = part(1, 1);
+    const Lanes<kCurves> second_from = part(1, 0);
+    const Lanes<kCurves> third = weigh(blend, ByteView<kCurves>{high.gain.v + 2 * kCurves},
+                                       ByteView<kCurves>{low.gain.v + 2 * kCurves});
+    Lanes<kAll> out{};
+    for (std::size_t j = 0; j < kCurves; ++j) {
+        const std::int32_t at_second =
+            wrap_add(first.v[j], wrap_sub(second_to.v[j], second_from.v[j]));
+        out.v[j] = first.v[j];
+        out.v[kCurves + j] = at_second;
+        out.v[2 * kCurves + j] = wrap_add(at_second, wrap_mul(kLastSegment, third.v[j]));
+    }
+    return out;
+}
 
 /// What each segment adds to the point it starts from.
 Lanes<kAll> segments(const Lanes<kAll>& points) {
@@ -50,17 +88,9 @@ Lanes<kAll> segments(const Lanes<kAll>& points) {
 
 /// Blends knots and levels; the gains are the slopes between the blended points.
 BlendedCurves blend_curves(const Blend& blend, const Curves& high, const Curves& low) {
-    const Lanes<2 * kCurves> weighed = weigh(blend, high.knot, low.knot);
-    Lanes<kAll> knots{};
-    const std::int32_t last_segment = wrap_mul(kLastSegment, blend.divisor());
-    for (std::size_t j = 0; j < 2 * kCurves; ++j) knots.v[j] = weighed.v[j];
-    for (std::size_t j = 0; j < kCurves; ++j) {
-        knots.v[2 * kCurves + j] = wrap_add(weighed.v[kCurves + j], last_segment);
-    }
     BlendedCurves c;
-    c.knot = divide(blend, knots);
-    const Lanes<kAll> level = blend_all(blend, high.level, low.level);
-    const Lanes<kAll> rise = segments(level);
+    c.knot = divide(blend, weigh_knots(blend, high, low));
+    const Lanes<kAll> rise = segments(divide(blend, weigh_levels(blend, high, low)));
     const Lanes<kAll> run = segments(c.knot);
     for (std::size_t j = 0; j < padded(kAll); ++j) {
         c.gain.v[j] = as_signed(divide_lane_or_zero(as_unsigned(rise.v[j]), as_unsigned(run.v[j])));
@@ -70,7 +100,7 @@ BlendedCurves blend_curves(const Blend& blend, const Curves& high, const Curves&
 
 Bytes<2 * kCurves> stored_knots(const BlendedCurves& curves) {
     Bytes<2 * kCurves> knots;
-    for (std::size_t j = 0; j < 2 * kCurves; ++j) {
+    for (std::size_t j = 0; j < padded(2 * kCurves); ++j) {
         knots.v[j] = static_cast<std::uint8_t>(curves.knot.v[j]);
     }
     return knots;

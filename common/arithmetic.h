@@ -123,9 +123,11 @@ class FrameDivisor {
 constexpr std::uint32_t divide_lane_or_zero(std::uint32_t n, std::uint32_t d) {
     constexpr double kHalf = 2147483648.0;
     const double numerator = as_signed(n ^ 0x80000000U) + kHalf;
-    const double divisor = as_signed((d < 2 ? 2U : d) ^ 0x80000000U) + kHalf;
-    const auto quotient = as_unsigned(static_cast<std::int32_t>(numerator / divisor));
-    return d == 0 ? 0 : (d == 1 ? n : quotient);
+    const double divisor = as_signed(d ^ 0x80000000U) + kHalf;
+    const auto quotient =
+        as_unsigned(static_cast<std::int32_t>(numerator / (divisor < 2.0 ? 2.0 : divisor)));
+    const std::uint32_t beyond_0 = d == 1 ? n : quotient;
+    return d == 0 ? 0 : beyond_0;
 }
 
 }  // namespace imgtune
