@@ -17,10 +17,12 @@ int main(int argc, char** argv) {
 
     Context context;
     add_check(app, context);
+    add_diff(app, context);
     add_explain(app, context);
     add_new(app, context);
     add_pack(app, context);
     add_replay(app, context);
+    add_sweep(app, context);
     add_unpack(app, context);
 
     try {

@@ -36,13 +36,14 @@ void Camera::run(const Frame& frame) {
     unsigned short version = 0;
     if (jobs_.ccm) {
         const CallerSettings& caller = tuning_.caller;
-        SmoothCCM(caller.full_gain, caller.int_bits, caller.frac_bits, tuning_.ccm, ccm_, version,
-                  frame.state, ring_.data(), ring_index_, weights_.data());
+        SmoothCCM(caller.full_gain, caller.int_bits, caller.frac_bits, tuning_.ccm, registers_.ccm,
+                  version, frame.state, ring_.data(), ring_index_, weights_.data());
     }
     if (jobs_.color) {
         const CtBracket ct = grid_.bracket(frame.state.u4CCT);
         SmoothCOLOR(frame.capture, ct.upper_kelvin, ct.lower_kelvin, ct.upper, ct.lower,
-                    tuning_.color, tuning_.pca, frame.state, color_, version, boot_, working_);
+                    tuning_.color, tuning_.pca, frame.state, registers_.color, version, boot_,
+                    working_);
     }
 }
 

@@ -39,6 +39,12 @@ struct Jobs {
     bool color = true;
 };
 
+/// What the library makes of a frame.
+struct Registers {
+    NSIspTuning::ISP_NVRAM_CCM_T ccm{};
+    NSIspTuning::ISP_NVRAM_COLOR_T color{};
+};
+
 /// The camera stack's part: holds the temporal state (ring, index, working image, boot flag) and
 /// calls the two entry points of the library, frame after frame. Starts as after power-on: ring
 /// and images zeroed, boot flag 1.
@@ -54,18 +60,18 @@ class Camera {
     const Tuning& tuning() const { return tuning_; }
     const CtGrid& grid() const { return grid_; }
     Jobs jobs() const { return jobs_; }
-    const NSIspTuning::ISP_NVRAM_CCM_T& ccm() const { return ccm_; }
-    const NSIspTuning::ISP_NVRAM_COLOR_T& color() const { return color_; }
+    const Registers& registers() const { return registers_; }
+    const NSIspTuning::ISP_NVRAM_CCM_T& ccm() const { return registers_.ccm; }
+    const NSIspTuning::ISP_NVRAM_COLOR_T& color() const { return registers_.color; }
 
   private:
     Tuning tuning_;
     CtGrid grid_;
     Jobs jobs_;
     std::array<unsigned int, 3> weights_{};
-    NSIspTuning::ISP_NVRAM_CCM_T ccm_{};
+    Registers registers_;
     std::array<NSIspTuning::ISP_NVRAM_CCM_T, 2> ring_{};
     unsigned int ring_index_ = 0;
-    NSIspTuning::ISP_NVRAM_COLOR_T color_{};
     NSIspTuning::ISP_NVRAM_COLOR_T working_{};
     int boot_ = 1;
 };

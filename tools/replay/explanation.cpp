@@ -226,8 +226,8 @@ void tell_matrix(Story& story, const Trace& trace, const Trace& unaveraged,
                has_gamut ? fmt::format("matrix {}", gamut) : "none");
     story.matrix("written", "written", {written.begin(), written.end()});
 
-    // Before the gamut matrix the trace shows what was written; after it, rows that no longer sum
-    // to the unity do.
+    // Without a gamut matrix the average is what was written; with one only the rows tell, which
+    // summed to the unity before.
     std::vector<std::string> wrapped;
     for (std::size_t k = 0; k < written.size(); ++k) {
         if (!has_gamut && average.at(k) != written[k]) {
@@ -309,8 +309,9 @@ void tell_blocks(Story& story, const Trace& trace, const Image& image) {
                 trace.rest(fmt::format("[{}()] {}_{}", row.function, row.label, stage));
             if (!line) continue;
             const Integers numbers = numbers_of<std::int64_t>(*line);
+            const bool settled = values.contains("Tgt") && values["Tgt"] == Story::Json(numbers);
             values[stage] = numbers;
-            story.list(row.field, fmt::format("  {}", label), numbers);
+            if (!settled) story.list(row.field, fmt::format("  {}", label), numbers);
             if (std::string_view(stage) != "Out") continue;
             for (std::size_t i = 0; i < numbers.size(); ++i) {
                 wrapping.compare(fmt::format("{}[{}]", row.field, i), numbers[i], image);

@@ -110,10 +110,10 @@ RowWriter::RowWriter(OutputFile& output, const CallerSettings& caller, Jobs jobs
     : output_(output),
       caller_(caller),
       jobs_(jobs),
-      room_(kFixedRoom + color_.room()),
+      room_(kFixedRoom + color_.room() + kMostMore),
       block_{std::vector<char>(kBlockSize + room_), 0} {}
 
-void RowWriter::write_header() {
+void RowWriter::write_header(std::string_view more) {
     std::string header = "frame";
     for (const FrameColumn& column : kFrameColumns) (header += ',') += column.name;
     if (jobs_.ccm) {
@@ -123,18 +123,22 @@ void RowWriter::write_header() {
     if (jobs_.color) {
         for (const ColorField& field : color_fields()) (header += ',') += field.name;
     }
+    header += more;
     header += '\n';
     BackgroundWriter::Block text{{header.begin(), header.end()}, header.size()};
     output_.write(text);
 }
 
-void RowWriter::write(std::uint64_t number, const Frame& frame, const Camera& camera) {
+void RowWriter::write(std::uint64_t number, const Frame& frame, const Registers& registers,
+                      std::string_view more) {
     if (block_.used > kBlockSize) output_.write(block_);
     char* at = block_.bytes.data() + block_.used;
     at = put_number(at, static_cast<std::int64_t>(number));
     at = put_inputs(at, frame);
-    if (jobs_.ccm) at = put_matrix(at, camera.ccm(), caller_);
-    if (jobs_.color) at = color_.put(at, camera.color());
+    if (jobs_.ccm) at = put_matrix(at, registers.ccm, caller_);
+    if (jobs_.color) at = color_.put(at, registers.color);
+    std::memcpy(at, more.data(), more.size());
+    at += more.size();
     *at++ = '\n';
     block_.used = static_cast<std::size_t>(at - block_.bytes.data());
 }

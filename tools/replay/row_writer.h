@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "frames/frame_log.h"
@@ -54,8 +55,12 @@ class RowWriter {
   public:
     RowWriter(OutputFile& output, const CallerSettings& caller, Jobs jobs);
 
-    void write_header();
-    void write(std::uint64_t number, const Frame& frame, const Camera& camera);
+    /// `more` names further columns, each after a comma.
+    void write_header(std::string_view more = {});
+    /// `more` holds their values; at most kMostMore bytes.
+    void write(std::uint64_t number, const Frame& frame, const Registers& registers,
+               std::string_view more = {});
+    static constexpr std::size_t kMostMore = 256;
     /// After the last row: hands everything to the file.
     void finish();
 

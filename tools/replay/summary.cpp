@@ -248,8 +248,7 @@ std::string Summary::text() const {
     }
 
     out += fmt::format("\n{:<20}{:>8}{:>18}{:>18}\n", "change at frame", "held for",
-                       "frames to settle:", "");
-    out += fmt::format("{:<20}{:>8}{:>18}{:>18}\n", "", "", "matrix", "colour");
+                       "matrix settles in", "colour settles in");
     for (std::size_t i = 0; i < std::min(kMostShown, changes_.size()); ++i) {
         const LightChange& change = changes_[i];
         out += fmt::format("{:<20}{:>8}{:>18}{:>18}\n", frames_text(change), change.held,

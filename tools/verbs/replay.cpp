@@ -114,7 +114,8 @@ int run(const Options& options) {
     Frame frame;
     for (std::uint64_t number = 1; log.next(frame); ++number) {
         camera.run(frame);
-        if (writer && (number - 1) % options.every == 0) writer->write(number, frame, camera);
+        if (writer && (number - 1) % options.every == 0)
+            writer->write(number, frame, camera.registers());
         if (summary) summary->add(number, frame, camera);
         progress.show(number);
     }
