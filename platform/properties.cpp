@@ -155,7 +155,7 @@ class Store {
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view kBlanks = " \t\r\n";
     const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
+    if (first == std::string_view::npos) return text.substr(0, 0);
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 

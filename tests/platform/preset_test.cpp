@@ -68,8 +68,8 @@ TEST(PropertyFile, IsReadOnceAndBadLinesAreReported) {
     std::remove(path.c_str());
 }
 
+// Runs before the other test, as death tests do, in a child whose store is fresh.
 TEST(PropertyFileDeathTest, MissingFileIsReported) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a fresh process, a fresh store
     EXPECT_EXIT(
         {
             setenv("IMGTUNE_PROPERTIES", "/nonexistent/properties", 1);
