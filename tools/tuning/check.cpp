@@ -69,6 +69,13 @@ class Check {
         faults_.add(std::move(fault));
     }
 
+    /// Otherwise the coefficients mean nothing.
+    bool codec_fits() const {
+        const CallerSettings& c = tuning_.caller;
+        return c.int_bits >= 0 && c.frac_bits >= 0 &&
+               std::int64_t{c.int_bits} + c.frac_bits <= kFieldBits;
+    }
+
     // ---- ranges
 
     /// Whether the library gets to see the field.
@@ -256,7 +263,7 @@ class Check {
             return;
         }
         for (std::size_t t = 1; t < cts(); ++t) check_order(row, t, path);
-        if (ccm_.i4Method != kBlend) return;
+        if (ccm_.i4Method != kBlend || !codec_fits()) return;
         for (std::size_t t = 0; t < cts(); ++t) check_matrix(row, t, path);
     }
 

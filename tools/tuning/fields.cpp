@@ -354,7 +354,9 @@ const std::vector<Record>& records() {
 }
 
 std::string FieldRef::path() const {
-    std::string text = record->path + '.' + spec->name;
+    // A list of a single kind of value shows no name.
+    const bool named = !record->spec->as_list || record->spec->fields.size() > 1;
+    std::string text = named ? record->path + '.' + spec->name : record->path;
     if (spec->count != 0) text += fmt::format("[{}]", element);
     return text;
 }

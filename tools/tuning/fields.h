@@ -96,7 +96,8 @@ struct FieldRef {
     const FieldSpec* spec;
     unsigned element;
 
-    std::string path() const;  ///< "color.images.normal.2.Luma.PY[3]", "ccm.i4Method"
+    std::string path()
+        const;  ///< "color.images.normal.2.Luma.PY[3]", "ccm.rows.normal.matrices.0[8]"
     /// As stored: sign-extended if signed; a coefficient decoded with the tuning's codec.
     std::int64_t read(const Tuning& tuning) const;
     /// The bits alone.

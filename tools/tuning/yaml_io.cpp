@@ -185,24 +185,25 @@ class Reader {
                                 const std::vector<std::string>& known) {
         Entries collected;
         collect(node, path, false, 0, collected);
-        std::vector<Entry> entries = std::move(collected.list);
-        std::erase_if(entries, [&](const Entry& entry) {
-            if (std::ranges::find(known, entry.key) != known.end()) return false;
-            // Merged maps may serve several places.
-            if (entry.merged) return true;
-            const std::string near = nearest_name(entry.key, known);
-            add("T003", entry.line, path.empty() ? entry.key : path + '.' + entry.key,
-                "unknown key", "", "",
-                near.empty() ? "remove it; known here: " + fmt::format("{}", fmt::join(known, ", "))
-                             : "did you mean '" + near + "'?");
-            return true;
-        });
+        // Copied, never assigned: assigning a YAML::Node changes the document behind it.
+        std::vector<Entry> entries;
+        for (const Entry& entry : collected.list) {
+            if (std::ranges::find(known, entry.key) != known.end()) {
+                entries.push_back(entry);
+            } else if (!entry.merged) {  // merged maps may serve several places
+                const std::string near = nearest_name(entry.key, known);
+                add("T003", entry.line, path.empty() ? entry.key : path + '.' + entry.key,
+                    "unknown key", "", "",
+                    near.empty() ? fmt::format("remove it; known here: {}", fmt::join(known, ", "))
+                                 : "did you mean '" + near + "'?");
+            }
+        }
         return entries;
     }
 
     void collect(const YAML::Node& node, const std::string& path, bool merged, int depth,
                  Entries& entries) {
-        std::vector<YAML::Node> bases;
+        std::vector<std::pair<int, YAML::Node>> bases;  // with the line of their key
         const std::size_t own = entries.list.size();
         for (const auto& pair : node) {
             const int line = line_of(pair.first);
@@ -212,7 +213,7 @@ class Reader {
             }
             const std::string& key = pair.first.Scalar();
             if (key == "<<") {
-                bases.push_back(pair.second);
+                bases.emplace_back(line, pair.second);
                 continue;
             }
             const auto [found, made] = entries.index.try_emplace(key, entries.list.size());
@@ -223,26 +224,26 @@ class Reader {
                     fmt::format("the first is in line {}", entries.list[found->second].line));
             }
         }
-        for (const YAML::Node& base : bases) {
+        for (const auto& [line, base] : bases) {
             if (base.IsSequence()) {
-                for (const auto& each : base) merge(each, path, depth, entries);
+                for (const auto& each : base) merge(each, line, path, depth, entries);
             } else {
-                merge(base, path, depth, entries);
+                merge(base, line, path, depth, entries);
             }
         }
     }
 
-    void merge(const YAML::Node& base, const std::string& path, int depth, Entries& entries) {
+    void merge(const YAML::Node& base, int line, const std::string& path, int depth,
+               Entries& entries) {
         if (merged_ > kMostMerged) return;
         if (!base.IsMap()) {
-            add("T013", line_of(base), path, "merge key", shown(base), "an anchored map (*name)",
-                "");
+            add("T013", line, path, "merge key", shown(base), "an anchored map (*name)", "");
             return;
         }
         merged_ += 1 + base.size();
         if (depth >= kDeepestMerge || merged_ > kMostMerged) {
             merged_ = kMostMerged + 1;
-            add("T013", line_of(base), path, "merge keys nested too deep or too many", "",
+            add("T013", line, path, "merge keys nested too deep or too many", "",
                 fmt::format("{} levels", kDeepestMerge), "");
             return;
         }
@@ -440,9 +441,7 @@ class Reader {
             const std::uint32_t mask = found == nullptr ? 0 : found->mask;
             if (*bits < 0 || *bits > 0xffffffff ||
                 (static_cast<std::uint32_t>(*bits) & ~mask) != 0) {
-                add("T011", line, word_path,
-                    found == nullptr ? "no such word with bits outside the fields"
-                                     : "bits of a named field",
+                add("T011", line, word_path, "bits of a named field, or beyond the record",
                     pair.second.Scalar(), fmt::format("bits of 0x{:08x}", mask),
                     "set fields by their names");
                 continue;
