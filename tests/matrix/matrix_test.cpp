@@ -235,6 +235,7 @@ TEST(Eigen, RootsOfCubics) {
         {"r = cbrt(-1)", {2, 0, 0}, {-kInfinity, kInfinity, kInfinity}, 0},
         {"r infinite", {-kInfinity, 0, 0}, {kInfinity, -kInfinity, -kInfinity}, 0},
         {"1, 1, 6: the cosine rounds above 1", {-6, 13, -8}, {kNaN, kNaN, kNaN}, 0},
+        {"3, i, -i: a cosine above 1", {-3, 1, -3}, {kNaN, kNaN, kNaN}, 0},
         {"NaN", {0, kNaN, 0}, {kNaN, kNaN, kNaN}, 0},
     };
     for (const auto& row : rows) {
