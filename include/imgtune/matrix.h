@@ -32,15 +32,16 @@ IMGTUNE_API int sign(float x);
 IMGTUNE_API int sign_extension(int v, int n);
 
 /// x rounded to the nearest integer, halves away from zero, saturated to 32 bits; NaN gives 0.
-/// From 2^31 - 0.5 on the magnitude saturates first: minus infinity gives -2147483647.
+/// The magnitude saturates before the sign is applied: minus infinity gives -2147483647.
 IMGTUNE_API int round_stats(float x);
 
 /// v limited to lo..hi; the upper bound is tested first, so with lo > hi a v above hi gives hi.
 IMGTUNE_API unsigned char CLIP(unsigned char v, unsigned char lo, unsigned char hi);
 IMGTUNE_API unsigned int CLIP(unsigned int v, unsigned int lo, unsigned int hi);
 
-/// Roots of x^3 + p[2] x^2 + p[1] x + p[0], written over p, not sorted. With one real root only,
-/// p[1] and p[2] both hold the real part of the complex pair.
+/// Roots of x^3 + p[2] x^2 + p[1] x + p[0], written over p, not sorted. Meant for cubics whose
+/// roots are all real, as those of a symmetric matrix: with one real root the results are NaN or no
+/// roots, and so they can be by rounding at a double root.
 IMGTUNE_API void solvecubic(float* p);
 
 /// Real cube root of R. Infinite and NaN arguments come back as they are; four finite arguments,
@@ -51,7 +52,8 @@ IMGTUNE_API float cbrt_stats(float R);
 IMGTUNE_API void sort3(float* v);
 
 /// v = unit vector spanning the null space of M, found from the largest cross product of two rows.
-/// A matrix of rank 1 takes (M[3], -M[0], 0) scaled to unit length; the zero matrix gives NaN.
+/// When every such product is shorter than 1e-5, as for rank 1 or entries below some 3e-3, v is
+/// (M[3], -M[0], 0) scaled to unit length: NaN when both are 0.
 IMGTUNE_API void find_eigenvector(float* M, float* v);
 
 /// out = transpose(P) diag(1 / sqrt(w)) Q, a singular value of 1e-5 or less inverting to 0.

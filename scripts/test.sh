@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds with g++ and with clang++, and runs every test.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh g++ clang cmake ninja-build pkg-config libgtest-dev libbenchmark-dev libcli11-dev \
+    libyaml-cpp-dev libfmt-dev nlohmann-json3-dev clang-format clang-tidy valgrind binutils
+
+passed=0
+failed=()
+# step NAME COMMAND...: runs one part of the tests; its output is shown when it fails.
+step() {
+    local name=$1 start=$SECONDS log
+    shift
+    log=build/log/${name// /-}.txt
+    mkdir -p build/log
+    if "$@" >"$log" 2>&1; then
+        passed=$((passed + 1))
+        printf 'ok    %-34s %4d s   %s\n' "$name" $((SECONDS - start)) \
+            "$(grep -oE '[0-9]+ tests? failed out of [0-9]+' "$log" | tail -n 1)"
+    else
+        failed+=("$name")
+        printf 'FAIL  %-34s %4d s   see %s\n' "$name" $((SECONDS - start)) "$log"
+        tail -n 60 "$log"
+    fi
+}
+
+suite() {
+    cmake --preset "$1" && cmake --build --preset "$1" && ctest --preset "$1"
+}
+
+step "release suite" suite release
+step "clang suite" suite clang
+step "debug suite" suite debug
+step "format and lint" scripts/lint.sh
+for script in sanitize aarch64 android-check fuzz abi count-instructions; do
+    [ -x "scripts/$script.sh" ] && step "$script" "scripts/$script.sh"
+done
+
+printf '%d passed, %d failed\n' "$passed" "${#failed[@]}"
+[ ${#failed[@]} -eq 0 ]
