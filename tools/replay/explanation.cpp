@@ -284,6 +284,14 @@ struct Wrapping {
         if (field == nullptr || field->read(image) == computed) return;
         wrapped.push_back(fmt::format("{} {} became {}", name, computed, field->read(image)));
     }
+
+    /// A target that its field cannot hold is never reached.
+    void fit(const std::string& name, std::int64_t target) {
+        const ColorField* field = find_field(name);
+        if (field == nullptr || (target >= 0 && target >> field->width == 0)) return;
+        wrapped.push_back(
+            fmt::format("{} target {} needs more than {} bits", name, target, field->width));
+    }
 };
 
 void tell_blocks(Story& story, const Trace& trace, const Image& image) {
@@ -299,6 +307,7 @@ void tell_blocks(Story& story, const Trace& trace, const Image& image) {
             text += fmt::format("{}{} {}", text.empty() ? "" : ", ", label, all[k]);
         }
         if (values.contains("Out")) wrapping.compare(name, values["Out"], image);
+        if (values.contains("Tgt")) wrapping.fit(name, values["Tgt"]);
         story.fact(name, name, values, text);
     }
     for (const TracedRow& row : kTracedRows) {

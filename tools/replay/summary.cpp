@@ -87,7 +87,7 @@ bool Summary::is_clipped(const Frame& frame) {
     });
 }
 
-void Summary::add(std::uint64_t number, const Frame& frame, const Camera& camera) {
+void Summary::add(std::uint64_t number, const Frame& frame, const Registers& registers) {
     const bool first = frames_ == 0;
     const bool changed = first || !same_light(frame, last_frame_);
     if (jobs_.ccm) {
@@ -111,19 +111,19 @@ void Summary::add(std::uint64_t number, const Frame& frame, const Camera& camera
     last_frame_ = frame;
 
     const std::array<bool, 2> moved = {
-        jobs_.ccm && (first || std::memcmp(&camera.ccm(), &last_ccm_, sizeof(last_ccm_)) != 0),
+        jobs_.ccm && (first || std::memcmp(&registers.ccm, &last_ccm_, sizeof(last_ccm_)) != 0),
         jobs_.color &&
-            (first || std::memcmp(&camera.color(), &last_color_, sizeof(last_color_)) != 0)};
+            (first || std::memcmp(&registers.color, &last_color_, sizeof(last_color_)) != 0)};
     for (std::size_t job = 0; job < moved.size(); ++job) {
         if (moved[job]) last_motion_[job] = change_.held;
     }
     if (moved[kMatrix]) {
-        last_ccm_ = camera.ccm();
-        std::ranges::copy(decode(last_ccm_, camera.tuning().caller), now_.begin());
+        last_ccm_ = registers.ccm;
+        std::ranges::copy(decode(last_ccm_, probe_.tuning().caller), now_.begin());
         note_motion(0, kCoefficients, first);
     }
     if (moved[kColor]) {
-        last_color_ = camera.color();
+        last_color_ = registers.color;
         const auto fields = color_fields();
         for (std::size_t k = 0; k < fields.size(); ++k) {
             now_[kCoefficients + k] = fields[k].read(last_color_);

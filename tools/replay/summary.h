@@ -39,8 +39,8 @@ class Summary {
   public:
     Summary(const Tuning& tuning, Jobs jobs, double frames_per_second);
 
-    /// The next frame, which the camera has just run.
-    void add(std::uint64_t number, const Frame& frame, const Camera& camera);
+    /// The next frame and what the library made of it.
+    void add(std::uint64_t number, const Frame& frame, const Registers& registers);
 
     /// After the last frame.
     void finish();

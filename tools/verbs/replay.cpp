@@ -116,7 +116,7 @@ int run(const Options& options) {
         camera.run(frame);
         if (writer && (number - 1) % options.every == 0)
             writer->write(number, frame, camera.registers());
-        if (summary) summary->add(number, frame, camera);
+        if (summary) summary->add(number, frame, camera.registers());
         progress.show(number);
     }
     if (writer) {
