@@ -1,8 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
 #include "support/bad_input.h"
+#include "tuning/faults.h"
 #include "verbs/verbs.h"
 
 int main(int argc, char** argv) {
@@ -28,6 +31,15 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        if (argc > 1 && app.get_subcommands().empty() && *argv[1] != '-') {
+            std::vector<std::string> verbs;
+            for (const CLI::App* verb : app.get_subcommands(nullptr)) {
+                verbs.push_back(verb->get_name());
+            }
+            const std::string near = nearest_name(argv[1], verbs);
+            std::fprintf(stderr, "imgtune: no verb '%s'%s\n", argv[1],
+                         near.empty() ? "" : (", did you mean '" + near + "'?").c_str());
+        }
         return app.exit(error) == 0 ? kFine : kBadInput;
     }
     try {
