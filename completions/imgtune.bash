@@ -20,7 +20,7 @@ _imgtune() {
     if [[ $cur == -* ]]; then
         # The verb's own help names its options.
         mapfile -t COMPREPLY < <(compgen -W "$("${COMP_WORDS[0]}" "$verb" --help 2>/dev/null |
-            grep -oE '(^|[ ,])--?[a-z][a-z-]*' | tr -d ' ,')" -- "$cur")
+            sed -nE 's/^ +(-[^ ]+).*/\1/p' | tr , '\n')" -- "$cur")
         return
     fi
     if [[ $verb == pack && $prev == @(-o|--output) || $verb == unpack && $prev == unpack ]]; then
