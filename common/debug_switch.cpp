@@ -36,6 +36,7 @@ std::int32_t parse_integer(const char* text) {
 }
 
 std::int32_t DebugSwitches::read(const char* name) {
+    value_[0] = '\0';  // a read that fails and writes nothing is off, too
     property_get(name, value_, "0");
     return parse_integer(value_);
 }

@@ -27,8 +27,8 @@ IMGTUNE_API extern const unsigned short g_Smooth_CCM_Ver;
 /// @param u4Coef       three weights: new matrix, ring entry 0, ring entry 1; a zero sum gives the
 ///                     identity; (1, 0, 0) switches the average off
 ///
-/// i4NumCT is taken as 1 below 1 and as 8 above 8. With i4NumCT 2 the blend takes the missing
-/// neighbour from the row's nearest end.
+/// i4NumCT is taken as 1 below 1 and as 8 above 8. The blend needs at least 3; with 2 its third
+/// matrix is the row's entry 2, tuned or not.
 IMGTUNE_API void SmoothCCM(int Fullgain, int i4IntBits, int i4FracBits,
                            ISP_NVRAM_MULTI_CCM_STRUCT& tuning, NSIspTuning::ISP_NVRAM_CCM_T& output,
                            unsigned short& version, NSIspTuning::RAWIspCamInfo const& state,
