@@ -496,17 +496,17 @@ class Check {
         }
     }
 
+    static const FieldSpec& image_field(std::string_view name) {
+        return *std::ranges::find(kColorImageRecord.fields, name, &FieldSpec::name);
+    }
+
     void check_knots(std::size_t slot, std::size_t ct) {
-        const auto& fields_of_image = kColorImageRecord.fields;
-        const auto named = [&](const char* name) {
-            return std::ranges::find(fields_of_image, name, &FieldSpec::name);
-        };
-        const auto first = named("Saturation.SP1");
-        const auto second = named("Saturation.SP2");
+        const FieldSpec& first = image_field("Saturation.SP1");
+        const FieldSpec& second = image_field("Saturation.SP2");
         const std::uint32_t* words = tuning_.color[slot][ct].u4Word;
-        for (unsigned i = 0; i < first->count; ++i) {
-            const std::uint32_t sp1 = first->place(i).read(words);
-            const std::uint32_t sp2 = second->place(i).read(words);
+        for (unsigned i = 0; i < first.count; ++i) {
+            const std::uint32_t sp1 = first.place(i).read(words);
+            const std::uint32_t sp2 = second.place(i).read(words);
             if (sp1 <= sp2) continue;
             report({.code = "T207",
                     .path = fmt::format("{}.Saturation.SP1[{}]", image_path(slot, ct), i),

@@ -33,6 +33,10 @@ int line_of(const YAML::Node& node) {
     return node.Mark().line + 1;
 }
 
+std::string joined(const std::string& path, const std::string& key) {
+    return path.empty() ? key : fmt::format("{}.{}", path, key);
+}
+
 /// What a node is, for a message.
 std::string shown(const YAML::Node& node) {
     if (node.IsScalar()) return node.Scalar();
@@ -192,8 +196,7 @@ class Reader {
                 entries.push_back(entry);
             } else if (!entry.merged) {  // merged maps may serve several places
                 const std::string near = nearest_name(entry.key, known);
-                add("T003", entry.line, path.empty() ? entry.key : path + '.' + entry.key,
-                    "unknown key", "", "",
+                add("T003", entry.line, joined(path, entry.key), "unknown key", "", "",
                     near.empty() ? fmt::format("remove it; known here: {}", fmt::join(known, ", "))
                                  : "did you mean '" + near + "'?");
             }
@@ -220,7 +223,7 @@ class Reader {
             if (made) {
                 entries.list.push_back({key, line, pair.second, merged});
             } else if (found->second >= own) {
-                add("T009", line, path.empty() ? key : path + '.' + key, "key stands twice", "", "",
+                add("T009", line, joined(path, key), "key stands twice", "", "",
                     fmt::format("the first is in line {}", entries.list[found->second].line));
             }
         }
