@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Fuzzes every target. Usage: scripts/fuzz.sh [SECONDS PER TARGET, 7] [TARGET...]
+# Inputs that were found interesting stay in build/fuzz/corpus, failures in build/fuzz/failures.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh clang cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev
+
+seconds=${1:-7}
+targets=("${@:2}")
+if [ ${#targets[@]} -eq 0 ]; then
+    targets=(smooth_ccm smooth_color ccm_blocks color_blocks color_scalars matrix tuning_reader
+        frame_log_reader)
+fi
+cmake --preset fuzz
+cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
+
+mkdir -p build/fuzz/failures
+status=0
+for target in "${targets[@]}"; do
+    found=build/fuzz/corpus/$target
+    log=build/fuzz/$target.log
+    mkdir -p "$found"
+    # The outer limit ends a program that hangs in its own report.
+    if timeout -s KILL $((seconds + 60)) "build/fuzz/fuzz/fuzz_$target" \
+        "-max_total_time=$seconds" -timeout=10 -rss_limit_mb=1024 -len_control=10 \
+        "-max_len=$([[ $target = *_reader ]] && echo 4096 || echo 800)" \
+        "-artifact_prefix=build/fuzz/failures/$target-" "$found" "fuzz/corpus/$target" \
+        >"$log" 2>&1; then
+        printf '%-18s %s\n' "$target" "$(tail -n 1 "$log")"
+    else
+        status=1
+        printf '%-18s FAILED, see %s\n' "$target" "$log"
+        grep -E 'does not hold|runtime error|ERROR|SUMMARY|Test unit written' "$log" || true
+    fi
+done
+exit $status

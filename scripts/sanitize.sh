@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Runs the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer, and the threaded tests
+# under ThreadSanitizer. Any report fails.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh clang cmake ninja-build pkg-config libgtest-dev libcli11-dev libyaml-cpp-dev \
+    libfmt-dev nlohmann-json3-dev locales
+
+cmake --preset asan
+cmake --build --preset asan
+ctest --preset asan -j "$(nproc)"
+
+cmake --preset tsan
+cmake --build --preset tsan --target threads_test platform_test
+ctest --preset tsan -R 'Thread'
