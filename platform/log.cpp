@@ -1,4 +1,5 @@
 #include <android/log.h>
+#include <locale.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -61,7 +62,11 @@ EXPORTED int __android_log_print(int prio, const char* tag, const char* fmt, ...
     char text[kMessageSize];
     va_list values;
     va_start(values, fmt);
+    // As on the device, where no locale turns a decimal point into a comma.
+    static const locale_t plain = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
+    const locale_t callers_locale = uselocale(plain);
     const int length = std::vsnprintf(text, sizeof(text), fmt, values);
+    uselocale(callers_locale);
     va_end(values);
     if (length >= 0) {
         const __android_log_message message = {sizeof(message), 0, prio, tag, nullptr, 0, text};
