@@ -38,7 +38,8 @@ echo "== How fast does it settle after a flash?  imgtune replay ... --summary"
 $imgtune replay "$tuning" examples/imx477-flash-shot.csv --summary | head -n 14
 
 echo
-echo "== Why this matrix at dusk?  imgtune explain ... --lv 35 --cct 2850"
-$imgtune explain "$tuning" --lv 35 --cct 2850 --gain 1155,512,1189 | sed -n '/^Matrix/,/average, /p'
+echo "== Why this matrix at LV 25?  imgtune explain examples/imx708-blend.yaml --lv 25 --cct 3610 ..."
+$imgtune explain examples/imx708-blend.yaml --lv 25 --cct 3610 --gain 837,512,1152 |
+    sed -n '/^Matrix/,/after low light/p'
 echo
 echo "More: $imgtune --help"
