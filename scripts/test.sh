@@ -26,12 +26,14 @@ step() {
 }
 
 suite() {
-    cmake --preset "$1" && cmake --build --preset "$1" && ctest --preset "$1"
+    cmake --preset "$@" && cmake --build --preset "$1" && ctest --preset "$1" -j "$(nproc)"
 }
 
+# The tool is built once here and once more under the sanitizers; the library by everything.
 step "release suite" suite release
-step "clang suite" suite clang
-step "debug suite" suite debug
+for preset in clang debug clang-debug; do
+    step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_TOOLS=OFF -DIMGTUNE_BUILD_BENCH=OFF
+done
 step "format and lint" scripts/lint.sh
 for script in sanitize aarch64 android-check fuzz abi count-instructions; do
     [ -x "scripts/$script.sh" ] && step "$script" "scripts/$script.sh"
