@@ -60,14 +60,14 @@ EXPORTED void __android_log_set_logger(__android_logger_function logger) {
 EXPORTED int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
     const int callers_errno = errno;  // a trace line must not disturb the code around it
     char text[kMessageSize];
-    va_list values;
-    va_start(values, fmt);
     // As on the device, where no locale turns a decimal point into a comma.
     static const locale_t plain = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
     const locale_t callers_locale = uselocale(plain);
+    va_list values;
+    va_start(values, fmt);
     const int length = std::vsnprintf(text, sizeof(text), fmt, values);
-    uselocale(callers_locale);
     va_end(values);
+    uselocale(callers_locale);
     if (length >= 0) {
         const __android_log_message message = {sizeof(message), 0, prio, tag, nullptr, 0, text};
         current_logger.load()(&message);
