@@ -21,6 +21,7 @@ target_compile_options(imgtune_library_flags INTERFACE
 add_library(imgtune_library_link INTERFACE)
 # libc and libm are named whether a build's inlining leaves a call to them or not.
 target_link_options(imgtune_library_link INTERFACE
+  -Wl,--version-script=${CMAKE_CURRENT_LIST_DIR}/exports.map
   -Wl,--no-as-needed,-lm,-lc -Wl,--as-needed -Wl,-z,now -Wl,-Bsymbolic-functions)
 if(NOT IMGTUNE_SANITIZE)
   target_link_options(imgtune_library_link INTERFACE -Wl,--no-undefined)

@@ -65,6 +65,7 @@ EXPORTED int __android_log_print(int prio, const char* tag, const char* fmt, ...
     const locale_t callers_locale = uselocale(plain);
     va_list values;
     va_start(values, fmt);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): started on the line above
     const int length = std::vsnprintf(text, sizeof(text), fmt, values);
     va_end(values);
     uselocale(callers_locale);
