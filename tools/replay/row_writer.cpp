@@ -137,7 +137,7 @@ void RowWriter::write(std::uint64_t number, const Frame& frame, const Registers&
     at = put_inputs(at, frame);
     if (jobs_.ccm) at = put_matrix(at, registers.ccm, caller_);
     if (jobs_.color) at = color_.put(at, registers.color);
-    std::memcpy(at, more.data(), more.size());
+    if (!more.empty()) std::memcpy(at, more.data(), more.size());
     at += more.size();
     *at++ = '\n';
     block_.used = static_cast<std::size_t>(at - block_.bytes.data());

@@ -1,6 +1,7 @@
 #include "tuning/yaml_io.h"
 
 #include <fmt/format.h>
+#include <yaml-cpp/eventhandler.h>
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
@@ -21,6 +22,33 @@
 namespace imgtune::tool {
 
 namespace {
+
+/// Takes a document's events and keeps none.
+class IgnoreEvents : public YAML::EventHandler {
+  public:
+    void OnDocumentStart(const YAML::Mark&) override {}
+    void OnDocumentEnd() override {}
+    void OnNull(const YAML::Mark&, YAML::anchor_t) override {}
+    void OnAlias(const YAML::Mark&, YAML::anchor_t) override {}
+    void OnScalar(const YAML::Mark&, const std::string&, YAML::anchor_t,
+                  const std::string&) override {}
+    void OnSequenceStart(const YAML::Mark&, const std::string&, YAML::anchor_t,
+                         YAML::EmitterStyle::value) override {}
+    void OnSequenceEnd() override {}
+    void OnMapStart(const YAML::Mark&, const std::string&, YAML::anchor_t,
+                    YAML::EmitterStyle::value) override {}
+    void OnMapEnd() override {}
+};
+
+/// Null for one document. Looks for a second and no further: on some malformed text the parser
+/// finds documents without end.
+const char* documents_if_not_one(const std::string& text) {
+    std::istringstream in(text);
+    YAML::Parser parser(in);
+    IgnoreEvents ignore;
+    if (!parser.HandleNextDocument(ignore)) return "0";
+    return parser.HandleNextDocument(ignore) ? "2 or more" : nullptr;
+}
 
 using Kind = FormatNode::Kind;
 
@@ -106,13 +134,11 @@ class Reader {
         }
         faults_.set_place("", file_, 1);
         try {
-            const std::vector<YAML::Node> documents = YAML::LoadAll(text);
-            if (documents.size() != 1) {
-                add("T001", 1, "", "number of YAML documents", std::to_string(documents.size()),
-                    "1", "");
+            if (const char* count = documents_if_not_one(text)) {
+                add("T001", 1, "", "number of YAML documents", count, "1", "");
                 return;
             }
-            read_root(documents[0], caller_only);
+            read_root(YAML::Load(text), caller_only);
         } catch (const YAML::Exception& error) {
             add("T001", error.mark.is_null() ? 0 : error.mark.line + 1, "",
                 "not readable as YAML: " + error.msg, "", "", "");
