@@ -105,8 +105,11 @@ class Store {
         }
     }
 
+    /// False while no property was ever set, which spares a look at the name.
+    bool any() const { return names_.load(std::memory_order_acquire) != 0; }
+
     std::size_t get(std::string_view name, char* value) const {
-        if (names_.load(std::memory_order_acquire) != 0 && name.size() <= kMaxNameLength) {
+        if (name.size() <= kMaxNameLength) {
             const std::uint64_t hash = hash_of(name);
             for (std::size_t slot = hash % kSlots;; slot = (slot + 1) % kSlots) {
                 const Entry& entry = entries_[slot];
@@ -211,12 +214,18 @@ Store& store() {
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 
 EXPORTED int property_get(const char* key, char* value, const char* default_value) {
-    const std::size_t length = store().get(key == nullptr ? "" : key, value);
-    if (length > 0 || default_value == nullptr) return static_cast<int>(length);
-    const std::size_t cut = strnlen(default_value, kValueSize - 1);
-    std::memcpy(value, default_value, cut);
-    value[cut] = '\0';
-    return static_cast<int>(cut);
+    const Store& properties = store();
+    if (properties.any() && key != nullptr) {
+        const std::size_t length = properties.get(key, value);
+        if (length > 0) return static_cast<int>(length);
+    }
+    // A default is a character or two: shorter than the calls that would copy it.
+    int length = 0;
+    while (default_value != nullptr && length < PROPERTY_VALUE_MAX - 1 && *default_value != '\0') {
+        value[length++] = *default_value++;
+    }
+    value[length] = '\0';
+    return length;
 }
 
 EXPORTED int property_set(const char* key, const char* value) {
