@@ -109,7 +109,7 @@ TEST(Fields, PlacesOfTheStoredFormat) {
     for (const Row& row : kRows) {
         const auto found = std::ranges::find(fields(), row.path, &FieldRef::path);
         ASSERT_NE(found, fields().end()) << row.path;
-        const BitField at = found->spec->place(found->element);
+        const BitField at = found->definition->place(found->element);
         EXPECT_EQ(found->record->part, row.part) << row.path;
         EXPECT_EQ(found->record->first_word + at.word, row.word) << row.path;
         EXPECT_EQ(at.low, row.low) << row.path;
@@ -129,7 +129,7 @@ TEST(Fields, EveryBitBelongsToOneFieldOrToNone) {
         taken |= mask;
     };
     for (const FieldRef& f : fields()) {
-        const BitField at = f.spec->place(f.element);
+        const BitField at = f.definition->place(f.element);
         claim(f.record->part, f.record->first_word + at.word,
               (0xffffffffU >> (32 - at.width)) << at.low, f.path());
     }

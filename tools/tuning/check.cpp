@@ -80,10 +80,10 @@ class Check {
 
     /// Whether the library gets to see the field.
     bool is_used(const FieldRef& field) const {
-        const RecordSpec* kind = field.record->spec;
+        const RecordDefinition* kind = field.record->definition;
         const std::size_t word = field.record->first_word;
         if (kind == &kCallerRecord) {
-            const bool for_color = field.spec->name == "ct_grid";
+            const bool for_color = field.definition->name == "ct_grid";
             return for_color ? tuning_.has_color : tuning_.has_ccm;
         }
         if (field.record->part == Part::ccm && !tuning_.has_ccm) return false;
@@ -99,14 +99,14 @@ class Check {
         }
         if (kind == &kSmoothingRecord) {
             const std::size_t slot = word / 17;
-            const bool outdoor = field.spec->name.starts_with("u4Outdoor");
+            const bool outdoor = field.definition->name.starts_with("u4Outdoor");
             return slot != kOutdoor && (!outdoor || (slot == kNormal && outdoor_));
         }
         return true;
     }
 
     void check_range(const FieldRef& field) {
-        const RangeRule* rule = field.spec->allowed;
+        const RangeRule* rule = field.definition->allowed;
         if (rule == nullptr || !is_used(field)) return;
         const std::int64_t value = field.read(tuning_);
         if (value >= rule->min && value <= rule->max) return;
@@ -114,7 +114,7 @@ class Check {
         report({.severity = rule->warning && !zero_deviation ? Severity::warning : Severity::error,
                 .code = rule->code,
                 .path = field.path(),
-                .message = fmt::format("{} outside its range", field.spec->meaning),
+                .message = fmt::format("{} outside its range", field.definition->meaning),
                 .value = std::to_string(value),
                 .allowed = fmt::format("{}..{}", rule->min, rule->max),
                 .effect = zero_deviation
@@ -496,13 +496,13 @@ class Check {
         }
     }
 
-    static const FieldSpec& image_field(std::string_view name) {
-        return *std::ranges::find(kColorImageRecord.fields, name, &FieldSpec::name);
+    static const FieldDefinition& image_field(std::string_view name) {
+        return *std::ranges::find(kColorImageRecord.fields, name, &FieldDefinition::name);
     }
 
     void check_knots(std::size_t slot, std::size_t ct) {
-        const FieldSpec& first = image_field("Saturation.SP1");
-        const FieldSpec& second = image_field("Saturation.SP2");
+        const FieldDefinition& first = image_field("Saturation.SP1");
+        const FieldDefinition& second = image_field("Saturation.SP2");
         const std::uint32_t* words = tuning_.color[slot][ct].u4Word;
         for (unsigned i = 0; i < first.count; ++i) {
             const std::uint32_t sp1 = first.place(i).read(words);

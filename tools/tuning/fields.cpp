@@ -48,9 +48,9 @@ constexpr RangeRule kSpeed{1, kMaxWord, "T208",
 constexpr RangeRule kOutdoorBase{0, 29343, "T101", "the outdoor blend wraps: wild values"};
 
 // Makers of table rows.
-FieldSpec word(std::string name, unsigned at, const char* unit, const char* meaning,
-               const RangeRule* allowed = nullptr) {
-    FieldSpec f;
+FieldDefinition word(std::string name, unsigned at, const char* unit, const char* meaning,
+                     const RangeRule* allowed = nullptr) {
+    FieldDefinition f;
     f.name = std::move(name);
     f.first = {at, 0, 32};
     f.unit = unit;
@@ -59,26 +59,26 @@ FieldSpec word(std::string name, unsigned at, const char* unit, const char* mean
     return f;
 }
 
-FieldSpec words(std::string name, unsigned at, unsigned count, const char* unit,
-                const char* meaning, const RangeRule* allowed = nullptr) {
-    FieldSpec f = word(std::move(name), at, unit, meaning, allowed);
+FieldDefinition words(std::string name, unsigned at, unsigned count, const char* unit,
+                      const char* meaning, const RangeRule* allowed = nullptr) {
+    FieldDefinition f = word(std::move(name), at, unit, meaning, allowed);
     f.count = count;
     f.stride = 32;
     return f;
 }
 
-FieldSpec as_signed_field(FieldSpec f) {
+FieldDefinition as_signed_field(FieldDefinition f) {
     f.is_signed = true;
     return f;
 }
 
-FieldSpec as_optional(FieldSpec f) {
+FieldDefinition as_optional(FieldDefinition f) {
     f.optional = true;
     return f;
 }
 
-FieldSpec bits(std::string name, BitField place, const char* meaning) {
-    FieldSpec f;
+FieldDefinition bits(std::string name, BitField place, const char* meaning) {
+    FieldDefinition f;
     f.name = std::move(name);
     f.first = place;
     f.meaning = meaning;
@@ -86,16 +86,17 @@ FieldSpec bits(std::string name, BitField place, const char* meaning) {
 }
 
 /// Bytes packed densely (stride 8) or one in each 16 bits.
-FieldSpec bytes(std::string name, unsigned at, unsigned count, unsigned stride,
-                const char* meaning) {
-    FieldSpec f = bits(std::move(name), {at, 0, 8}, meaning);
+FieldDefinition bytes(std::string name, unsigned at, unsigned count, unsigned stride,
+                      const char* meaning) {
+    FieldDefinition f = bits(std::move(name), {at, 0, 8}, meaning);
     f.count = count;
     f.stride = stride;
     return f;
 }
 
-FieldSpec placed(std::string name, const BitField* places, unsigned count, const char* meaning) {
-    FieldSpec f = bits(std::move(name), places[0], meaning);
+FieldDefinition placed(std::string name, const BitField* places, unsigned count,
+                       const char* meaning) {
+    FieldDefinition f = bits(std::move(name), places[0], meaning);
     f.count = count;
     f.places = places;
     return f;
@@ -104,7 +105,7 @@ FieldSpec placed(std::string name, const BitField* places, unsigned count, const
 constexpr BitField kLsp1[4] = {{69, 22, 7}, {69, 14, 8}, {69, 7, 7}, {69, 0, 7}};
 constexpr BitField kLsp2[4] = {{70, 23, 7}, {70, 16, 7}, {70, 8, 7}, {70, 0, 7}};
 
-std::vector<FieldSpec> caller_fields() {
+std::vector<FieldDefinition> caller_fields() {
     return {
         as_optional(as_signed_field(
             word("full_gain", 0, "", "1: CCM smoothing uses the full AWB gain", &kFullGain))),
@@ -119,7 +120,7 @@ std::vector<FieldSpec> caller_fields() {
     };
 }
 
-std::vector<FieldSpec> ccm_head_fields() {
+std::vector<FieldDefinition> ccm_head_fields() {
     return {
         as_signed_field(word("i4Method", 0, "",
                              "1: polynomial of the AWB gain; 2: blend of the tuned matrices",
@@ -134,7 +135,7 @@ std::vector<FieldSpec> ccm_head_fields() {
     };
 }
 
-std::vector<FieldSpec> gain_fields() {
+std::vector<FieldDefinition> gain_fields() {
     return {as_signed_field(
                 word("R", 0, "512 = 1.0", "red AWB gain at this CT; rises with the CT", &kGain)),
             as_signed_field(word("G", 1, "512 = 1.0", "green AWB gain; not read")),
@@ -142,15 +143,15 @@ std::vector<FieldSpec> gain_fields() {
                 word("B", 2, "512 = 1.0", "blue AWB gain at this CT; falls with the CT", &kGain))};
 }
 
-std::vector<FieldSpec> matrix_fields() {
-    FieldSpec f = placed("C", kCoefficientFields.data(), 9, "coefficients, row after row");
+std::vector<FieldDefinition> matrix_fields() {
+    FieldDefinition f = placed("C", kCoefficientFields.data(), 9, "coefficients, row after row");
     f.form = Form::coefficient;
     f.unit = "2^frac_bits = 1.0";
     return {f};
 }
 
-std::vector<FieldSpec> polynomial_fields() {
-    std::vector<FieldSpec> fields{
+std::vector<FieldDefinition> polynomial_fields() {
+    std::vector<FieldDefinition> fields{
         word("i4R_AVG", 0, "1/100", "mean of the red gain, 512 = 1.0 before the factor", &kMean),
         word("i4R_STD", 1, "1/100", "its standard deviation", &kDeviation),
         word("i4B_AVG", 2, "1/100", "mean of the blue gain, 512 = 1.0 before the factor", &kMean),
@@ -159,11 +160,11 @@ std::vector<FieldSpec> polynomial_fields() {
         words("i4P10", 19, 9, "1/10000", "term in the red gain, per deviation from the mean"),
         words("i4P01", 28, 9, "1/10000", "term in the blue gain, per deviation from the mean"),
     };
-    for (FieldSpec& f : fields) f.is_signed = true;
+    for (FieldDefinition& f : fields) f.is_signed = true;
     return fields;
 }
 
-std::vector<FieldSpec> smoothing_fields() {
+std::vector<FieldDefinition> smoothing_fields() {
     return {
         word("u4RatioHighLV", 0, "16 = x1", "saturation ratio in bright light", &kRatio),
         word("u4RatioMidLV", 1, "16 = x1", "saturation ratio in middle light", &kRatio),
@@ -187,7 +188,7 @@ std::vector<FieldSpec> smoothing_fields() {
 }
 
 /// The colour map's sets W1..W3: enable bits in word 71, then lines H, Y, S of five words.
-void append_color_map(std::vector<FieldSpec>& fields) {
+void append_color_map(std::vector<FieldDefinition>& fields) {
     struct LineField {
         const char* name;
         BitField place;
@@ -217,8 +218,8 @@ void append_color_map(std::vector<FieldSpec>& fields) {
     }
 }
 
-std::vector<FieldSpec> color_image_fields() {
-    std::vector<FieldSpec> fields{
+std::vector<FieldDefinition> color_image_fields() {
+    std::vector<FieldDefinition> fields{
         bits("control.yeng_bypass", {0, 2, 1}, "1: luma engine off"),
         bits("control.seng_bypass", {0, 3, 1}, "1: saturation engine off"),
         bits("control.heng_bypass", {0, 4, 1}, "1: hue engine off"),
@@ -274,13 +275,13 @@ CoefficientCodec codec_of(const Tuning& tuning) {
 
 }  // namespace
 
-const RecordSpec kCallerRecord{"caller settings", 11, caller_fields(), false, true};
-const RecordSpec kCcmHeadRecord{"CCM", 41, ccm_head_fields()};
-const RecordSpec kGainRecord{"tuned gain", 3, gain_fields(), true, true};
-const RecordSpec kMatrixRecord{"tuned matrix", 6, matrix_fields(), true, true};
-const RecordSpec kPolynomialRecord{"polynomial", 37, polynomial_fields(), false, true};
-const RecordSpec kSmoothingRecord{"colour smoothing", 17, smoothing_fields()};
-const RecordSpec kColorImageRecord{"colour image", 117, color_image_fields()};
+const RecordDefinition kCallerRecord{"caller settings", 11, caller_fields(), false, true};
+const RecordDefinition kCcmHeadRecord{"CCM", 41, ccm_head_fields()};
+const RecordDefinition kGainRecord{"tuned gain", 3, gain_fields(), true, true};
+const RecordDefinition kMatrixRecord{"tuned matrix", 6, matrix_fields(), true, true};
+const RecordDefinition kPolynomialRecord{"polynomial", 37, polynomial_fields(), false, true};
+const RecordDefinition kSmoothingRecord{"colour smoothing", 17, smoothing_fields()};
+const RecordDefinition kColorImageRecord{"colour image", 117, color_image_fields()};
 
 std::size_t part_words(Part part) {
     switch (part) {
@@ -306,17 +307,17 @@ void store_word(Tuning& tuning, Part part, std::size_t word, std::uint32_t value
     std::memcpy(words_of<char>(tuning, part) + 4 * word, &value, 4);
 }
 
-BitField FieldSpec::place(unsigned element) const {
+BitField FieldDefinition::place(unsigned element) const {
     if (places != nullptr) return places[element];
     const unsigned bit = first.low + stride * element;
     return {first.word + bit / 32, bit % 32, first.width};
 }
 
-std::int64_t FieldSpec::lowest() const {
+std::int64_t FieldDefinition::lowest() const {
     return is_signed ? -(std::int64_t{1} << (first.width - 1)) : 0;
 }
 
-std::int64_t FieldSpec::highest() const {
+std::int64_t FieldDefinition::highest() const {
     return (std::int64_t{1} << (is_signed ? first.width - 1 : first.width)) - 1;
 }
 
@@ -355,20 +356,20 @@ const std::vector<Record>& records() {
 
 std::string FieldRef::path() const {
     // A list of a single kind of value shows no name.
-    const bool named = !record->spec->as_list || record->spec->fields.size() > 1;
-    std::string text = named ? record->path + '.' + spec->name : record->path;
-    if (spec->count != 0) text += fmt::format("[{}]", element);
+    const bool named = !record->definition->as_list || record->definition->fields.size() > 1;
+    std::string text = named ? record->path + '.' + definition->name : record->path;
+    if (definition->count != 0) text += fmt::format("[{}]", element);
     return text;
 }
 
 std::uint32_t FieldRef::read_bits(const Tuning& tuning) const {
-    const BitField at = spec->place(element);
+    const BitField at = definition->place(element);
     return (load_word(tuning, record->part, record->first_word + at.word) >> at.low) &
            mask_of(at.width);
 }
 
 void FieldRef::write_bits(Tuning& tuning, std::uint32_t value) const {
-    const BitField at = spec->place(element);
+    const BitField at = definition->place(element);
     const std::size_t word = record->first_word + at.word;
     const std::uint32_t kept = load_word(tuning, record->part, word) & ~word_mask(at);
     store_word(tuning, record->part, word, kept | ((value & mask_of(at.width)) << at.low));
@@ -376,9 +377,9 @@ void FieldRef::write_bits(Tuning& tuning, std::uint32_t value) const {
 
 std::int64_t FieldRef::read(const Tuning& tuning) const {
     const std::uint32_t value = read_bits(tuning);
-    if (spec->form == Form::coefficient) return codec_of(tuning).decode(value);
-    const unsigned width = spec->place(element).width;
-    if (spec->is_signed && (value >> (width - 1)) != 0) {
+    if (definition->form == Form::coefficient) return codec_of(tuning).decode(value);
+    const unsigned width = definition->place(element).width;
+    if (definition->is_signed && (value >> (width - 1)) != 0) {
         return std::int64_t{value} - (std::int64_t{1} << width);
     }
     return value;
@@ -388,8 +389,9 @@ const std::vector<FieldRef>& fields() {
     static const std::vector<FieldRef> all = [] {
         std::vector<FieldRef> list;
         for (const Record& record : records()) {
-            for (const FieldSpec& spec : record.spec->fields) {
-                for (unsigned e = 0; e < spec.elements(); ++e) list.push_back({&record, &spec, e});
+            for (const FieldDefinition& definition : record.definition->fields) {
+                for (unsigned e = 0; e < definition.elements(); ++e)
+                    list.push_back({&record, &definition, e});
             }
         }
         return list;
@@ -440,25 +442,25 @@ const FormatNode& format_tree() {
         FormatNode root;
         for (const Record& record : records()) {
             FormatNode& at = node_at(root, record.path);
-            if (record.spec->as_list) {
+            if (record.definition->as_list) {
                 at.kind = FormatNode::Kind::values;
                 at.record = &record;
-                at.optional = record.spec->optional;
+                at.optional = record.definition->optional;
                 continue;
             }
-            for (const FieldSpec& spec : record.spec->fields) {
-                FormatNode& leaf = node_at(node_at(root, record.path), spec.name);
+            for (const FieldDefinition& definition : record.definition->fields) {
+                FormatNode& leaf = node_at(node_at(root, record.path), definition.name);
                 leaf.kind = FormatNode::Kind::field;
                 leaf.record = &record;
-                leaf.spec = &spec;
-                leaf.optional = spec.optional;
+                leaf.definition = &definition;
+                leaf.optional = definition.optional;
             }
             FormatNode& map = node_at(root, record.path);
-            if (record.spec->optional) {
+            if (record.definition->optional) {
                 map.record = &record;
                 map.optional = true;
             }
-            if (record.spec == &kCcmHeadRecord || record.spec == &kColorImageRecord) {
+            if (record.definition == &kCcmHeadRecord || record.definition == &kColorImageRecord) {
                 map.opaque = &record;
             }
         }
@@ -475,15 +477,15 @@ const std::vector<OpaqueWord>& opaque_words() {
             known[static_cast<std::size_t>(part)].resize(part_words(part));
         }
         for (const FieldRef& field : fields()) {
-            const BitField at = field.spec->place(field.element);
+            const BitField at = field.definition->place(field.element);
             known[static_cast<std::size_t>(field.record->part)]
                  [field.record->first_word + at.word] |= word_mask(at);
         }
         std::vector<OpaqueWord> list;
         for (const Record& record : records()) {
-            const bool whole_ccm = record.spec == &kCcmHeadRecord;
-            if (!whole_ccm && record.spec != &kColorImageRecord) continue;
-            const std::size_t count = whole_ccm ? part_words(Part::ccm) : record.spec->words;
+            const bool whole_ccm = record.definition == &kCcmHeadRecord;
+            if (!whole_ccm && record.definition != &kColorImageRecord) continue;
+            const std::size_t count = whole_ccm ? part_words(Part::ccm) : record.definition->words;
             for (std::size_t w = 0; w < count; ++w) {
                 const std::size_t word = record.first_word + w;
                 const std::uint32_t mask = ~known[static_cast<std::size_t>(record.part)][word];
@@ -500,10 +502,11 @@ const std::vector<OpaqueWord>& opaque_words() {
 std::span<const ColorField> color_fields() {
     static const std::vector<ColorField> all = [] {
         std::vector<ColorField> list;
-        for (const FieldSpec& spec : kColorImageRecord.fields) {
-            for (unsigned e = 0; e < spec.elements(); ++e) {
-                const BitField at = spec.place(e);
-                list.push_back({spec.count == 0 ? spec.name : fmt::format("{}[{}]", spec.name, e),
+        for (const FieldDefinition& definition : kColorImageRecord.fields) {
+            for (unsigned e = 0; e < definition.elements(); ++e) {
+                const BitField at = definition.place(e);
+                list.push_back({definition.count == 0 ? definition.name
+                                                      : fmt::format("{}[{}]", definition.name, e),
                                 at.word, at.low, at.width});
             }
         }
@@ -513,7 +516,7 @@ std::span<const ColorField> color_fields() {
 }
 
 std::string describe_fields() {
-    static constexpr std::pair<const RecordSpec*, const char*> kWhere[] = {
+    static constexpr std::pair<const RecordDefinition*, const char*> kWhere[] = {
         {&kCallerRecord, "`caller`"},
         {&kCcmHeadRecord, "`ccm`"},
         {&kGainRecord,
@@ -533,7 +536,7 @@ std::string describe_fields() {
         text += fmt::format("\n### {} ({} words): {}\n\n", record->name, record->words, where);
         text += "| field | word | bits | values | allowed | unit | meaning |\n";
         text += "|---|---|---|---|---|---|---|\n";
-        for (const FieldSpec& f : record->fields) {
+        for (const FieldDefinition& f : record->fields) {
             // The lines of the colour map are alike: one stands for all nine.
             const bool line =
                 f.name.starts_with("ColorMap.W") && f.name.size() > 14 && f.name[13] == '.';

@@ -38,7 +38,7 @@ struct RangeRule {
 };
 
 /// A field of a record, or a row of equal ones.
-struct FieldSpec {
+struct FieldDefinition {
     std::string name;     ///< below the record, groups separated by dots: "Luma.PY"
     BitField first;       ///< word counted from the record's start; width 1..32
     unsigned count = 0;   ///< 0: a single value; else a list of that many
@@ -59,21 +59,21 @@ struct FieldSpec {
 };
 
 /// A kind of record.
-struct RecordSpec {
+struct RecordDefinition {
     const char* name;
     unsigned words;
-    std::vector<FieldSpec> fields;
+    std::vector<FieldDefinition> fields;
     bool as_list = false;   ///< YAML shows its values as one list without names
     bool optional = false;  ///< may be missing in YAML: zero, or the caller's defaults
 };
 
-extern const RecordSpec kCallerRecord;
-extern const RecordSpec kCcmHeadRecord;
-extern const RecordSpec kGainRecord;
-extern const RecordSpec kMatrixRecord;
-extern const RecordSpec kPolynomialRecord;
-extern const RecordSpec kSmoothingRecord;
-extern const RecordSpec kColorImageRecord;
+extern const RecordDefinition kCallerRecord;
+extern const RecordDefinition kCcmHeadRecord;
+extern const RecordDefinition kGainRecord;
+extern const RecordDefinition kMatrixRecord;
+extern const RecordDefinition kPolynomialRecord;
+extern const RecordDefinition kSmoothingRecord;
+extern const RecordDefinition kColorImageRecord;
 
 inline constexpr const char* kRowNames[8] = {"normal", "low_light", "row2",  "row3",
                                              "row4",   "row5",      "flash", "row7"};
@@ -81,7 +81,7 @@ inline constexpr const char* kSlotNames[4] = {"normal", "scene", "flash", "outdo
 
 /// A record at its place in a tuning.
 struct Record {
-    const RecordSpec* spec;
+    const RecordDefinition* definition;
     Part part;
     std::size_t first_word;
     std::string path;  ///< "color.images.normal.2"
@@ -93,7 +93,7 @@ const std::vector<Record>& records();
 /// One value of a tuning.
 struct FieldRef {
     const Record* record;
-    const FieldSpec* spec;
+    const FieldDefinition* definition;
     unsigned element;
 
     std::string path()
@@ -120,9 +120,9 @@ struct FormatNode {
     std::string name;  ///< key or index
     std::string path;
     bool optional = false;
-    const Record* record = nullptr;   ///< values, field
-    const FieldSpec* spec = nullptr;  ///< field
-    const Record* opaque = nullptr;   ///< the map has other_bits, of this record's part
+    const Record* record = nullptr;               ///< values, field
+    const FieldDefinition* definition = nullptr;  ///< field
+    const Record* opaque = nullptr;               ///< the map has other_bits, of this record's part
     std::vector<FormatNode> children;
 };
 const FormatNode& format_tree();

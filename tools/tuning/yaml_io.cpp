@@ -292,7 +292,7 @@ class Reader {
                 read_values(node, yaml);
                 break;
             case Kind::field:
-                read_field(*node.record, *node.spec, node.path, yaml);
+                read_field(*node.record, *node.definition, node.path, yaml);
                 break;
         }
     }
@@ -314,7 +314,7 @@ class Reader {
                 faults_.set_place(child.path, file_, found->line);
             } else if (!child.optional) {
                 add("T004", line_of(yaml), child.path, "missing key", "",
-                    child.kind == Kind::field ? wanted(*child.spec) : "",
+                    child.kind == Kind::field ? wanted(*child.definition) : "",
                     fmt::format("add '{}' to '{}'", child.name, node.path));
             }
         }
@@ -357,56 +357,59 @@ class Reader {
     }
 
     void read_values(const FormatNode& node, const YAML::Node& yaml) {
-        const std::vector<FieldSpec>& specs = node.record->spec->fields;
-        if (specs.size() == 1) {
-            read_field(*node.record, specs[0], node.path, yaml);
+        const std::vector<FieldDefinition>& definitions = node.record->definition->fields;
+        if (definitions.size() == 1) {
+            read_field(*node.record, definitions[0], node.path, yaml);
             return;
         }
-        if (!is_list_of(static_cast<unsigned>(specs.size()), node.path, yaml)) return;
+        if (!is_list_of(static_cast<unsigned>(definitions.size()), node.path, yaml)) return;
         std::size_t i = 0;
         for (const auto& each : yaml) {
-            read_value({node.record, &specs[i], 0}, node.path + '.' + specs[i].name, each);
+            read_value({node.record, &definitions[i], 0}, node.path + '.' + definitions[i].name,
+                       each);
             ++i;
         }
     }
 
-    void read_field(const Record& record, const FieldSpec& spec, const std::string& path,
-                    const YAML::Node& yaml) {
-        if (spec.count == 0) {
-            read_value({&record, &spec, 0}, path, yaml);
+    void read_field(const Record& record, const FieldDefinition& definition,
+                    const std::string& path, const YAML::Node& yaml) {
+        if (definition.count == 0) {
+            read_value({&record, &definition, 0}, path, yaml);
             return;
         }
-        if (!is_list_of(spec.count, path, yaml)) return;
+        if (!is_list_of(definition.count, path, yaml)) return;
         unsigned i = 0;
         for (const auto& each : yaml) {
-            read_value({&record, &spec, i}, fmt::format("{}[{}]", path, i), each);
+            read_value({&record, &definition, i}, fmt::format("{}[{}]", path, i), each);
             ++i;
         }
     }
 
-    static std::string wanted(const FieldSpec& spec) {
-        return spec.count == 0 ? fmt::format("{}..{}", spec.lowest(), spec.highest())
-                               : fmt::format("a list of {} integers", spec.count);
+    static std::string wanted(const FieldDefinition& definition) {
+        return definition.count == 0
+                   ? fmt::format("{}..{}", definition.lowest(), definition.highest())
+                   : fmt::format("a list of {} integers", definition.count);
     }
 
     void read_value(const FieldRef& field, const std::string& path, const YAML::Node& yaml) {
-        const FieldSpec& spec = *field.spec;
-        const BitField place = spec.place(field.element);
+        const FieldDefinition& definition = *field.definition;
+        const BitField place = definition.place(field.element);
         const std::int64_t highest =
-            spec.is_signed ? spec.highest() : (std::int64_t{1} << place.width) - 1;
+            definition.is_signed ? definition.highest() : (std::int64_t{1} << place.width) - 1;
         const auto value = yaml.IsScalar() ? parse_integer(yaml.Scalar()) : std::nullopt;
         if (!value) {
             add("T005", line_of(yaml), path, "not an integer", shown(yaml),
-                spec.form == Form::coefficient ? "a coefficient, or 0x0..0x1fff as stored"
-                                               : fmt::format("{}..{}", spec.lowest(), highest),
+                definition.form == Form::coefficient
+                    ? "a coefficient, or 0x0..0x1fff as stored"
+                    : fmt::format("{}..{}", definition.lowest(), highest),
                 "");
             return;
         }
-        if (spec.form == Form::coefficient && !is_hex(yaml.Scalar())) {
+        if (definition.form == Form::coefficient && !is_hex(yaml.Scalar())) {
             read_coefficient(field, path, *value, line_of(yaml));
             return;
         }
-        if (*value < spec.lowest() || *value > highest) {
+        if (*value < definition.lowest() || *value > highest) {
             Fault fault;
             fault.code = "T007";
             fault.file = file_;
@@ -414,7 +417,7 @@ class Reader {
             fault.path = path;
             fault.message = "does not fit its field";
             fault.value = yaml.Scalar();
-            fault.allowed = fmt::format("{}..{}", spec.lowest(), highest);
+            fault.allowed = fmt::format("{}..{}", definition.lowest(), highest);
             fault.effect = fmt::format("only its low {} bits would be stored", place.width);
             faults_.add(std::move(fault));
             return;

@@ -68,7 +68,7 @@ class Writer {
   private:
     std::string value(const FieldRef& field) const {
         const std::int64_t value = field.read(tuning_);
-        if (field.spec->form == Form::coefficient) {
+        if (field.definition->form == Form::coefficient) {
             const std::uint32_t stored = field.read_bits(tuning_);
             const CoefficientCodec codec(tuning_.caller.int_bits, tuning_.caller.frac_bits);
             if ((codec.encode(static_cast<std::int32_t>(value)) & 0x1fffU) != stored) {
@@ -78,25 +78,25 @@ class Writer {
         return std::to_string(value);
     }
 
-    std::string field_text(const Record& record, const FieldSpec& spec) const {
-        if (spec.count == 0) return value({&record, &spec, 0});
+    std::string field_text(const Record& record, const FieldDefinition& definition) const {
+        if (definition.count == 0) return value({&record, &definition, 0});
         std::string text = "[";
-        for (unsigned e = 0; e < spec.count; ++e) {
+        for (unsigned e = 0; e < definition.count; ++e) {
             if (e != 0) text += ", ";
-            text += value({&record, &spec, e});
+            text += value({&record, &definition, e});
         }
         return text + ']';
     }
 
     /// The node on one line.
     std::string flow(const FormatNode& node) const {
-        if (node.kind == Kind::field) return field_text(*node.record, *node.spec);
+        if (node.kind == Kind::field) return field_text(*node.record, *node.definition);
         if (node.kind == Kind::values) {
-            const std::vector<FieldSpec>& specs = node.record->spec->fields;
-            if (specs.size() == 1) return field_text(*node.record, specs[0]);
+            const std::vector<FieldDefinition>& definitions = node.record->definition->fields;
+            if (definitions.size() == 1) return field_text(*node.record, definitions[0]);
             std::string text;
-            for (const FieldSpec& spec : specs) {
-                text += (text.empty() ? "[" : ", ") + value({node.record, &spec, 0});
+            for (const FieldDefinition& definition : definitions) {
+                text += (text.empty() ? "[" : ", ") + value({node.record, &definition, 0});
             }
             return text + ']';
         }
@@ -120,10 +120,10 @@ class Writer {
 
     bool is_zero(const FormatNode& node) const {
         if (node.kind == Kind::field || node.kind == Kind::values) {
-            for (const FieldSpec& spec : node.record->spec->fields) {
-                if (node.kind == Kind::field && &spec != node.spec) continue;
-                for (unsigned e = 0; e < spec.elements(); ++e) {
-                    if (FieldRef{node.record, &spec, e}.read_bits(tuning_) != 0) return false;
+            for (const FieldDefinition& definition : node.record->definition->fields) {
+                if (node.kind == Kind::field && &definition != node.definition) continue;
+                for (unsigned e = 0; e < definition.elements(); ++e) {
+                    if (FieldRef{node.record, &definition, e}.read_bits(tuning_) != 0) return false;
                 }
             }
             return true;
@@ -138,20 +138,22 @@ class Writer {
         return !node.optional || defaults || !is_zero(node);
     }
 
-    static std::string note(const FieldSpec& spec) {
-        const std::string unit = *spec.unit == '\0' ? "" : fmt::format(" [{}]", spec.unit);
-        return spec.meaning + unit;
+    static std::string note(const FieldDefinition& definition) {
+        const std::string unit =
+            *definition.unit == '\0' ? "" : fmt::format(" [{}]", definition.unit);
+        return definition.meaning + unit;
     }
 
     /// The field's explanation, once.
-    std::string new_note(const FieldSpec& spec) {
-        return comments_ && noted_.insert(note(spec)).second ? note(spec) : std::string();
+    std::string new_note(const FieldDefinition& definition) {
+        return comments_ && noted_.insert(note(definition)).second ? note(definition)
+                                                                   : std::string();
     }
 
     /// Whether something below still waits for its explanation.
     bool has_new_notes(const FormatNode& node) const {
         if (!comments_) return false;
-        if (node.kind == Kind::field) return !noted_.contains(note(*node.spec));
+        if (node.kind == Kind::field) return !noted_.contains(note(*node.definition));
         return std::ranges::any_of(
             node.children, [this](const FormatNode& child) { return has_new_notes(child); });
     }
@@ -167,18 +169,20 @@ class Writer {
                 if (node.path == path) out_ << margin << "# " << lines << '\n';
             }
             if (node.kind == Kind::list && node.children[0].kind == Kind::values) {
-                for (const FieldSpec& spec : node.children[0].record->spec->fields) {
-                    const std::string text = new_note(spec);
-                    if (!text.empty()) out_ << margin << "# " << spec.name << ": " << text << '\n';
+                for (const FieldDefinition& definition :
+                     node.children[0].record->definition->fields) {
+                    const std::string text = new_note(definition);
+                    if (!text.empty())
+                        out_ << margin << "# " << definition.name << ": " << text << '\n';
                 }
             }
         }
         if (node.kind == Kind::field && has_new_notes(node)) {
             const std::size_t width =
                 std::max(node.name.size() + 4 + flow(node).size(), kCommentColumn) + 2 +
-                note(*node.spec).size();
+                note(*node.definition).size();
             if (indent + width > kLineLength) {
-                out_ << margin << "# " << new_note(*node.spec) << '\n';
+                out_ << margin << "# " << new_note(*node.definition) << '\n';
             }
         }
         out_ << margin;
@@ -189,7 +193,7 @@ class Writer {
     void body(const FormatNode& node, std::size_t indent, const std::string& key) {
         if (node.kind == Kind::field || node.kind == Kind::values) {
             std::string line = key + ' ' + flow(node);
-            const std::string text = node.kind == Kind::field ? new_note(*node.spec) : "";
+            const std::string text = node.kind == Kind::field ? new_note(*node.definition) : "";
             if (!text.empty()) {
                 line.resize(std::max(line.size() + 2, kCommentColumn), ' ');
                 line += "# " + text;
@@ -206,7 +210,7 @@ class Writer {
             return;
         }
         const bool scalars = std::ranges::all_of(node.children, [](const FormatNode& child) {
-            return child.kind == Kind::field && child.spec->count == 0;
+            return child.kind == Kind::field && child.definition->count == 0;
         });
         if (!one_line.empty() && scalars) {
             out_ << key << ' ' << wrapped(one_line, indent + key.size() + 2) << '\n';
