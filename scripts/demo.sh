@@ -30,7 +30,7 @@ awk -F, '
     ($1 % 60 == 0) || ($1 == 541) {
         printf "%6d  %4d  %5d   %4d/%4d   %5d %5d %5d   %10d  %6d  %3s%s\n", $1, $(at["lv"]), $(at["cct"]),
             $(at["awb_r"]), $(at["awb_b"]), $(at["c0"]), $(at["c4"]), $(at["c8"]), $(at["Global.S"]),
-            $(at["Hue.PH[4]"]), $(at["control.LSP_enable"]) ? "on" : "off", $(at["flash"]) > 0 ? "  flash" : "" }
+            $(at["Hue.PH[4]"]), $(at["control.LSP_enable"]) ? "on" : "off", ($(at["flash"]) == 0 ? "" : "  flash") }
 ' build/walk.csv
 
 echo
