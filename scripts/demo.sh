@@ -35,7 +35,8 @@ awk -F, '
 
 echo
 echo "== How fast does it settle after a flash?  imgtune replay ... --summary"
-$imgtune replay "$tuning" examples/imx477-flash-shot.csv --summary | head -n 14
+$imgtune replay "$tuning" examples/imx477-flash-shot.csv --summary |
+    sed '/^fields that moved/,$d'
 
 echo
 echo "== Why this matrix at LV 25?  imgtune explain examples/imx708-blend.yaml --lv 25 --cct 3610 ..."
