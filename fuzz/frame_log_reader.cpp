@@ -1,20 +1,14 @@
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include "frames/frame_log.h"
 #include "input.h"
-#include "support/bad_input.h"
+#include "workbench/frames/frame_log.h"
+#include "workbench/text/bad_input.h"
 
 using namespace imgtune::fuzz;
-using namespace imgtune::tool;
+using namespace imgtune::workbench;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const int file = memfd_create("frames", 0);
-    require(file >= 0 && write(file, data, size) == static_cast<ssize_t>(size) &&
-                lseek(file, 0, SEEK_SET) == 0,
-            "the log is in memory");
+    MemorySource source({reinterpret_cast<const char*>(data), size});
     try {
-        FrameLog log("frames.csv", file);
+        FrameLog log("frames.csv", source);
         Frame frame;
         std::uint64_t last = 0;
         while (log.next(frame)) {
@@ -26,6 +20,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const BadInput& fault) {
         require(std::strstr(fault.what(), "frames.csv") != nullptr, "a fault names its file");
     }
-    close(file);
     return 0;
 }

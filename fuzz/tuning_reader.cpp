@@ -1,11 +1,11 @@
 #include <sstream>
 
 #include "input.h"
-#include "support/bad_input.h"
-#include "tuning/yaml_io.h"
+#include "workbench/text/bad_input.h"
+#include "workbench/tuning/yaml_io.h"
 
 using namespace imgtune::fuzz;
-using namespace imgtune::tool;
+using namespace imgtune::workbench;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));

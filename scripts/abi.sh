@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh g++ cmake ninja-build abigail-tools
 
 cmake -S . -B build/abi -G Ninja -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=Debug \
-    "-DCMAKE_CXX_FLAGS=-ffile-prefix-map=$PWD/=" -DIMGTUNE_BUILD_TOOLS=OFF -DIMGTUNE_BUILD_TESTS=OFF \
+    "-DCMAKE_CXX_FLAGS=-ffile-prefix-map=$PWD/=" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_TESTS=OFF \
     -DIMGTUNE_BUILD_BENCH=OFF >/dev/null
 cmake --build build/abi --target ispfeature
 now=build/abi/imgtune.abi

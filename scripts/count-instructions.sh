@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh g++ cmake ninja-build valgrind libbenchmark-dev
 
-cmake --preset release -DIMGTUNE_BUILD_TOOLS=OFF -DIMGTUNE_BUILD_TESTS=OFF -B build/count >/dev/null
+cmake --preset release -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_TESTS=OFF -B build/count >/dev/null
 cmake --build build/count --target run_scene >/dev/null
 run=build/count/bench/run_scene
 

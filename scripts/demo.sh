@@ -13,7 +13,7 @@ if ! { cmake --preset release -DIMGTUNE_BUILD_TESTS=OFF -DIMGTUNE_BUILD_BENCH=OF
     tail -n 40 build/demo.log
     exit 1
 fi
-imgtune=build/demo/tools/imgtune
+imgtune=build/demo/cli/imgtune
 tuning=examples/imx477-polynomial.yaml
 walk=examples/imx477-walk.csv
 

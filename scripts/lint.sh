@@ -14,5 +14,5 @@ fi
 
 cmake --preset clang -B build/lint >/dev/null
 mapfile -t units < <(git ls-files 'common/*.cpp' 'ccm/*.cpp' 'color/*.cpp' 'matrix/*.cpp' \
-    'platform/*.cpp' 'tools/*.cpp' 'tools/**/*.cpp' | sort -u)
+    'platform/*.cpp' 'workbench/**/*.cpp' 'cli/*.cpp' | sort -u)
 printf '%s\n' "${units[@]}" | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/lint

@@ -32,7 +32,7 @@ suite() {
 # The tool is built once here and once more under the sanitizers; the library by everything.
 step "release suite" suite release
 for preset in clang debug clang-debug; do
-    step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_TOOLS=OFF -DIMGTUNE_BUILD_BENCH=OFF
+    step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF
 done
 step "format and lint" scripts/lint.sh
 for script in sanitize aarch64 android-check fuzz abi count-instructions; do

@@ -9,7 +9,7 @@ shift 2
     -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS" \
     -DIMGTUNE_CAMERA_STATE_HEADER=isp/camera_info.h \
     -DIMGTUNE_CAMERA_STATE_INCLUDE_DIR="$CAMERA_STACK" \
-    -DIMGTUNE_BUILD_TOOLS=OFF -DIMGTUNE_BUILD_TESTS=OFF -DIMGTUNE_BUILD_BENCH=OFF
+    -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_TESTS=OFF -DIMGTUNE_BUILD_BENCH=OFF
 "$CMAKE" --build "$work/build"
 rm -rf "$work/installed"
 "$CMAKE" --install "$work/build" --prefix "$work/installed" --component library

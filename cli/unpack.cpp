@@ -1,0 +1,44 @@
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "cli/verbs.h"
+#include "workbench/files/output_file.h"
+#include "workbench/files/tuning_files.h"
+#include "workbench/text/bad_input.h"
+#include "workbench/tuning/yaml_io.h"
+
+namespace imgtune::cli {
+
+void add_unpack(CLI::App& app, Context& context) {
+    struct Options {
+        std::string folder;
+        std::string output = "-";
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb = app.add_subcommand("unpack", "Turn stored binary images into a YAML tuning");
+    verb->add_option("DIR", options->folder, "Folder of stored images")->required();
+    verb->add_option("-o,--output", options->output, "YAML file; - is standard output")
+        ->capture_default_str();
+    verb->footer(
+        "Example:\n  imgtune unpack images -o tuning.yaml\n"
+        "Packing the result again gives the same bytes, whatever they are.");
+    verb->callback([options, &context] {
+        context.run = [options]() -> int {
+            std::error_code error;
+            if (!std::filesystem::is_directory(options->folder, error)) {
+                throw BadInput(options->folder +
+                               ": not a folder; expected one with ccm.bin, or color.bin and "
+                               "pca.bin, or all three");
+            }
+            std::ostringstream text;
+            write_yaml(text, require_tuning(options->folder));
+            write_file(options->output, text.str());
+            return kFine;
+        };
+    });
+}
+
+}  // namespace imgtune::cli

@@ -1,0 +1,542 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <locale>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "ccm/codec.h"
+#include "cli/verbs.h"
+#include "workbench/camera/camera.h"
+#include "workbench/files/file_source.h"
+#include "workbench/files/output_file.h"
+#include "workbench/files/row_writer.h"
+#include "workbench/files/tuning_files.h"
+#include "workbench/studies/explanation.h"
+#include "workbench/studies/summary.h"
+#include "workbench/text/bad_input.h"
+#include "workbench/tuning/fields.h"
+#include "workbench/tuning/yaml_io.h"
+
+namespace imgtune::workbench {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder of its own for each test.
+class Replay : public testing::Test {
+  protected:
+    Replay() : folder_(fs::temp_directory_path() / ("imgtune_" + std::to_string(getpid()))) {
+        fs::create_directory(folder_);
+    }
+    ~Replay() override { fs::remove_all(folder_); }
+
+    std::string path(const std::string& name) const { return folder_ / name; }
+
+    std::string file(const std::string& name, const std::string& text) const {
+        std::ofstream(path(name), std::ios::binary) << text;
+        return path(name);
+    }
+
+    std::string content(const std::string& name) const {
+        std::ostringstream text;
+        text << std::ifstream(path(name), std::ios::binary).rdbuf();
+        return text.str();
+    }
+
+    std::size_t files() const {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+    }
+
+    std::vector<Frame> read_all(const std::string& text) const {
+        FrameFile frame_file(file("log.csv", text));
+        FrameLog& log = frame_file.log();
+        std::vector<Frame> frames;
+        for (Frame frame; log.next(frame);) frames.push_back(frame);
+        return frames;
+    }
+
+    /// Runs a verb as the program would; what BadInput says, or empty.
+    std::string run(std::vector<std::string> arguments) const {
+        CLI::App app;
+        cli::Context context;
+        cli::add_replay(app, context);
+        std::ranges::reverse(arguments);
+        app.parse(arguments);
+        try {
+            context.run();
+        } catch (const BadInput& error) {
+            return error.what();
+        }
+        return {};
+    }
+
+  private:
+    fs::path folder_;
+};
+
+/// Two tuned CTs that matter (2500 K = 400 mired, 5000 K = 200 mired) and plain images.
+Tuning make_tuning() {
+    Tuning tuning;
+    tuning.has_ccm = tuning.has_color = true;
+    tuning.caller.ct_grid = {2500, 5000, 6000, 7000, 8000};
+    tuning.ccm.i4Method = 2;
+    tuning.ccm.i4NumCT = 4;
+    tuning.ccm.i4NumLV = 2;
+    for (int row = 0; row < 8; ++row) {
+        for (int ct = 0; ct < 4; ++ct) {
+            tuning.ccm.rCTAWBGain[row][ct] = {600 + 200 * ct, 512, 1400 - 200 * ct};
+            CoefficientCodec(3, 9).encode(
+                {{700, -100 - 20 * ct, -88 + 20 * ct, -100, 700, -88, 0, -300, 812}},
+                tuning.ccm.rCCM_Nvram[row][ct]);
+        }
+    }
+    for (auto& record : tuning.pca) {
+        record.u4RatioHighLV = record.u4RatioMidLV = record.u4RatioLowLV = 16;
+        record.lum_speed = record.hue_speed = record.sat_speed = 10;
+    }
+    for (auto& image : tuning.color[0]) image.u4Word[6] = 100;  // Luma.PY[0]
+    for (auto& image : tuning.color[1]) image.u4Word[6] = 160;
+    return tuning;
+}
+
+Frame make_frame(std::uint32_t lv, std::uint32_t cct, AWB_GAIN_T gain) {
+    Frame frame;
+    frame.state.u4RealLV = lv;
+    frame.state.u4CCT = cct;
+    frame.state.rAWBGain = frame.state.rAWBFullGain = gain;
+    return frame;
+}
+
+std::vector<Frame> make_walk(std::size_t count) {
+    std::vector<Frame> frames;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto n = static_cast<int>(i);
+        Frame frame =
+            make_frame(static_cast<std::uint32_t>(10 + n % 120),
+                       static_cast<std::uint32_t>(2300 + 17 * n), {550 + 3 * n, 512, 1450 - 3 * n});
+        frame.state.u4SceneFlag = n % 40 > 30 ? 1 : 0;
+        frame.state.u4FlashMode = n % 50 > 45 ? 1 : 0;
+        frames.push_back(frame);
+    }
+    return frames;
+}
+
+const std::string kHeader = "lv,cct,awb_r,awb_g,awb_b\n";
+
+TEST_F(Replay, ReaderTakesColumnsInAnyOrderAndFillsInTheRest) {
+    const auto frames = read_all(
+        "\xef\xbb\xbf# walk\r\n\r\nawb_b, awb_g ,\"awb_r\",x_note,cct,lv,frame,capture\r\n"
+        "3,2,1,who knows,5000,-1,1,1\r\n   # pause\r\n+6, 5 ,\"4\",,4294967295,4294967295,2,-7");
+    ASSERT_EQ(frames.size(), 2U);
+    EXPECT_EQ(frames[0].state.u4RealLV, 0xffffffffU);
+    EXPECT_EQ(frames[0].state.u4CCT, 5000U);
+    EXPECT_EQ(frames[0].state.rAWBFullGain.i4B, 3);
+    EXPECT_EQ(frames[0].state.rAWBGain.i4R, 1);
+    EXPECT_EQ(frames[0].capture, 1);
+    EXPECT_EQ(frames[0].state.u4FlashMode, 0);
+    EXPECT_EQ(frames[1].state.u4CCT, 0xffffffffU);
+    EXPECT_EQ(frames[1].state.rAWBGain.i4R, 4);
+    EXPECT_EQ(frames[1].capture, -7);
+    EXPECT_EQ(read_all("lv,cct,full_r,full_g,full_b\n1,2,7,8,9\n")[0].state.rAWBGain.i4G, 8);
+}
+
+TEST_F(Replay, ReaderNamesTheFault) {
+    const std::string range = "; allowed are whole numbers -2147483648..";
+    const struct {
+        std::string text;
+        std::string fault;  ///< after the file's name
+    } cases[] = {
+        {"", ":1: the header line that names the columns is missing"},
+        {"# only\n\n", ":2: the header line that names the columns is missing"},
+        {"lv,awb_r,awb_g,awb_b\n", ":1: column 'cct' is missing"},
+        {"lv,cct\n", ":1: the gain is missing"},
+        {"lv,cct,awb_r,awb_g\n", ":1: a gain needs its three columns"},
+        {"lv,lv,cct,awb_r,awb_g,awb_b\n", ":1: column 'lv' is named twice"},
+        {"lv,cct,awb_r,awb_g,awb_b,falsh\n", "unknown name 'falsh'; did you mean 'flash'?"},
+        {"lv,cct,awb_r,awb_g,awb_b,temperature\n", "begin a name with x_"},
+        {kHeader + "1,2,3,4\n", ":2: the line has 4 values, the header names 5 columns"},
+        {kHeader + "1,2,3,4,5,6\n", ":2: the line has 6 values, the header names 5 columns"},
+        {kHeader + "1,,3,4,5\n", ":2: column 'cct': the value is missing" + range + "4294967295"},
+        {kHeader + "1,2,3,4,\n", ":2: column 'awb_b': the value is missing"},
+        {kHeader + "1,2,3,4,5\n1,2,x,4,5\n", ":3: column 'awb_r': 'x' is not a whole number"},
+        {kHeader + "1,2,3.5,4,5\n", ":2: column 'awb_r': '3.5' is not a whole number"},
+        {kHeader + "--1,2,3,4,5\n", ":2: column 'lv': '--1' is not a whole number"},
+        {kHeader + "+-1,2,3,4,5\n", ":2: column 'lv': '+-1' is not a whole number"},
+        {kHeader + "1,4294967296,3,4,5\n", ":2: column 'cct': '4294967296' is out of range"},
+        {kHeader + "1,2,2147483648,4,5\n", "'2147483648' is out of range" + range + "2147483647"},
+        {kHeader + "99999999999999999999,2,3,4,5\n", ":2: column 'lv'"},
+        {kHeader + std::string("1,2,3,4,\0", 9) + "\n", "'\\x00' is not a whole number"},
+        {kHeader + std::string(70000, '1'), ":2: the line is longer than 65536 bytes"},
+        {kHeader + std::string(70000, '1') + "\n", ":2: the line is longer than 65536 bytes"},
+    };
+    for (const auto& [text, fault] : cases) {
+        try {
+            read_all(text);
+            FAIL() << "no fault: " << fault;
+        } catch (const BadInput& error) {
+            EXPECT_EQ(std::string(error.what()).find(path("log.csv") + ":"), 0U) << error.what();
+            EXPECT_NE(std::string(error.what()).find(fault), std::string::npos)
+                << error.what() << "\nexpected " << fault;
+        }
+    }
+    EXPECT_THROW(FrameFile(path("missing.csv")), BadInput);
+    EXPECT_THROW(FrameFile(path("")), BadInput) << "a folder";
+}
+
+TEST_F(Replay, ReaderKeepsItsPlaceOverManyBuffers) {
+    constexpr std::uint32_t kCount = 200000;
+    std::string text = kHeader;
+    for (std::uint32_t i = 0; i < kCount; ++i) text += std::to_string(i) + ",4000,600,512,900\n";
+    FrameFile long_file(file("long.csv", text + "1,2\n"));
+    FrameLog& log = long_file.log();
+    Frame frame;
+    for (std::uint32_t i = 0; i < kCount; ++i) {
+        ASSERT_TRUE(log.next(frame));
+        ASSERT_EQ(frame.state.u4RealLV, i);
+        ASSERT_EQ(log.line(), i + 2);
+    }
+    EXPECT_THROW(log.next(frame), BadInput);
+    EXPECT_EQ(log.line(), kCount + 2);
+}
+
+TEST(Camera, BracketsTheCtInTheGrid) {
+    const std::array<std::uint32_t, 5> rising{2300, 2850, 4000, 5000, 6500};
+    const std::array<std::uint32_t, 5> falling{6500, 5000, 4000, 2850, 2300};
+    const std::array<std::uint32_t, 5> mixed{4000, 4000, 6500, 2300, 2300};
+    const struct {
+        const std::array<std::uint32_t, 5>& grid;
+        std::uint32_t cct, upper_kelvin, lower_kelvin;
+        int upper, lower;
+    } cases[] = {
+        {rising, 0, 2300, 2300, 0, 0},     {rising, 2299, 2300, 2300, 0, 0},
+        {rising, 2300, 2850, 2300, 1, 0},  {rising, 2849, 2850, 2300, 1, 0},
+        {rising, 2850, 4000, 2850, 2, 1},  {rising, 6499, 6500, 5000, 4, 3},
+        {rising, 6500, 6500, 6500, 4, 4},  {rising, 0xffffffff, 6500, 6500, 4, 4},
+        {falling, 2000, 2300, 2300, 4, 4}, {falling, 4500, 5000, 4000, 1, 2},
+        {falling, 9000, 6500, 6500, 0, 0}, {mixed, 3000, 4000, 2300, 0, 4},
+        {mixed, 5000, 6500, 4000, 2, 1},
+    };
+    for (const auto& c : cases) {
+        const CtBracket bracket = CtGrid(c.grid).bracket(c.cct);
+        EXPECT_EQ(bracket.upper_kelvin, c.upper_kelvin) << c.cct;
+        EXPECT_EQ(bracket.lower_kelvin, c.lower_kelvin) << c.cct;
+        EXPECT_EQ(bracket.upper, c.upper) << c.cct;
+        EXPECT_EQ(bracket.lower, c.lower) << c.cct;
+    }
+}
+
+TEST(Camera, CarriesAllOfItsStateInItself) {
+    const Tuning tuning = make_tuning();
+    const auto frames = make_walk(300);
+    Camera whole(tuning, {});
+    Camera first(tuning, {});
+    Camera other(tuning, {});
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        whole.run(frames[i]);
+        if (i == 150) {
+            Camera second = first;  // the rest of the log in another place
+            other = second;
+        }
+        (i < 150 ? first : other).run(frames[i]);
+        const Registers& expected = whole.registers();
+        const Registers& got = (i < 150 ? first : other).registers();
+        ASSERT_EQ(std::memcmp(&expected, &got, sizeof(expected)), 0) << "frame " << i;
+    }
+}
+
+TEST(Camera, StartsLikeAfterPowerOn) {
+    Camera camera(make_tuning(), {});
+    camera.run(make_frame(100, 2500, {600, 512, 1400}));
+    // Half of the lowest CT's matrix: the ring is empty. The working image is taken at once.
+    EXPECT_EQ(decode(camera.ccm(), camera.tuning().caller)[1], -50);
+    EXPECT_EQ(camera.color().u4Word[6], 100U);
+    Frame scene = make_frame(100, 2500, {600, 512, 1400});
+    scene.state.u4SceneFlag = 1;
+    camera.run(scene);
+    EXPECT_EQ(camera.color().u4Word[6], 110U);
+}
+
+TEST_F(Replay, OutputIsWholeOrNotThere) {
+    file("out", "before");
+    { OutputFile(path("out")).write("half"); }
+    EXPECT_EQ(content("out"), "before");
+    EXPECT_EQ(files(), 1U);
+    chmod(path("out").c_str(), 0640);
+    fs::create_symlink("out", path("link"));
+    write_file(path("link"), "after");
+    EXPECT_EQ(content("out"), "after");
+    EXPECT_TRUE(fs::is_symlink(path("link")));
+    struct stat status = {};
+    stat(path("out").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
+
+    EXPECT_THROW(OutputFile(path("none/out")), BadInput);
+    EXPECT_THROW(OutputFile(path("")), BadInput);
+    try {
+        write_file("/dev/full", "text");
+        FAIL();
+    } catch (const BadInput& error) {
+        EXPECT_EQ(std::string(error.what()), "/dev/full: cannot write: No space left on device");
+    }
+    EXPECT_EQ(files(), 2U);
+}
+
+TEST_F(Replay, SignalLeavesNoHalfWrittenFile) {
+    file("out", "before");
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            OutputFile output(path("out"));
+            output.write("half");
+            raise(number);
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == number);
+        EXPECT_EQ(content("out"), "before");
+        EXPECT_EQ(files(), 1U);
+    }
+}
+
+/// Digits grouped and separated in ways that must not show.
+struct OddPunctuation : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST_F(Replay, RowsShowTheRegistersInEveryLocale) {
+    const std::locale before =
+        std::locale::global(std::locale(std::locale::classic(), new OddPunctuation));
+    const CallerSettings caller;
+    std::mt19937 engine(7);
+    const auto random = [&] { return static_cast<std::uint32_t>(engine()); };
+    std::string expected;
+    {
+        OutputFile output(path("rows.csv"));
+        RowWriter writer(output, caller, {});
+        writer.write_header(",more");
+        Registers registers;
+        for (std::uint64_t number = 1; number <= 300; ++number) {
+            // Some words change, some stay, now and then all stay.
+            for (auto& word : registers.ccm.u4Word) word = random();
+            if (number % 5 != 0) {
+                for (auto& word : registers.color.u4Word) {
+                    if (random() % 3 == 0) word = random();
+                }
+            }
+            Frame frame = make_frame(random(), random() % 10000, {-4096, -4097, 2147483647});
+            frame.capture = -2147483647 - 1;
+            writer.write(number, frame, registers, ",x");
+            std::string row = std::to_string(number) + "," + std::to_string(frame.state.u4RealLV) +
+                              "," + std::to_string(frame.state.u4CCT) +
+                              ",-4096,-4097,2147483647,-4096,-4097,2147483647,0,0,0,-2147483648";
+            for (const std::int32_t c : decode(registers.ccm, caller)) {
+                row += "," + std::to_string(c);
+            }
+            for (const std::uint32_t word : registers.ccm.u4Word) {
+                char hex[16];
+                std::snprintf(hex, sizeof(hex), ",0x%08X", word);
+                row += hex;
+            }
+            for (const ColorField& field : color_fields()) {
+                row += "," + std::to_string(field.read(registers.color));
+            }
+            expected += row + ",x\n";
+        }
+        writer.finish();
+        output.commit();
+    }
+    std::locale::global(before);
+    const std::string text = content("rows.csv");
+    const std::size_t first_row = text.find('\n') + 1;
+    EXPECT_EQ(text.substr(0, 15), "frame,lv,cct,fu");
+    EXPECT_EQ(text.substr(first_row - 6, 6), ",more\n");
+    EXPECT_TRUE(text.substr(first_row) == expected);
+}
+
+TEST_F(Replay, FailingRunHarmsNoOutput) {
+    std::ofstream tuning(path("tuning.yaml"));
+    write_yaml(tuning, make_tuning());
+    tuning.close();
+    std::string log = kHeader;
+    for (int i = 0; i < 50000; ++i) log += "60,4000,800,512,1200\n";
+    file("good.csv", log);
+    file("bad.csv", log + "60,4000,oops,512,1200\n");
+    file("rows.csv", "before");
+    const auto replay = [&](const std::string& frames, std::vector<std::string> more = {}) {
+        std::vector<std::string> arguments{"replay", path("tuning.yaml"), path(frames), "-o",
+                                           path("rows.csv")};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run(arguments);
+    };
+    EXPECT_EQ(replay("bad.csv"),
+              path("bad.csv") +
+                  ":50002: column 'awb_r': 'oops' is not a whole number; allowed are "
+                  "whole numbers -2147483648..2147483647");
+    EXPECT_NE(replay("good.csv", {"--set", "novalue"}).find("name=value"), std::string::npos);
+    EXPECT_NE(replay("good.csv", {"--set", "a=" + std::string(92, 'x')}).find("91"),
+              std::string::npos);
+    EXPECT_EQ(content("rows.csv"), "before");
+    EXPECT_EQ(files(), 4U);
+
+    EXPECT_EQ(replay("good.csv", {"--every", "20000", "--only", "ccm"}), "");
+    std::istringstream rows(content("rows.csv"));
+    std::vector<std::string> starts;
+    for (std::string row; std::getline(rows, row);) starts.push_back(row.substr(0, 9));
+    EXPECT_EQ(starts,
+              (std::vector<std::string>{"frame,lv,", "1,60,4000", "20001,60,", "40001,60,"}));
+    EXPECT_EQ(content("rows.csv").find("Luma"), std::string::npos);
+
+    // The properties reach the library: a locked colour image keeps its zeros.
+    file("short.csv", kHeader + "60,4000,800,512,1200\n");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(replay("short.csv", {"--set", "debug.smooth_color.lock=1", "--only", "color"}), "");
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Force Lock"), std::string::npos);
+    EXPECT_EQ(content("rows.csv").find(",100,"), std::string::npos);
+    EXPECT_EQ(replay("short.csv", {"--set", "debug.smooth_color.lock=0", "--only", "color"}), "");
+    EXPECT_NE(content("rows.csv").find(",100,"), std::string::npos);
+}
+
+/// Feeds a summary with hand-made values of c1, one a frame, under light that changes with `light`.
+struct Motion {
+    std::uint32_t light;
+    std::int32_t c1;
+};
+
+FieldMotion find_motion(const Summary& summary, const std::string& name) {
+    for (const FieldMotion& motion : summary.motions()) {
+        if (motion.name == name) return motion;
+    }
+    return {};
+}
+
+TEST(SummaryOfLog, TellsSettlingStepsOvershootAndFlicker) {
+    const Motion log[] = {
+        {100, 0},  {100, 0},                                    // 1, 2
+        {101, 5},  {102, 10},                                   // 3, 4: the light moves
+        {102, 30}, {102, 24}, {102, 20}, {102, 20}, {102, 20},  // 5..9: beyond, and back
+        {103, 20}, {103, 25}, {103, 20}, {103, 25},             // 10..13: never settles
+    };
+    const Tuning tuning = make_tuning();
+    Summary summary(tuning, {true, false}, 26.0);
+    std::uint64_t number = 0;
+    for (const Motion& frame : log) {
+        Registers registers;
+        CoefficientCodec(3, 9).encode({{512 - frame.c1, frame.c1}}, registers.ccm);
+        // A red gain below the tuned range of 600..1200 in the first three frames only.
+        ++number;
+        summary.add(number, make_frame(frame.light, 4000, {number <= 3 ? 599 : 800, 512, 1200}),
+                    registers);
+    }
+    summary.finish();
+    EXPECT_EQ(summary.frames(), 13U);
+    EXPECT_EQ(summary.clipped_frames(), 3U);
+
+    const auto& changes = summary.changes();
+    ASSERT_EQ(changes.size(), 3U);
+    const struct {
+        std::uint64_t first, last, held;
+        std::optional<std::uint64_t> settled_after;
+    } expected[] = {{1, 1, 1, 0}, {3, 4, 5, 3}, {10, 10, 3, std::nullopt}};
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(changes[i].first, expected[i].first);
+        EXPECT_EQ(changes[i].last, expected[i].last);
+        EXPECT_EQ(changes[i].held, expected[i].held);
+        EXPECT_EQ(changes[i].settled_after[0], expected[i].settled_after);
+    }
+    const FieldMotion c1 = find_motion(summary, "c1");
+    EXPECT_EQ(c1.largest_step, 20);
+    EXPECT_EQ(c1.step_frame, 5U);
+    EXPECT_EQ(c1.overshoot, 10);
+    EXPECT_EQ(c1.overshoot_frame, 4U);
+    // Up, up, up, down, down, up, down, up.
+    EXPECT_EQ(c1.sign_changes, 4U);
+    EXPECT_EQ(c1.steady_sign_changes, 4U);
+    EXPECT_DOUBLE_EQ(summary.per_second(c1.sign_changes), 8.0);
+    EXPECT_EQ(find_motion(summary, "c2").largest_step, 0);
+    EXPECT_EQ(summary.json()["settle"]["ccm"]["still_moving"], 1);
+    EXPECT_NE(summary.text().find("still moving after 1"), std::string::npos);
+}
+
+TEST(SummaryOfLog, CountsTheTunedStepsOfTheColourImage) {
+    const Tuning tuning = make_tuning();
+    Camera camera(tuning, {});
+    Summary summary(tuning, {}, 30.0);
+    Frame frame = make_frame(100, 4000, {800, 512, 1200});
+    for (std::uint64_t number = 1; number <= 40; ++number) {
+        // From 100 to 160 in steps of 10 at frame 20; then the scene flips every frame.
+        frame.state.u4SceneFlag = number >= 20 && (number <= 30 || number % 2 == 0) ? 1 : 0;
+        camera.run(frame);
+        summary.add(number, frame, camera.registers());
+    }
+    summary.finish();
+    ASSERT_EQ(summary.changes().size(), 3U);
+    EXPECT_EQ(summary.changes()[1].settled_after[1], 5U);
+    EXPECT_FALSE(summary.changes()[2].settled_after[1].has_value());
+    const FieldMotion luma = find_motion(summary, "Luma.PY[0]");
+    EXPECT_EQ(luma.largest_step, 10);
+    EXPECT_EQ(luma.step_frame, 20U);
+    EXPECT_EQ(luma.overshoot, 0);
+    EXPECT_EQ(luma.sign_changes, 10U);
+    EXPECT_EQ(luma.steady_sign_changes, 0U);
+}
+
+TEST(Explain, TellsClippedClampedAndWrappedValues) {
+    Tuning tuning = make_tuning();
+    tuning.pca[0].u4RatioMidLV = 255;
+    tuning.pca[0].u4RatioLV_Th2 = 200;
+    // S: 100 * 255 / 16 = 1593 needs 11 bits. SG1: knots 4 and 3 average to 3, levels 400 and 300
+    // to 350, and 350 / 3 = 116 is above both gains.
+    for (auto& image : tuning.color[0]) {
+        image.u4Word[5] = 100;
+        image.u4Word[19] = 100;
+        image.u4Word[34] = 3;
+    }
+    tuning.color[0][1].u4Word[34] = 4;
+    Frame frame = make_frame(30, 3333, {500, 512, 1300});  // 300 mired
+    frame.capture = 1;
+    Camera camera = settled_camera(tuning, {}, frame);
+    const Story story = explain_frame(camera, frame);
+    const auto json = nlohmann::json::parse(story.json_text());
+
+    EXPECT_NE(story.text().find("600, 512, 1300  (clipped to the low end"), std::string::npos)
+        << story.text();
+    EXPECT_EQ(json["ccm"]["clipped_gain"], nlohmann::json({600, 512, 1300}));
+    EXPECT_EQ(json["ccm"]["ct_position"], -1);
+    EXPECT_EQ(json["ccm"]["low_light_weight"], 0.666667);
+    EXPECT_EQ(json["ccm"]["written"],
+              nlohmann::json({700, -100, -88, -100, 700, -88, 0, -300, 812}));
+    EXPECT_EQ(json["color"]["mired"]["upper_share"], 0.5);
+    EXPECT_EQ(json["color"]["Global.S"]["Out"], 1593);
+    EXPECT_EQ(json["color"]["wrapped"],
+              nlohmann::json(
+                  {"Global.S 1593 became 569", "Global.S target 1593 needs more than 10 bits"}));
+    EXPECT_EQ(json["color"]["clamped"], nlohmann::json({"Saturation.SG1[0] 116 to 100"}));
+    EXPECT_EQ(json["registers"]["color"][6], "0x00000064");
+    EXPECT_NE(story.text().find("0x00000239  Global.S 569"), std::string::npos);
+}
+
+TEST(Explain, LeavesNoTraceSwitchOn) {
+    const Frame frame = make_frame(30, 3333, {700, 512, 1300});
+    Camera camera = settled_camera(make_tuning(), {}, frame);
+    explain_frame(camera, frame);
+    testing::internal::CaptureStderr();
+    camera.run(frame);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+}  // namespace
+}  // namespace imgtune::workbench

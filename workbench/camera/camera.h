@@ -1,0 +1,85 @@
+#ifndef IMGTUNE_WORKBENCH_CAMERA_CAMERA_H
+#define IMGTUNE_WORKBENCH_CAMERA_CAMERA_H
+
+#include <imgtune/imgtune.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "workbench/frames/frame_log.h"
+#include "workbench/tuning/tuning.h"
+
+namespace imgtune::workbench {
+
+/// The two tuned CTs around the CT of a frame, as SmoothCOLOR takes them.
+struct CtBracket {
+    std::uint32_t upper_kelvin;
+    std::uint32_t lower_kelvin;
+    NSIspTuning::EIndex_PCA_LUT_CT upper;
+    NSIspTuning::EIndex_PCA_LUT_CT lower;
+};
+
+/// A grid of tuned CTs, in any order.
+class CtGrid {
+  public:
+    explicit CtGrid(const std::array<std::uint32_t, 5>& kelvin);
+
+    /// lower <= cct < upper; at or beyond an end of the grid both are that end.
+    CtBracket bracket(std::uint32_t cct) const;
+
+  private:
+    std::array<std::uint32_t, 5> kelvin_{};                     ///< ascending
+    std::array<NSIspTuning::EIndex_PCA_LUT_CT, 5> ct_index_{};  ///< where each stands in the table
+};
+
+/// Which of the two jobs run.
+struct Jobs {
+    bool ccm = true;
+    bool color = true;
+};
+
+/// What the library makes of a frame.
+struct Registers {
+    NSIspTuning::ISP_NVRAM_CCM_T ccm{};
+    NSIspTuning::ISP_NVRAM_COLOR_T color{};
+};
+
+/// The camera stack's part: holds the temporal state (ring, index, working image, boot flag) and
+/// calls the two entry points of the library, frame after frame. Starts as after power-on: ring
+/// and images zeroed, boot flag 1.
+class Camera {
+  public:
+    Camera(const Tuning& tuning, Jobs jobs);
+
+    void run(const Frame& frame);
+
+    /// Replaces the tuned weights of the matrix average; {1, 0, 0} switches it off.
+    void set_weights(const std::array<std::uint32_t, 3>& weights);
+
+    const Tuning& tuning() const { return tuning_; }
+    const CtGrid& grid() const { return grid_; }
+    Jobs jobs() const { return jobs_; }
+    const Registers& registers() const { return registers_; }
+    const NSIspTuning::ISP_NVRAM_CCM_T& ccm() const { return registers_.ccm; }
+    const NSIspTuning::ISP_NVRAM_COLOR_T& color() const { return registers_.color; }
+
+  private:
+    Tuning tuning_;
+    CtGrid grid_;
+    Jobs jobs_;
+    std::array<unsigned int, 3> weights_{};
+    Registers registers_;
+    std::array<NSIspTuning::ISP_NVRAM_CCM_T, 2> ring_{};
+    unsigned int ring_index_ = 0;
+    NSIspTuning::ISP_NVRAM_COLOR_T working_{};
+    int boot_ = 1;
+};
+
+/// The nine coefficients of a register image with the tuning's codec.
+std::array<std::int32_t, 9> decode(const NSIspTuning::ISP_NVRAM_CCM_T& image,
+                                   const CallerSettings& caller);
+
+}  // namespace imgtune::workbench
+
+#endif

@@ -1,0 +1,39 @@
+#include "workbench/files/file_source.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "workbench/text/bad_input.h"
+
+namespace imgtune::workbench {
+
+FileSource::FileSource(const std::string& path)
+    : name_(path == "-" ? "standard input" : path),
+      file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)),
+      owned_(path != "-") {
+    if (file_ < 0) throw BadInput(fmt::format("{}: cannot open: {}", name_, std::strerror(errno)));
+    struct stat status = {};
+    if (fstat(file_, &status) == 0 && S_ISREG(status.st_mode)) {
+        size_ = static_cast<std::uint64_t>(status.st_size);
+    }
+}
+
+FileSource::~FileSource() {
+    if (owned_) close(file_);
+}
+
+std::size_t FileSource::read(char* into, std::size_t room) {
+    ssize_t count = 0;
+    do {
+        count = ::read(file_, into, room);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) throw BadInput(fmt::format("{}: cannot read: {}", name_, std::strerror(errno)));
+    return static_cast<std::size_t>(count);
+}
+
+}  // namespace imgtune::workbench

@@ -1,0 +1,44 @@
+#ifndef IMGTUNE_WORKBENCH_FILES_FILE_SOURCE_H
+#define IMGTUNE_WORKBENCH_FILES_FILE_SOURCE_H
+
+#include <string>
+
+#include "workbench/frames/frame_log.h"
+#include "workbench/text/byte_source.h"
+
+namespace imgtune::workbench {
+
+/// The bytes of a file; "-" is standard input. Throws BadInput when it cannot be opened or read.
+class FileSource : public ByteSource {
+  public:
+    explicit FileSource(const std::string& path);
+    ~FileSource() override;
+
+    std::size_t read(char* into, std::size_t room) override;
+    std::uint64_t size() const override { return size_; }
+
+    /// What messages call it: the path, or "standard input".
+    const std::string& name() const { return name_; }
+
+  private:
+    std::string name_;
+    int file_;
+    bool owned_;
+    std::uint64_t size_ = 0;
+};
+
+/// A frame log in a file.
+class FrameFile {
+  public:
+    explicit FrameFile(const std::string& path) : source_(path), log_(source_.name(), source_) {}
+
+    FrameLog& log() { return log_; }
+
+  private:
+    FileSource source_;
+    FrameLog log_;
+};
+
+}  // namespace imgtune::workbench
+
+#endif

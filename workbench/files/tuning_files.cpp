@@ -1,0 +1,122 @@
+#include "workbench/files/tuning_files.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <vector>
+
+#include "workbench/files/output_file.h"
+#include "workbench/text/bad_input.h"
+#include "workbench/tuning/images.h"
+#include "workbench/tuning/yaml_io.h"
+
+namespace imgtune::workbench {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kLargestImage = 1 << 20;
+
+void add_unreadable(Faults& faults, const std::string& file, const char* what,
+                    const char* suggestion) {
+    Fault fault;
+    fault.code = "T010";
+    fault.file = file;
+    fault.message = fmt::format("cannot {} the file: {}", what, std::strerror(errno));
+    fault.suggestion = suggestion;
+    faults.add(std::move(fault));
+}
+
+Tuning read_images(const std::string& folder, Faults& faults) {
+    std::vector<StoredImage> images;
+    for (const std::string& name : stored_image_names()) {
+        const std::string file = (fs::path(folder) / name).string();
+        std::error_code error;
+        if (!fs::exists(file, error) && !error) continue;
+        std::ifstream in(file, std::ios::binary);
+        StoredImage image{name, std::string(kLargestImage, '\0')};
+        in.read(image.bytes.data(), static_cast<std::streamsize>(image.bytes.size()));
+        if (!in.is_open() || in.bad()) {
+            add_unreadable(faults, file, "read", "");
+            continue;
+        }
+        image.bytes.resize(static_cast<std::size_t>(in.gcount()));
+        images.push_back(std::move(image));
+    }
+    return from_images(images, folder, faults);
+}
+
+/// A part that the tuning does not have must not be left over from another.
+void refuse_left_over(const std::string& folder, const std::vector<StoredImage>& images) {
+    for (const std::string& name : stored_image_names()) {
+        const bool written = std::any_of(images.begin(), images.end(),
+                                         [&](const StoredImage& i) { return i.name == name; });
+        if (const fs::path old = fs::path(folder) / name; !written && fs::exists(old)) {
+            throw BadInput(fmt::format(
+                "{}: stands there already, but the tuning has no such part; remove it or name "
+                "another folder",
+                old.string()));
+        }
+    }
+}
+
+}  // namespace
+
+Tuning load_tuning(const std::string& path, Faults& faults) {
+    if (path == "-") return read_yaml(std::cin, "standard input", faults);
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) return read_images(path, faults);
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        add_unreadable(faults, path, "open", "name a YAML file, or a folder of stored images");
+        return {};
+    }
+    return read_yaml(in, path, faults);
+}
+
+Tuning require_tuning(const std::string& path) {
+    Faults faults;
+    Tuning tuning = load_tuning(path, faults);
+    if (faults.has_errors()) {
+        faults.sort();
+        std::string text = faults.text();
+        text.pop_back();
+        throw BadInput("the tuning cannot be used\n" + text);
+    }
+    return tuning;
+}
+
+void write_images(const std::string& folder, const Tuning& tuning) {
+    const std::vector<StoredImage> images = to_images(tuning);
+    try {
+        refuse_left_over(folder, images);
+        const bool made = fs::create_directories(folder);
+        std::vector<std::unique_ptr<OutputFile>> files;
+        try {
+            for (const StoredImage& image : images) {
+                files.push_back(
+                    std::make_unique<OutputFile>((fs::path(folder) / image.name).string()));
+                files.back()->write(image.bytes);
+                files.back()->check();
+            }
+            for (const auto& file : files) file->commit();
+        } catch (...) {
+            files.clear();
+            std::error_code ignored;
+            if (made) fs::remove(folder, ignored);
+            throw;
+        }
+    } catch (const fs::filesystem_error& error) {
+        throw BadInput(fmt::format("{}: {}", folder, error.code().message()));
+    }
+}
+
+}  // namespace imgtune::workbench

@@ -1,0 +1,25 @@
+#ifndef IMGTUNE_WORKBENCH_FILES_TUNING_FILES_H
+#define IMGTUNE_WORKBENCH_FILES_TUNING_FILES_H
+
+#include <string>
+
+#include "workbench/tuning/faults.h"
+#include "workbench/tuning/tuning.h"
+
+namespace imgtune::workbench {
+
+/// Reads a YAML file ("-": standard input) or a folder of stored images. Every fault is added to
+/// `faults`.
+Tuning load_tuning(const std::string& path, Faults& faults);
+
+/// load_tuning for callers that need a readable tuning: throws BadInput with all errors as its
+/// text.
+Tuning require_tuning(const std::string& path);
+
+/// Writes a folder of stored images: every file beside its place first, renamed last. Throws
+/// BadInput; a file that stood there before is then still whole.
+void write_images(const std::string& folder, const Tuning& tuning);
+
+}  // namespace imgtune::workbench
+
+#endif

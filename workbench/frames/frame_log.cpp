@@ -1,0 +1,252 @@
+#include "workbench/frames/frame_log.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "workbench/text/bad_input.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr std::size_t kLongestQuote = 40;  ///< of a value in a message
+
+constexpr std::size_t kFullGain = 2;  ///< first column of each triple
+constexpr std::size_t kAwbGain = 5;
+constexpr std::size_t kFlash = 8;
+
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+    return text;
+}
+
+/// Without blanks around it and without a pair of double quotes.
+std::string_view bare(std::string_view text) {
+    text = trimmed(text);
+    if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
+        text = trimmed(text.substr(1, text.size() - 2));
+    }
+    return text;
+}
+
+/// The text in quotes, printable and not too long.
+std::string quoted(std::string_view text) {
+    std::string result = "'";
+    for (const char c : text.substr(0, kLongestQuote)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7f) {
+            result += fmt::format("\\x{:02x}", byte);
+        } else {
+            result += c;
+        }
+    }
+    return result + (text.size() > kLongestQuote ? "...'" : "'");
+}
+
+/// Cuts the next value off the front of a line.
+std::string_view take_value(std::string_view& rest) {
+    const std::size_t comma = rest.find(',');
+    const std::string_view value = rest.substr(0, comma);
+    rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
+    return value;
+}
+
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i);
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({changed, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row[b.size()];
+}
+
+/// What to say to a name that is no column.
+std::string hint_for(std::string_view name) {
+    const auto nearest = std::ranges::min_element(
+        kFrameColumns, {},
+        [&](const FrameColumn& column) { return edit_distance(name, column.name); });
+    if (edit_distance(name, nearest->name) <= 2) {
+        return fmt::format("did you mean '{}'?", nearest->name);
+    }
+    std::string names;
+    for (const FrameColumn& column : kFrameColumns) names += fmt::format(" {}", column.name);
+    return fmt::format("columns are{}; begin a name with x_ to have its column skipped", names);
+}
+
+bool is_skipped(std::string_view name) {
+    return name == "frame" || name.starts_with("x_");
+}
+
+}  // namespace
+
+Frame to_frame(const FrameValues& values) {
+    const auto value = [&](std::size_t i) { return static_cast<std::int32_t>(values[i]); };
+    const auto gain = [&](std::size_t i) {
+        return AWB_GAIN_T{value(i), value(i + 1), value(i + 2)};
+    };
+    Frame frame;
+    frame.state.u4RealLV = static_cast<std::uint32_t>(values[0]);
+    frame.state.u4CCT = static_cast<std::uint32_t>(values[1]);
+    frame.state.rAWBFullGain = gain(kFullGain);
+    frame.state.rAWBGain = gain(kAwbGain);
+    frame.state.u4FlashMode = value(kFlash);
+    frame.state.u4SceneFlag = value(kFlash + 1);
+    frame.state.profile = value(kFlash + 2);
+    frame.capture = value(kFlash + 3);
+    return frame;
+}
+
+FrameLog::FrameLog(std::string name, ByteSource& source) : name_(std::move(name)), lines_(source) {
+    read_header();
+}
+
+void FrameLog::fail(std::string_view what) const {
+    throw BadInput(
+        fmt::format("{}:{}: {}", name_, std::max<std::uint64_t>(lines_.line(), 1), what));
+}
+
+/// The next line that is neither blank nor a comment.
+bool FrameLog::next_line(std::string_view& text) {
+    while (lines_.next(text)) {
+        if (lines_.too_long()) {
+            fail(fmt::format("the line is longer than {} bytes; is this a frame log?",
+                             LineReader::kLongestLine));
+        }
+        if (text.empty() || text.front() == '#') continue;
+        if ((text.front() == ' ' || text.front() == '\t') &&
+            (trimmed(text).empty() || trimmed(text).front() == '#')) {
+            continue;
+        }
+        return true;
+    }
+    return false;
+}
+
+void FrameLog::read_header() {
+    std::string_view rest;
+    if (!next_line(rest)) {
+        fail(
+            "the header line that names the columns is missing (such as lv,cct,awb_r,awb_g,awb_b)");
+    }
+    std::array<bool, kFrameColumns.size()> present{};
+    for (bool more = true; more;) {
+        more = rest.find(',') != std::string_view::npos;
+        const std::string_view name = bare(take_value(rest));
+        const auto column = std::ranges::find(kFrameColumns, name, &FrameColumn::name);
+        if (column == kFrameColumns.end()) {
+            if (!is_skipped(name)) {
+                fail(fmt::format("column {}: unknown name {}; {}", targets_.size() + 1,
+                                 quoted(name), hint_for(name)));
+            }
+            targets_.push_back(-1);
+            continue;
+        }
+        const auto index = static_cast<std::size_t>(column - kFrameColumns.begin());
+        if (std::exchange(present[index], true)) {
+            fail(fmt::format("column '{}' is named twice; remove one", name));
+        }
+        targets_.push_back(static_cast<int>(index));
+    }
+    const auto triple = [&](std::size_t first) {
+        const auto count =
+            std::count(present.begin() + static_cast<std::ptrdiff_t>(first),
+                       present.begin() + static_cast<std::ptrdiff_t>(first) + 3, true);
+        if (count != 0 && count != 3) {
+            fail(fmt::format("a gain needs its three columns '{}', '{}' and '{}'; {} missing",
+                             kFrameColumns[first].name, kFrameColumns[first + 1].name,
+                             kFrameColumns[first + 2].name, count == 2 ? "one is" : "two are"));
+        }
+        return count == 3;
+    };
+    const bool full = triple(kFullGain);
+    const bool awb = triple(kAwbGain);
+    for (std::size_t i = 0; i < kFullGain; ++i) {
+        if (!present[i]) fail(fmt::format("column '{}' is missing", kFrameColumns[i].name));
+    }
+    if (!full && !awb) {
+        fail(
+            "the gain is missing: columns 'awb_r', 'awb_g', 'awb_b' or 'full_r', 'full_g', "
+            "'full_b'");
+    }
+    copy_full_to_awb_ = !awb;
+    copy_awb_to_full_ = !full;
+}
+
+std::int64_t FrameLog::read_number(std::string_view text, const FrameColumn& column) const {
+    const auto complain = [&](std::string_view what) {
+        fail(fmt::format("column '{}': {}; allowed are whole numbers {}..{}", column.name, what,
+                         column.least, column.most));
+    };
+    std::string_view digits = bare(text);
+    if (digits.empty()) complain("the value is missing");
+    if (digits.size() > 1 && digits.front() == '+' && digits[1] != '-') digits.remove_prefix(1);
+    std::int64_t value = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (result.ptr != digits.data() + digits.size() || result.ec == std::errc::invalid_argument) {
+        complain(quoted(text) + " is not a whole number");
+    }
+    if (result.ec != std::errc() || value < column.least || value > column.most) {
+        complain(quoted(text) + " is out of range");
+    }
+    return value;
+}
+
+void FrameLog::read_values(std::string_view text) {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    for (std::size_t i = 0; i < targets_.size(); ++i) {
+        if (at > end) {
+            fail(fmt::format("the line has {} value{}, the header names {} columns", i,
+                             i == 1 ? "" : "s", targets_.size()));
+        }
+        const char* const begin = at;
+        const bool negative = at != end && *at == '-';
+        if (negative) ++at;
+        std::uint32_t value = 0;
+        const char* const digits = at;
+        for (; at != end; ++at) {
+            const auto digit = static_cast<unsigned>(*at) - unsigned{'0'};
+            if (digit > 9) break;
+            value = value * 10 + digit;
+        }
+        // Up to nine digits fit every column; whatever else is there takes the long way.
+        const bool plain = at != digits && at - digits <= 9 && (at == end || *at == ',');
+        if (!plain) at = std::find(at, end, ',');
+        const int target = targets_[i];
+        if (target >= 0) {
+            const auto index = static_cast<std::size_t>(target);
+            const auto magnitude = static_cast<std::int64_t>(value);
+            values_[index] =
+                plain ? (negative ? -magnitude : magnitude)
+                      : read_number(std::string_view(begin, static_cast<std::size_t>(at - begin)),
+                                    kFrameColumns[index]);
+        }
+        ++at;  // the comma; past the end after the last value
+    }
+    if (at <= end) {
+        fail(fmt::format("the line has {} values, the header names {} columns",
+                         targets_.size() + 1 + static_cast<std::size_t>(std::count(at, end, ',')),
+                         targets_.size()));
+    }
+}
+
+bool FrameLog::next(Frame& frame) {
+    std::string_view text;
+    if (!next_line(text)) return false;
+    read_values(text);
+    if (copy_full_to_awb_) std::copy_n(&values_[kFullGain], 3, &values_[kAwbGain]);
+    if (copy_awb_to_full_) std::copy_n(&values_[kAwbGain], 3, &values_[kFullGain]);
+    frame = to_frame(values_);
+    return true;
+}
+
+}  // namespace imgtune::workbench

@@ -1,0 +1,91 @@
+#ifndef IMGTUNE_WORKBENCH_FRAMES_FRAME_LOG_H
+#define IMGTUNE_WORKBENCH_FRAMES_FRAME_LOG_H
+
+#include <imgtune/camera_state.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "workbench/text/line_reader.h"
+
+namespace imgtune::workbench {
+
+/// One frame as the camera stack would describe it.
+struct Frame {
+    NSIspTuning::RAWIspCamInfo state{};
+    std::int32_t capture = 0;  ///< 1: still capture
+};
+
+/// A column of a frame log and the values that it takes.
+struct FrameColumn {
+    std::string_view name;
+    std::int64_t least;
+    std::int64_t most;
+};
+
+inline constexpr std::int64_t kInt32Least = -2147483648;
+inline constexpr std::int64_t kInt32Most = 2147483647;
+inline constexpr std::int64_t kUint32Most = 4294967295;
+
+/// lv and cct are unsigned in the record; a negative one stands for its bit pattern.
+inline constexpr std::array<FrameColumn, 12> kFrameColumns = {{
+    {"lv", kInt32Least, kUint32Most},
+    {"cct", kInt32Least, kUint32Most},
+    {"full_r", kInt32Least, kInt32Most},
+    {"full_g", kInt32Least, kInt32Most},
+    {"full_b", kInt32Least, kInt32Most},
+    {"awb_r", kInt32Least, kInt32Most},
+    {"awb_g", kInt32Least, kInt32Most},
+    {"awb_b", kInt32Least, kInt32Most},
+    {"flash", kInt32Least, kInt32Most},
+    {"scene", kInt32Least, kInt32Most},
+    {"profile", kInt32Least, kInt32Most},
+    {"capture", kInt32Least, kInt32Most},
+}};
+
+/// Values in the order of kFrameColumns.
+using FrameValues = std::array<std::int64_t, kFrameColumns.size()>;
+Frame to_frame(const FrameValues& values);
+
+/// Streaming reader of frame logs: CSV, one frame a line, whole numbers.
+///
+/// The first line that is neither blank nor a comment (#) names the columns, in any order. lv, cct
+/// and one whole gain triple are required; the other triple is a copy when it is missing, flash,
+/// scene, profile and capture are 0. Columns whose name begins with "x_", and "frame", are
+/// skipped. Lines end in LF or CRLF. Anything else throws BadInput with file, line, column, value
+/// and what is allowed. Memory does not grow with the log.
+class FrameLog {
+  public:
+    /// `name` stands in messages; the source stays the caller's.
+    FrameLog(std::string name, ByteSource& source);
+
+    /// The next frame; false at the end of the log.
+    bool next(Frame& frame);
+
+    const std::string& name() const { return name_; }
+    std::uint64_t line() const { return lines_.line(); }  ///< of the frame read last, from 1
+    std::uint64_t bytes_read() const { return lines_.bytes_read(); }
+    std::uint64_t size() const { return lines_.size(); }  ///< in bytes; 0 when not known
+
+  private:
+    bool next_line(std::string_view& text);
+    void read_header();
+    void read_values(std::string_view text);
+    std::int64_t read_number(std::string_view text, const FrameColumn& column) const;
+    [[noreturn]] void fail(std::string_view what) const;
+
+    std::string name_;
+    LineReader lines_;
+    std::vector<int> targets_;  ///< per column of the file: index into kFrameColumns, or -1
+    bool copy_full_to_awb_ = false;
+    bool copy_awb_to_full_ = false;
+    FrameValues values_{};
+};
+
+}  // namespace imgtune::workbench
+
+#endif

@@ -1,0 +1,14 @@
+#ifndef IMGTUNE_WORKBENCH_TUNING_CHECK_H
+#define IMGTUNE_WORKBENCH_TUNING_CHECK_H
+
+#include "workbench/tuning/faults.h"
+#include "workbench/tuning/tuning.h"
+
+namespace imgtune::workbench {
+
+/// Adds what a readable tuning would do wrong on the camera.
+void check_tuning(const Tuning& tuning, Faults& faults);
+
+}  // namespace imgtune::workbench
+
+#endif

@@ -1,0 +1,128 @@
+#include "workbench/tuning/images.h"
+
+#include <fmt/format.h>
+
+#include <sstream>
+#include <utility>
+
+#include "workbench/tuning/fields.h"
+#include "workbench/tuning/yaml_io.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+struct ImageFile {
+    Part part;
+    const char* name;
+    const char* path;  ///< of the fields it holds
+};
+
+constexpr ImageFile kCcmFile{Part::ccm, "ccm.bin", "ccm"};
+constexpr ImageFile kColorFile{Part::color, "color.bin", "color"};
+constexpr ImageFile kPcaFile{Part::pca, "pca.bin", "color.tuning"};
+constexpr const char* kCallerFile = "caller.yaml";
+
+void add_fault(Faults& faults, const std::string& file, std::string message, std::string value,
+               std::string allowed) {
+    Fault fault;
+    fault.code = "T010";
+    fault.file = file;
+    fault.message = std::move(message);
+    fault.value = std::move(value);
+    fault.allowed = std::move(allowed);
+    faults.add(std::move(fault));
+}
+
+const StoredImage* find(const std::vector<StoredImage>& images, std::string_view name) {
+    for (const StoredImage& image : images) {
+        if (image.name == name) return &image;
+    }
+    return nullptr;
+}
+
+std::string path_of(const std::string& folder, const char* name) {
+    return folder + "/" + name;
+}
+
+/// False when the image is not there; a faulty one is reported.
+bool read_part(const std::vector<StoredImage>& images, const std::string& folder,
+               const ImageFile& image, Faults& faults, Tuning& tuning) {
+    const StoredImage* const stored = find(images, image.name);
+    if (stored == nullptr) return false;
+    const std::string file = path_of(folder, image.name);
+    faults.set_place(image.path, file, 0);
+    const std::size_t size = 4 * part_words(image.part);
+    const std::string& bytes = stored->bytes;
+    if (bytes.size() != size) {
+        add_fault(faults, file, "wrong size",
+                  bytes.size() > size ? fmt::format("more than {} bytes", size)
+                                      : fmt::format("{} bytes", bytes.size()),
+                  fmt::format("{} bytes ({} words)", size, size / 4));
+        return true;
+    }
+    for (std::size_t w = 0; w < size / 4; ++w) {
+        std::uint32_t word = 0;
+        for (unsigned b = 0; b < 4; ++b) {
+            word |= std::uint32_t{static_cast<unsigned char>(bytes[4 * w + b])} << (8 * b);
+        }
+        store_word(tuning, image.part, w, word);
+    }
+    return true;
+}
+
+std::string part_bytes(const Tuning& tuning, Part part) {
+    std::string bytes;
+    for (std::size_t w = 0; w < part_words(part); ++w) {
+        const std::uint32_t word = load_word(tuning, part, w);
+        for (unsigned b = 0; b < 4; ++b) bytes += static_cast<char>((word >> (8 * b)) & 0xffU);
+    }
+    return bytes;
+}
+
+}  // namespace
+
+std::vector<std::string> stored_image_names() {
+    return {kCcmFile.name, kColorFile.name, kPcaFile.name, kCallerFile};
+}
+
+Tuning from_images(const std::vector<StoredImage>& images, const std::string& folder,
+                   Faults& faults) {
+    Tuning tuning;
+    faults.set_place("", folder, 0);
+    if (const StoredImage* const caller = find(images, kCallerFile); caller != nullptr) {
+        std::istringstream in(caller->bytes);
+        read_caller_yaml(in, path_of(folder, kCallerFile), faults, tuning);
+    }
+    faults.set_place("", folder, 0);
+    tuning.has_ccm = read_part(images, folder, kCcmFile, faults, tuning);
+    tuning.has_color = read_part(images, folder, kColorFile, faults, tuning);
+    const bool has_pca = read_part(images, folder, kPcaFile, faults, tuning);
+    if (tuning.has_color != has_pca) {
+        add_fault(faults, path_of(folder, has_pca ? kColorFile.name : kPcaFile.name),
+                  "missing file", "", "color.bin and pca.bin stand together");
+    } else if (!tuning.has_ccm && !tuning.has_color) {
+        add_fault(faults, folder, "no stored images in this folder", "",
+                  "ccm.bin, or color.bin and pca.bin, or all three");
+    }
+    return tuning;
+}
+
+std::vector<StoredImage> to_images(const Tuning& tuning) {
+    std::vector<StoredImage> images;
+    const auto take = [&](const ImageFile& image, bool present) {
+        if (present) images.push_back({image.name, part_bytes(tuning, image.part)});
+    };
+    take(kCcmFile, tuning.has_ccm);
+    take(kColorFile, tuning.has_color);
+    take(kPcaFile, tuning.has_color);
+    Tuning settings;
+    settings.name = tuning.name;
+    settings.caller = tuning.caller;
+    std::ostringstream caller;
+    write_yaml(caller, settings);
+    images.push_back({kCallerFile, caller.str()});
+    return images;
+}
+
+}  // namespace imgtune::workbench

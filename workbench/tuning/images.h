@@ -1,0 +1,37 @@
+#ifndef IMGTUNE_WORKBENCH_TUNING_IMAGES_H
+#define IMGTUNE_WORKBENCH_TUNING_IMAGES_H
+
+#include <string>
+#include <vector>
+
+#include "workbench/tuning/faults.h"
+#include "workbench/tuning/tuning.h"
+
+// A tuning as stored: a folder with little-endian images of the records.
+//   ccm.bin      1102 words, ISP_NVRAM_MULTI_CCM_STRUCT
+//   color.bin    4 slots x 5 CT indices x 117 words, slot-major
+//   pca.bin      4 slots x 17 words
+//   caller.yaml  name and caller settings; defaults without it
+// ccm.bin may be missing, and color.bin together with pca.bin.
+
+namespace imgtune::workbench {
+
+/// A file of such a folder.
+struct StoredImage {
+    std::string name;
+    std::string bytes;
+};
+
+/// The names that files of such a folder have.
+std::vector<std::string> stored_image_names();
+
+/// The tuning that these files hold; every fault is added to `faults`, under `folder`.
+Tuning from_images(const std::vector<StoredImage>& images, const std::string& folder,
+                   Faults& faults);
+
+/// The files of a tuning: its parts, and caller.yaml.
+std::vector<StoredImage> to_images(const Tuning& tuning);
+
+}  // namespace imgtune::workbench
+
+#endif
