@@ -3,7 +3,8 @@
 # Inputs that were found interesting stay in build/fuzz/corpus, failures in build/fuzz/failures.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh clang cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev
+scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev \
+    nlohmann-json3-dev
 
 seconds=${1:-7}
 targets=("${@:2}")

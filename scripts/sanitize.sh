@@ -3,8 +3,8 @@
 # under ThreadSanitizer. Any report fails.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh clang cmake ninja-build pkg-config libgtest-dev libcli11-dev libyaml-cpp-dev \
-    libfmt-dev nlohmann-json3-dev locales
+scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build pkg-config libgtest-dev libcli11-dev \
+    libyaml-cpp-dev libfmt-dev nlohmann-json3-dev locales
 
 cmake --preset asan
 cmake --build --preset asan
