@@ -27,8 +27,6 @@ class Input {
   public:
     Input(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
 
-    bool ended() const { return at_ >= size_; }
-
     std::uint32_t byte() { return at_ < size_ ? data_[at_++] : 0; }
     std::uint32_t half() { return byte() | byte() << 8; }
     std::uint32_t word() { return half() | half() << 16; }
@@ -62,8 +60,9 @@ class Input {
 
     /// A record of 32-bit words: zeros, mixed bits from a seed, small words or the bytes that
     /// follow; then up to seven words of it replaced. A few bytes thus reach any large record.
+    /// Unchecked by the sanitizers: it takes as long as the library's own work otherwise.
     template <class Record>
-    void fill(Record& record) {
+    __attribute__((no_sanitize("address", "undefined", "coverage"))) void fill(Record& record) {
         static_assert(sizeof(Record) % 4 == 0);
         constexpr std::size_t kWords = sizeof(Record) / 4;
         const std::uint32_t style = byte();
@@ -72,7 +71,7 @@ class Input {
             state = state * 1664525U + 1013904223U;
             const std::uint32_t mixed = state ^ state >> 15;
             set(record, i, style % 4 == 0 ? 0 : style % 4 == 1 ? mixed : mixed >> 22);
-            if (style % 4 == 3 && !ended()) set(record, i, word());
+            if (style % 4 == 3 && at_ < size_) set(record, i, word());
         }
         for (std::uint32_t patches = byte() % 8; patches > 0; --patches) {
             const std::size_t i = half() % kWords;
@@ -88,9 +87,23 @@ class Input {
         return drawn;
     }
 
+    /// Several records or numbers side by side, in a block of their own.
+    template <class Record>
+    std::unique_ptr<Record[]> records(std::size_t count) {
+        auto drawn = std::make_unique<Record[]>(count);
+        for (std::size_t i = 0; i < count; ++i) fill(drawn[i]);
+        return drawn;
+    }
+    std::unique_ptr<float[]> reals(std::size_t count) {
+        auto drawn = std::make_unique<float[]>(count);
+        for (std::size_t i = 0; i < count; ++i) drawn[i] = real();
+        return drawn;
+    }
+
   private:
     template <class Record>
-    static void set(Record& record, std::size_t index, std::uint32_t value) {
+    __attribute__((no_sanitize("address", "undefined", "coverage"), always_inline)) static void set(
+        Record& record, std::size_t index, std::uint32_t value) {
         std::memcpy(reinterpret_cast<unsigned char*>(&record) + 4 * index, &value, 4);
     }
 
@@ -99,10 +112,9 @@ class Input {
     std::size_t at_ = 0;
 };
 
-/// What the library reads and writes beside its arguments.
-void set_switches(std::uint32_t bits);  ///< two bits a debug switch, chosen by its name
-int switch_value(const char* name);
-std::uint64_t take_log_digest();  ///< of the lines since the last call
+/// The values of the debug switches that the library reads: two bits each, chosen by the name; 0 is
+/// all off.
+void set_switches(std::uint32_t bits);
 
 }  // namespace imgtune::fuzz
 

@@ -149,7 +149,12 @@ TEST(DebugSwitch, ReadsIntegersAsAtoiDoes) {
                            "-99999999999999999999",
                            "00012",
                            "1 2",
-                           "+-3"};
+                           "+-3",
+                           "\r1",
+                           "\v\f1",
+                           "\b1",
+                           "9223372036854775805",
+                           "-9223372036854775806"};
     for (const char* text : texts) EXPECT_EQ(parse_integer(text), std::atoi(text)) << text;
 }
 

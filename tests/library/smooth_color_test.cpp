@@ -2,8 +2,9 @@
 #include <imgtune/imgtune.h>
 
 #include <cstring>
-#include <memory>
-#include <random>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "support/platform_fakes.h"
 
@@ -49,26 +50,6 @@ struct Caller {
     unsigned map() const { return working.u4Word[75] & 0xff; }
 };
 
-TEST(SmoothColor, SlotFollowsFlashThenScene) {
-    const struct {
-        int flash, scene;
-        unsigned slot;
-    } cases[] = {{0, 0, 0}, {0, 1, 1}, {0, 2, 0}, {1, 0, 2}, {2, 1, 2}, {-1, 0, 2}};
-    for (const auto& c : cases) {
-        fakes::reset();
-        Caller caller;
-        caller.state.u4FlashMode = c.flash;
-        caller.state.u4SceneFlag = c.scene;
-        for (unsigned slot = 1; slot < 4; ++slot) caller.tuning[slot].u4OutdoorEnable = 1;
-        caller.run();
-        EXPECT_EQ(caller.hue(), 10 * c.slot + 2) << c.flash << " " << c.scene;
-        EXPECT_EQ(caller.working.u4Word[1], 10 * c.slot * 0x01010101U) << "control words: CT 0";
-        EXPECT_EQ(std::memcmp(&caller.result, &caller.working, sizeof(Image)), 0);
-        EXPECT_EQ(caller.boot, 0);
-        EXPECT_EQ(caller.version, 100);
-    }
-}
-
 TEST(SmoothColor, OutdoorRampBlendsAndSwitchesTheColourMap) {
     const struct {
         std::uint32_t lv, base;
@@ -108,25 +89,6 @@ TEST(SmoothColor, OnlySmoothedFieldsMoveInSteps) {
     caller.capture = 2;
     caller.run();
     EXPECT_EQ(w.u4Word[14], 0x04040404U) << "capture 2 is no capture";
-}
-
-TEST(SmoothColor, LspEnableNeedsLightAndTuning) {
-    const struct {
-        std::uint32_t lv, word0;
-        bool enabled;
-    } cases[] = {{60, 1U << 20, true},
-                 {61, 1U << 20, false},
-                 {60, ~(1U << 20), false},
-                 {256, 1U << 20, false},
-                 {0xffffffff, 1U << 20, false}};
-    for (const auto& c : cases) {
-        fakes::reset();
-        Caller caller;
-        caller.table[0][0].u4Word[0] = c.word0;
-        caller.state.u4RealLV = c.lv;
-        caller.run();
-        EXPECT_EQ(caller.result.u4Word[0], (c.word0 & ~(1U << 20)) | unsigned{c.enabled} << 20);
-    }
 }
 
 TEST(SmoothColor, BypassSwitchesNeedEnableAndTheMapTakesItsOwnBitBack) {
@@ -219,48 +181,6 @@ TEST(SmoothColor, CtIndicesOutsideTheGridTakeItsEnds) {
         caller.lower = caller.upper = index;
         caller.run();
         EXPECT_EQ(caller.hue(), static_cast<unsigned>(ct));
-    }
-}
-
-// Constant light settles to the result of a capture frame and stays there; inputs are not written,
-// and the bits outside the fields keep what the working image held at first.
-TEST(SmoothColor, ArbitraryImagesSettle) {
-    fakes::reset();
-    std::mt19937 random(23);
-    for (int round = 0; round < 60; ++round) {
-        auto caller = std::make_unique<Caller>();
-        for (auto& slot : caller->table) {
-            for (auto& image : slot) {
-                for (auto& w : image.u4Word) w = static_cast<std::uint32_t>(random());
-            }
-        }
-        for (auto& w : caller->working.u4Word) w = static_cast<std::uint32_t>(random());
-        const Image first = caller->working;
-        caller->boot = 0;
-        caller->state.u4CCT = 4000 + static_cast<unsigned>(random() % 1001);
-        caller->state.u4RealLV = static_cast<std::uint32_t>(random() % 160);
-        caller->state.u4FlashMode = random() % 4 == 0;
-        caller->tuning[0].u4OutdoorEnable = random() % 2;
-        for (auto& t : caller->tuning) t.lum_speed = t.hue_speed = t.sat_speed = 3;
-        const auto inputs = std::make_unique<Caller>(*caller);
-
-        auto capture = std::make_unique<Caller>(*caller);
-        capture->capture = 1;
-        capture->run();
-        for (int frame = 0; frame < 700; ++frame) {
-            const Image before = caller->working;
-            caller->run();
-            for (unsigned byte = 0; byte < 20; ++byte) {
-                const int was = before.u4Word[14 + byte / 4] >> 8 * (byte % 4) & 0xff;
-                const int is = caller->working.u4Word[14 + byte / 4] >> 8 * (byte % 4) & 0xff;
-                ASSERT_LE(std::abs(is - was), 3);
-            }
-        }
-        EXPECT_EQ(std::memcmp(&caller->working, &capture->working, sizeof(Image)), 0) << round;
-        EXPECT_EQ(std::memcmp(caller->table, inputs->table, sizeof(inputs->table)), 0);
-        for (unsigned w = 6; w <= 13; ++w) {
-            EXPECT_EQ((caller->working.u4Word[w] ^ first.u4Word[w]) & 0xff00ff00U, 0U);
-        }
     }
 }
 

@@ -300,6 +300,7 @@ TEST(Eigen, SortsDownwardsAndMovesOnlyOnLess) {
         {{2, 2, 1}, {2, 2, 1}},
         {{-0.0f, 0.0f, 1}, {1, -0.0f, 0.0f}},
         {{0.0f, -0.0f, 0.0f}, {0.0f, -0.0f, 0.0f}},
+        {{0.0f, -1, -0.0f}, {0.0f, -0.0f, -1}},
         {{kNaN, 1, 2}, {kNaN, 2, 1}},
         {{1, kNaN, 2}, {1, kNaN, 2}},
         {{1, 2, kNaN}, {2, 1, kNaN}},

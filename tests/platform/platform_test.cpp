@@ -142,7 +142,8 @@ TEST(Log, WritesLogcatsBriefForm) {
          "a\n\n b\n",
          {"E/t       " + pid() + "a", "E/t       " + pid(), "E/t       " + pid() + " b"}},
         {ANDROID_LOG_FATAL, "t", "f", {"F/t       " + pid() + "f"}},
-        {99, "t", "?", {"?/t       " + pid() + "?"}},
+        {9, "t", "?", {"?/t       " + pid() + "?"}},
+        {-1, "t", "?", {"?/t       " + pid() + "?"}},
     };
     for (const auto& row : rows) {
         const auto writes = stderr_writes([&] {

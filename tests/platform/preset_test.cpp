@@ -79,4 +79,13 @@ TEST(PropertyFileDeathTest, MissingFileIsReported) {
         "^/nonexistent/properties: cannot be read \\(IMGTUNE_PROPERTIES\\): No such file");
 }
 
+TEST(PropertyFileDeathTest, EmptyPathNamesNoFile) {
+    EXPECT_EXIT(
+        {
+            setenv("IMGTUNE_PROPERTIES", "", 1);
+            std::exit(value_of("debug.any") == "unset" ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "^$");
+}
+
 }  // namespace

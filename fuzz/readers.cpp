@@ -1,0 +1,49 @@
+// Every reader of foreign text. The first byte of an input names the reader, the rest is its text.
+
+#include <sstream>
+#include <string>
+
+#include "input.h"
+#include "workbench/frames/frame_log.h"
+#include "workbench/text/bad_input.h"
+#include "workbench/tuning/yaml_io.h"
+
+using namespace imgtune::fuzz;
+using namespace imgtune::workbench;
+
+namespace {
+
+// What can be read can be written and read again, bit for bit.
+void tuning(const std::string& text) {
+    std::istringstream in(text);
+    Faults faults;
+    const Tuning read = read_yaml(in, "tuning.yaml", faults);
+    if (faults.has_errors()) return;
+    std::stringstream written;
+    write_yaml(written, read);
+    const Tuning again = read_yaml(written, "again.yaml", faults);
+    require(!faults.has_errors(), "a written tuning is readable");
+    require(same(again.ccm, read.ccm) && same(again.color, read.color) &&
+                same(again.pca, read.pca) && again.name == read.name,
+            "a tuning comes back as it was written");
+}
+
+void frames(const std::string& text) {
+    MemorySource source(text);
+    FrameLog log("frames.csv", source);
+    for (Frame frame; log.next(frame);) continue;
+    require(log.bytes_read() == text.size(), "a log without a fault is read to its end");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) return 0;
+    const std::string text(reinterpret_cast<const char*>(data) + 1, size - 1);
+    try {
+        if (*data == 't') tuning(text);
+        if (*data == 'f') frames(text);
+    } catch (const BadInput&) {
+    }
+    return 0;
+}
