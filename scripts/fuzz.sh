@@ -11,8 +11,8 @@ targets=("${@:2}")
 if [ ${#targets[@]} -eq 0 ]; then
     targets=(smooth_ccm smooth_color blocks readers)
 fi
-cmake --preset fuzz
-cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
+cmake --preset asan
+cmake --build --preset asan --target "${targets[@]/#/fuzz_}"
 
 mkdir -p build/fuzz/failures
 status=0
@@ -21,7 +21,7 @@ for target in "${targets[@]}"; do
     log=build/fuzz/$target.log
     mkdir -p "$found"
     # The outer limit ends a program that hangs in its own report.
-    if timeout -s KILL $((seconds + 60)) "build/fuzz/fuzz/fuzz_$target" \
+    if timeout -s KILL $((seconds + 60)) "build/asan/fuzz/fuzz_$target" \
         "-max_total_time=$seconds" -timeout=10 -rss_limit_mb=1024 -len_control=10 \
         "-max_len=$([[ $target = readers ]] && echo 4096 || echo 800)" \
         "-artifact_prefix=build/fuzz/failures/$target-" "$found" "fuzz/corpus/$target" \

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Formatting and clang-tidy over our sources. Usage: scripts/lint.sh [--fix]
+# Formatting of all our sources, and clang-tidy over what differs from the last commit; over all of
+# them in CI. Usage: scripts/lint.sh [--fix | --all]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh clang clang-format clang-tidy cmake ninja-build libgtest-dev libbenchmark-dev \
@@ -12,7 +13,12 @@ else
     clang-format --dry-run --Werror "${sources[@]}"
 fi
 
-cmake --preset clang -B build/lint >/dev/null
 mapfile -t units < <(git ls-files 'common/*.cpp' 'ccm/*.cpp' 'color/*.cpp' 'matrix/*.cpp' \
     'platform/*.cpp' 'workbench/**/*.cpp' 'cli/*.cpp' | sort -u)
+if [ "${1:-}" != --all ] && [ "${CI:-}" != true ]; then
+    mapfile -t units < <(comm -12 <(printf '%s\n' "${units[@]}") \
+        <({ git diff --name-only HEAD; git ls-files --others --exclude-standard; } | sort -u))
+fi
+[ ${#units[@]} -eq 0 ] && { echo "lint: no changed source for clang-tidy"; exit 0; }
+cmake --preset clang -B build/lint >/dev/null
 printf '%s\n' "${units[@]}" | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/lint

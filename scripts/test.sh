@@ -4,7 +4,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh g++ clang cmake ninja-build pkg-config libgtest-dev libbenchmark-dev libcli11-dev \
-    libyaml-cpp-dev libfmt-dev nlohmann-json3-dev clang-format clang-tidy locales valgrind binutils
+    libyaml-cpp-dev libfmt-dev nlohmann-json3-dev clang-format clang-tidy locales valgrind binutils ccache
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache
 
 passed=0
 failed=()
@@ -29,7 +30,7 @@ suite() {
     cmake --preset "$@" && cmake --build --preset "$1" && ctest --preset "$1" -j "$(nproc)"
 }
 
-# The tool is built once here and once more under the sanitizers; the library by everything.
+# The workbench is built once here and once more under the sanitizers; the library by everything.
 step "release suite" suite release
 for preset in clang debug clang-debug; do
     step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF
