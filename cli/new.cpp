@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
-#include <sstream>
 #include <string>
 
 #include "cli/verbs.h"
@@ -33,11 +32,11 @@ void add_new(CLI::App& app, Context& context) {
                 throw BadInput(options->output +
                                ": stands there already; name another file, or use --force");
             }
-            std::ostringstream text;
-            text << "# Tuning to start from. Numbers are integers, decimal or hex; check it with\n"
-                    "# 'imgtune check'. Figures are plausible, of no sensor in particular.\n";
-            write_yaml(text, starter_tuning(), true);
-            write_file(options->output, text.str());
+            const std::string text =
+                "# Tuning to start from. Numbers are integers, decimal or hex; check it with\n"
+                "# 'imgtune check'. Figures are plausible, of no sensor in particular.\n" +
+                write_yaml(starter_tuning(), true);
+            write_file(options->output, text);
             return kFine;
         };
     });

@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
-#include <sstream>
 #include <string>
 
 #include "cli/verbs.h"
@@ -33,9 +32,7 @@ void add_unpack(CLI::App& app, Context& context) {
                                ": not a folder; expected one with ccm.bin, or color.bin and "
                                "pca.bin, or all three");
             }
-            std::ostringstream text;
-            write_yaml(text, require_tuning(options->folder));
-            write_file(options->output, text.str());
+            write_file(options->output, write_yaml(require_tuning(options->folder)));
             return kFine;
         };
     });

@@ -369,7 +369,7 @@ TEST_F(Replay, RowsShowTheRegistersInEveryLocale) {
 
 TEST_F(Replay, FailingRunHarmsNoOutput) {
     std::ofstream tuning(path("tuning.yaml"));
-    write_yaml(tuning, make_tuning());
+    tuning << write_yaml(make_tuning());
     tuning.close();
     std::string log = kHeader;
     for (int i = 0; i < 50000; ++i) log += "60,4000,800,512,1200\n";

@@ -23,14 +23,11 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string to_yaml(const Tuning& tuning, bool comments = false) {
-    std::ostringstream out;
-    write_yaml(out, tuning, comments);
-    return out.str();
+    return write_yaml(tuning, comments);
 }
 
 Tuning from_yaml(const std::string& text, Faults& faults) {
-    std::istringstream in(text);
-    return read_yaml(in, "t.yaml", faults);
+    return read_yaml(text, "t.yaml", faults);
 }
 
 bool same_bits(const Tuning& a, const Tuning& b) {

@@ -9,7 +9,6 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
-#include <sstream>
 #include <vector>
 
 #include "workbench/files/output_file.h"
@@ -71,15 +70,27 @@ void refuse_left_over(const std::string& folder, const std::vector<StoredImage>&
 }  // namespace
 
 Tuning load_tuning(const std::string& path, Faults& faults) {
-    if (path == "-") return read_yaml(std::cin, "standard input", faults);
     std::error_code error;
-    if (std::filesystem::is_directory(path, error)) return read_images(path, faults);
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
+    if (path != "-" && fs::is_directory(path, error)) return read_images(path, faults);
+    std::ifstream file;
+    if (path != "-") file.open(path, std::ios::binary);
+    if (path != "-" && !file) {
         add_unreadable(faults, path, "open", "name a YAML file, or a folder of stored images");
         return {};
     }
-    return read_yaml(in, path, faults);
+    std::istream& in = path == "-" ? std::cin : file;
+    const std::string name = path == "-" ? "standard input" : path;
+    std::string text;
+    char buffer[1U << 16U];
+    while (text.size() <= kLargestTuningText &&
+           (in.read(buffer, sizeof(buffer)), in.gcount() > 0)) {
+        text.append(buffer, static_cast<std::size_t>(in.gcount()));
+    }
+    if (in.bad()) {
+        add_unreadable(faults, name, "read", "");
+        return {};
+    }
+    return read_yaml(text, name, faults);
 }
 
 Tuning require_tuning(const std::string& path) {

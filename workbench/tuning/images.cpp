@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <sstream>
 #include <utility>
 
 #include "workbench/tuning/fields.h"
@@ -91,8 +90,7 @@ Tuning from_images(const std::vector<StoredImage>& images, const std::string& fo
     Tuning tuning;
     faults.set_place("", folder, 0);
     if (const StoredImage* const caller = find(images, kCallerFile); caller != nullptr) {
-        std::istringstream in(caller->bytes);
-        read_caller_yaml(in, path_of(folder, kCallerFile), faults, tuning);
+        read_caller_yaml(caller->bytes, path_of(folder, kCallerFile), faults, tuning);
     }
     faults.set_place("", folder, 0);
     tuning.has_ccm = read_part(images, folder, kCcmFile, faults, tuning);
@@ -119,9 +117,7 @@ std::vector<StoredImage> to_images(const Tuning& tuning) {
     Tuning settings;
     settings.name = tuning.name;
     settings.caller = tuning.caller;
-    std::ostringstream caller;
-    write_yaml(caller, settings);
-    images.push_back({kCallerFile, caller.str()});
+    images.push_back({kCallerFile, write_yaml(settings)});
     return images;
 }
 

@@ -25,6 +25,9 @@ struct Tuning {
     bool has_ccm = false;
     bool has_color = false;
     ISP_NVRAM_MULTI_CCM_STRUCT ccm{};
+    /// [LV row][CT index]: the colour temperature at which a point was tuned; 0: unknown. The
+    /// library does not read it, and the stored tables have no place for it.
+    std::uint32_t kelvin[8][8]{};
     NSIspTuning::ISP_NVRAM_COLOR_T color[4][5]{};  ///< [slot][CT index]
     ISP_NVRAM_PCA_PARAM_T pca[4]{};                ///< one a slot
 };

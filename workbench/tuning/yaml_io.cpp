@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <istream>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -49,7 +48,6 @@ const char* documents_if_not_one(const std::string& text) {
 using Kind = FormatNode::Kind;
 
 constexpr const char* kFormat = "imgtune-tuning/1";
-constexpr std::size_t kLargestText = 16U << 20U;
 constexpr int kDeepestMerge = 16;
 constexpr std::size_t kMostMerged = 200000;
 
@@ -114,18 +112,9 @@ class Reader {
     Reader(std::string file, Faults& faults, Tuning& tuning)
         : file_(std::move(file)), faults_(faults), tuning_(tuning) {}
 
-    void read(std::istream& in, bool caller_only) {
-        std::string text;
-        char buffer[1U << 16U];
-        while (in.read(buffer, sizeof(buffer)), in.gcount() > 0) {
-            text.append(buffer, static_cast<std::size_t>(in.gcount()));
-            if (text.size() > kLargestText) {
-                add("T010", 0, "", "file too large for a tuning", "", "at most 16 MiB", "");
-                return;
-            }
-        }
-        if (in.bad()) {
-            add("T010", 0, "", "cannot read the file", "", "", "");
+    void read(const std::string& text, bool caller_only) {
+        if (text.size() > kLargestTuningText) {
+            add("T010", 0, "", "file too large for a tuning", "", "at most 16 MiB", "");
             return;
         }
         faults_.set_place("", file_, 1);
@@ -487,14 +476,15 @@ class Reader {
 
 }  // namespace
 
-Tuning read_yaml(std::istream& in, const std::string& file, Faults& faults) {
+Tuning read_yaml(const std::string& text, const std::string& file, Faults& faults) {
     Tuning tuning;
-    Reader(file, faults, tuning).read(in, false);
+    Reader(file, faults, tuning).read(text, false);
     return tuning;
 }
 
-void read_caller_yaml(std::istream& in, const std::string& file, Faults& faults, Tuning& tuning) {
-    Reader(file, faults, tuning).read(in, true);
+void read_caller_yaml(const std::string& text, const std::string& file, Faults& faults,
+                      Tuning& tuning) {
+    Reader(file, faults, tuning).read(text, true);
 }
 
 }  // namespace imgtune::workbench

@@ -1,7 +1,7 @@
 #ifndef IMGTUNE_WORKBENCH_TUNING_YAML_IO_H
 #define IMGTUNE_WORKBENCH_TUNING_YAML_IO_H
 
-#include <iosfwd>
+#include <cstddef>
 #include <string>
 
 #include "workbench/tuning/faults.h"
@@ -9,16 +9,20 @@
 
 namespace imgtune::workbench {
 
+/// The longest text that read_yaml takes, in bytes.
+inline constexpr std::size_t kLargestTuningText = 16U << 20U;
+
 /// Reads a tuning as far as it can be read; every fault of the text is added to `faults`.
 /// `file` is the name that the findings show.
-Tuning read_yaml(std::istream& in, const std::string& file, Faults& faults);
+Tuning read_yaml(const std::string& text, const std::string& file, Faults& faults);
 
-/// Reads a file with name and caller settings only.
-void read_caller_yaml(std::istream& in, const std::string& file, Faults& faults, Tuning& tuning);
+/// Reads a text with name and caller settings only.
+void read_caller_yaml(const std::string& text, const std::string& file, Faults& faults,
+                      Tuning& tuning);
 
-/// Writes a tuning so that read_yaml gives the same bits. With comments, each field is
+/// The text of a tuning, from which read_yaml gives the same bits. With comments, each field is
 /// explained where it stands first.
-void write_yaml(std::ostream& out, const Tuning& tuning, bool comments = false);
+std::string write_yaml(const Tuning& tuning, bool comments = false);
 
 }  // namespace imgtune::workbench
 

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <ostream>
 #include <set>
+#include <sstream>
 
 #include "ccm/codec.h"
 #include "workbench/tuning/fields.h"
@@ -292,8 +292,10 @@ class Writer {
 
 }  // namespace
 
-void write_yaml(std::ostream& out, const Tuning& tuning, bool comments) {
+std::string write_yaml(const Tuning& tuning, bool comments) {
+    std::ostringstream out;
     Writer(out, tuning, comments).write();
+    return out.str();
 }
 
 }  // namespace imgtune::workbench
