@@ -1,10 +1,9 @@
 #include "common/debug_switch.h"
 
-#include <cutils/properties.h>
-
 #include <limits>
 
 #include "common/arithmetic.h"
+#include "common/platform.h"
 
 namespace imgtune {
 

@@ -11,6 +11,8 @@
 #include <mutex>
 #include <string_view>
 
+#include "common/platform.h"  // declares the same function
+
 namespace {
 
 constexpr std::size_t kValueSize = PROPERTY_VALUE_MAX;

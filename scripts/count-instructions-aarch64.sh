@@ -8,7 +8,7 @@ mkdir -p build/count-aarch64
 run=build/count-aarch64/run_scene
 [ -n "$(find bench common ccm color -newer "$run" 2>/dev/null | head -n 1)" ] || [ ! -x "$run" ] &&
     aarch64-linux-gnu-g++ -std=c++20 -O3 -DNDEBUG -static -fno-exceptions -fno-rtti -fno-math-errno \
-        -fno-trapping-math -ffp-contract=off -Iinclude -I. -Iplatform/include bench/run_scene.cpp \
+        -fno-trapping-math -ffp-contract=off -Iinclude -I. bench/run_scene.cpp \
         bench/scenes.cpp bench/quiet_platform.cpp common/*.cpp ccm/*.cpp color/*.cpp -o "$run"
 
 instructions() {  # one line a translated block, one instruction a block

@@ -1,7 +1,8 @@
 #!/bin/sh
-# The library as the dynamic linker sees it: library_file_test.sh LIBRARY SYMBOLS NM READELF
+# The library as the dynamic linker sees it: library_file_test.sh LIBRARY SYMBOLS NM READELF NEEDED...
 set -eu
 library=$1 symbols=$2 nm=$3 readelf=$4
+shift 4
 export LC_ALL=C
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -20,10 +21,11 @@ same "symbols defined"
 
 # A platform function that is imported under a version is bound to a library at link time.
 printf '%s\n' __android_log_print property_get >"$work/expected"
-"$nm" -D --undefined-only "$library" | sed -n 's/^ *U //p' | grep -v '@' | sort >"$work/found"
-same "symbols imported, beside those of the C library"
+"$nm" -D --undefined-only "$library" | sed -n 's/^ *U //p' |
+    grep -xE '__android_log_print|property_get' | sort >"$work/found"
+same "platform functions imported without a version"
 
-printf '%s\n' libc.so.6 libcutils.so liblog.so libm.so.6 >"$work/expected"
+printf '%s\n' "$@" | sort >"$work/expected"
 "$readelf" -d "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | grep -v '^ld-linux' |
     sort >"$work/found"
 same "libraries needed"

@@ -1,0 +1,5 @@
+#include "common/platform.h"
+
+__attribute__((visibility("default"))) int property_get(const char*, char*, const char*) {
+    return 0;
+}
