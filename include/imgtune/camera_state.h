@@ -5,12 +5,24 @@
 // configured with that header's name (IMGTUNE_CAMERA_STATE_HEADER), which must define
 // NSIspTuning::RAWIspCamInfo with the seven members below, under these names, in this order and
 // with these widths; other members may lie before, between and after them. Such a header takes
-// AWB_GAIN_T from <imgtune/awb_gain.h>.
+// AWB_GAIN_T from <imgtune/awb_gain.h>. Library and camera stack are compiled with the same header
+// and the same options that move members: without fixed types for its enumerations, -fshort-enums
+// is one.
 
 #include <imgtune/awb_gain.h>
 
 #ifdef IMGTUNE_CAMERA_STATE_HEADER
 #include IMGTUNE_CAMERA_STATE_HEADER
+static_assert(
+    sizeof(NSIspTuning::RAWIspCamInfo::profile) == 4 &&
+        sizeof(NSIspTuning::RAWIspCamInfo::rAWBFullGain) == 12 &&
+        sizeof(NSIspTuning::RAWIspCamInfo::rAWBGain) == 12 &&
+        sizeof(NSIspTuning::RAWIspCamInfo::u4CCT) == 4 &&
+        sizeof(NSIspTuning::RAWIspCamInfo::u4RealLV) == 4 &&
+        sizeof(NSIspTuning::RAWIspCamInfo::u4FlashMode) == 4 &&
+        sizeof(NSIspTuning::RAWIspCamInfo::u4SceneFlag) == 4,
+    "the camera stack's RAWIspCamInfo has members of other widths than the library reads; "
+    "an enumeration needs a fixed underlying type of 32 bits");
 #else
 
 namespace NSIspTuning {
