@@ -5,6 +5,12 @@
 #include <imgtune/ccm_types.h>
 #include <imgtune/export.h>
 
+// Trace lines of SmoothCCM, GainProjection, Interpolation and BlendCCM pass one gate of the
+// process. It is open when the library is loaded: called directly, these functions trace until the
+// first call of SmoothCCM. Each call of SmoothCCM sets it from the system property
+// debug.smooth_ccm.enable: 0 or unset closes it, any other number opens it. No result depends on
+// it.
+
 /// Version of CCM smoothing: 200.
 IMGTUNE_API extern const unsigned short g_Smooth_CCM_Ver;
 
@@ -25,10 +31,11 @@ IMGTUNE_API extern const unsigned short g_Smooth_CCM_Ver;
 /// @param u4TemporalIdx ring entry that receives the average (0 or 1, then flipped); a larger
 ///                     index leaves the ring's values and the index as they are
 /// @param u4Coef       three weights: new matrix, ring entry 0, ring entry 1; a zero sum gives the
-///                     identity; (1, 0, 0) switches the average off
+///                     identity ahead of the gamut matrix; (1, 0, 0) switches the average off
 ///
-/// i4NumCT is taken as 1 below 1 and as 8 above 8. The blend needs at least 3; with 2 its third
-/// matrix is the row's entry 2, tuned or not.
+/// i4NumCT is taken as 1 below 1 and as 8 above 8. The blend needs at least 3. With 2, a gain
+/// between the two that counts as nearer to the second gives the second matrix, and one nearer to
+/// the first (CT position 1) mixes in the row's entry 2, tuned or not.
 IMGTUNE_API void SmoothCCM(int Fullgain, int i4IntBits, int i4FracBits,
                            ISP_NVRAM_MULTI_CCM_STRUCT& tuning, NSIspTuning::ISP_NVRAM_CCM_T& output,
                            unsigned short& version, NSIspTuning::RAWIspCamInfo const& state,
@@ -41,7 +48,8 @@ IMGTUNE_API void SmoothCCM(int Fullgain, int i4IntBits, int i4FracBits,
 /// the highest tuned gain, green 512. Method 2 writes only the two ratios, each in [0, 1] (coarse:
 /// share of CT position + 1 against position - 1; fine: share of that mix against the position),
 /// and the CT position: -1 at or below the lowest tuned red gain, N + 10 at or above the highest,
-/// else 1..N - 2. Any other method writes and traces nothing.
+/// else 1..N - 2 (with N = 2: 0 or 1). Both ratios are 1 at the positions -1 and 0. Any other
+/// method writes and traces nothing.
 ///
 /// @param numCT N, taken as 1 below 1 and as 8 above 8; positions between the ends need N >= 3
 /// @param lvRow LV row, taken as the nearest of 0..7

@@ -36,7 +36,8 @@ struct ISP_NVRAM_PCA_LUT_T;
 }  // namespace NSIspTuning
 
 /// Tuning record of one slot (0 normal, 1 scene, 2 flash, 3 outdoor; record 3 is never read).
-/// Of the first seven words only bits 0..7 count.
+/// Of the first seven words only bits 0..7 count. The LV curves take the light value modulo 256,
+/// the test of u4LSPMaxLV takes it whole.
 struct ISP_NVRAM_PCA_PARAM_T {
     std::uint32_t u4RatioHighLV;      ///< saturation ratio at high LV, 16 = x1
     std::uint32_t u4RatioMidLV;       ///< saturation ratio at middle LV

@@ -31,8 +31,9 @@ IMGTUNE_API int sign(float x);
 /// The low 32 - n bits of v as a signed number (n modulo 32); n = 19 extends a 13-bit field.
 IMGTUNE_API int sign_extension(int v, int n);
 
-/// x rounded to the nearest integer, halves away from zero, saturated to 32 bits; NaN gives 0.
-/// The magnitude saturates before the sign is applied: minus infinity gives -2147483647.
+/// |x| + 0.5 truncated, with the sign of x: the nearest integer, halves away from zero, where that
+/// sum is exact. It is taken in single precision: 0.49999997 gives 1, 8388609 gives 8388610. NaN
+/// gives 0. The magnitude saturates before the sign is applied: minus infinity gives -2147483647.
 IMGTUNE_API int round_stats(float x);
 
 /// v limited to lo..hi; the upper bound is tested first, so with lo > hi a v above hi gives hi.
@@ -52,8 +53,8 @@ IMGTUNE_API float cbrt_stats(float R);
 IMGTUNE_API void sort3(float* v);
 
 /// v = unit vector spanning the null space of M, found from the largest cross product of two rows.
-/// When every such product is shorter than 1e-5, as for rank 1 or entries below some 3e-3, v is
-/// (M[3], -M[0], 0) scaled to unit length: NaN when both are 0.
+/// When that is shorter than 1e-5, as for rank 1 or entries below some 3e-3, v is (M[3], -M[0], 0)
+/// scaled to unit length: NaN when both are 0.
 IMGTUNE_API void find_eigenvector(float* M, float* v);
 
 /// out = transpose(P) diag(1 / sqrt(w)) Q, a singular value of 1e-5 or less inverting to 0.
