@@ -40,10 +40,10 @@ IMGTUNE_API extern const unsigned short g_Smooth_Color_Ver;
 ///
 /// - debug.smooth_color.lock: 1 keeps all blocks of the working image as they are; words 0..3 are
 ///   still refreshed
-/// - debug.smooth_color.enable: 1 writes the lowest bits of debug.smooth_color.bypass.yeng, .heng
-///   and .seng into bits 2 (luma), 4 (hue) and 3 (saturation) of word 0, and that of
-///   debug.smooth_color.bypass.cm into bit 0 of word 71, where the colour map overwrites it unless
-///   the lock is on
+/// - debug.smooth_color.enable: 1 writes the lowest bits of debug.smooth_color.bypass.yeng,
+///   debug.smooth_color.bypass.heng and debug.smooth_color.bypass.seng into bits 2 (luma), 4 (hue)
+///   and 3 (saturation) of word 0, and that of debug.smooth_color.bypass.cm into bit 0 of word 71,
+///   where the colour map overwrites it unless the lock is on
 ///
 /// debug.smooth_color.dump: nonzero traces the call. Each block function reads its own switch.
 IMGTUNE_API void SmoothCOLOR(int IsCapture, unsigned int u4UpperCT, unsigned int u4LowerCT,
