@@ -9,8 +9,6 @@
 #include <cstdio>
 #include <string_view>
 
-#include "common/platform.h"  // declares the same function
-
 namespace {
 
 constexpr std::size_t kMessageSize = 1024;  // with the terminator, as on the device

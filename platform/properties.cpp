@@ -11,8 +11,6 @@
 #include <mutex>
 #include <string_view>
 
-#include "common/platform.h"  // declares the same function
-
 namespace {
 
 constexpr std::size_t kValueSize = PROPERTY_VALUE_MAX;

@@ -1,3 +1,5 @@
+#include "common/platform.h"  // the library's own declarations, which must agree
+
 #include <android/log.h>
 #include <cutils/properties.h>
 #include <gtest/gtest.h>
