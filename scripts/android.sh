@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the library for Android on 64-bit Arm, optimised, for size and not optimised, checks the
-# files, and runs the tests of the exports and the long mixed run on each of them under qemu-user.
+# files, and runs the tests of the exports and the long mixed run on each of them under qemu-user,
+# with pages of 4 and 16 KiB.
 # The optimised file is left in build/android, stripped, with its symbols beside it.
 #
 # Debian's clang and lld stand in for the NDK's; libc++'s headers are of the same release, the C
@@ -31,9 +32,21 @@ mkdir -p "$work/device"
 aarch64-linux-gnu-g++ -std=c++20 -O1 -Wall -Wextra -Werror -fPIC -shared -Wl,-soname,libc.so \
     tests/android/loader.cpp -o "$work/device/libc.so"
 aarch64-linux-gnu-gcc -shared -Wl,-soname,libm.so -Wl,--no-as-needed -lm -o "$work/device/libm.so"
-tests=(exports_test matrix_test digest_test)
 cmake --preset aarch64 >/dev/null
-cmake --build --preset aarch64 --target "${tests[@]}"
+cmake --build --preset aarch64 --target exports_test matrix_test digest_test
+
+# run FOLDER TEST PAGE_SIZE: a test with the library of that folder, loaded as on Android.
+run() {
+    local log=$1/$2-$3.log program
+    program=$(find build/aarch64/tests -name "$2" -type f)
+    if ! qemu-aarch64 -p "$3" -L /usr/aarch64-linux-gnu -E "LD_PRELOAD=$work/device/libc.so" \
+        -E "LD_LIBRARY_PATH=$1:$work/device:build/aarch64/platform" "$program" >"$log" 2>&1 ||
+        ! grep -q '^loaded as on Android' "$log"; then
+        cat "$log"
+        echo "android: $2 fails on $1 with pages of $3 bytes" >&2
+        exit 1
+    fi
+}
 
 for build in Release MinSizeRel Debug; do
     folder=$work/$build
@@ -50,17 +63,8 @@ for build in Release MinSizeRel Debug; do
         [ "$size" -le $((96 * 1024)) ] || { echo "android: $size bytes, at most 96 KiB" >&2; exit 1; }
         cp "$folder/stripped/$name" "$folder/stripped/$name.debug" "$work/"
     fi
-    for test in "${tests[@]}"; do
-        log=$folder/$test.log
-        program=$(find build/aarch64/tests -name "$test" -type f)
-        if ! qemu-aarch64 -L /usr/aarch64-linux-gnu -E "LD_PRELOAD=$work/device/libc.so" \
-            -E "LD_LIBRARY_PATH=$folder/stripped:$work/device:build/aarch64/platform" "$program" >"$log" 2>&1 ||
-            ! grep -q '^loaded as on Android' "$log"; then
-            cat "$log"
-            echo "android: $test fails on the $build file" >&2
-            exit 1
-        fi
-    done
-    echo "android: $build, $size bytes:" \
-        "$(cat "$folder"/*_test.log | grep -c '^\[       OK') tests pass"
+    run "$folder/stripped" exports_test 4096
+    for test in exports_test matrix_test digest_test; do run "$folder/stripped" "$test" 16384; done
+    echo "android: $build, $size bytes: $(cat "$folder"/stripped/*-16384.log |
+        grep -c '^\[       OK') tests pass"
 done

@@ -3,7 +3,7 @@
 # Or unpacks one beside the system, into a folder: scripts/setup.sh --unpack FOLDER PACKAGE
 set -euo pipefail
 sudo=
-as_root() {
+update_lists() {  # update_lists PACKAGE...: what they are needed for
     if [ "$(id -u)" -ne 0 ]; then
         command -v sudo >/dev/null || { echo "setup: neither root nor sudo; install: $*" >&2; exit 2; }
         sudo=sudo
@@ -15,12 +15,13 @@ if [ "${1:-}" = --unpack ]; then
     folder=$2 package=$3
     [ -d "$folder" ] && exit 0
     echo "unpacking: $package" >&2
-    archive=$(mktemp -d)
-    trap 'rm -rf "$archive"' EXIT
-    chmod 755 "$archive"
-    fetch() { (cd "$archive" && apt-get download -qq "$package" 2>/dev/null); }
-    fetch || { as_root "$package"; fetch; }
-    dpkg -x "$archive"/*.deb "$folder"
+    part=$folder.part
+    rm -rf "$part"
+    mkdir -p "$part"
+    fetch() { (cd "$part" && apt-get download -qq "$package"); }
+    fetch 2>/dev/null || { update_lists "$package"; fetch; }
+    dpkg -x "$part"/*.deb "$part"
+    mv "$part" "$folder"
     exit 0
 fi
 
@@ -30,5 +31,5 @@ for package in "$@"; do
 done
 [ ${#missing[@]} -eq 0 ] && exit 0
 echo "installing: ${missing[*]}" >&2
-as_root "${missing[@]}"
+update_lists "${missing[@]}"
 $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

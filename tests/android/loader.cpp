@@ -66,9 +66,11 @@ int prepare(dl_phdr_info* file, std::size_t, void* found) {
         }
     }
     if (relocations == 0 || read_only == nullptr) fail("it has no packed relocations or no RELRO");
+    // Whole pages: a last one that is partly read-only is so altogether.
     const auto page = static_cast<ElfW(Addr)>(getpagesize());
     const ElfW(Addr) begin = (base + read_only->p_vaddr) / page * page;
-    const ElfW(Addr) end = (base + read_only->p_vaddr + read_only->p_memsz) / page * page;
+    const ElfW(Addr) end =
+        (base + read_only->p_vaddr + read_only->p_memsz + page - 1) / page * page;
     auto* const pages = reinterpret_cast<void*>(begin);
     if (mprotect(pages, end - begin, PROT_READ | PROT_WRITE) != 0) fail("mprotect fails");
     relocate(base, reinterpret_cast<const ElfW(Addr)*>(relocations), size / sizeof(ElfW(Addr)));
