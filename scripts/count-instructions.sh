@@ -27,7 +27,7 @@ if [ "${1:-}" = --renew ]; then
 fi
 printf '%s\n' "$counts" | join - bench/instructions.txt | awk '
     { change = 100 * ($2 - $3) / $3
-      printf "%-32s %6d  recorded %6d  %+5.1f %%%s\n", $1, $2, $3, change, change > 4 ? "  TOO MANY" : ""
+      printf "%-32s %6d  recorded %6d  %+5.1f %%%s\n", $1, $2, $3, change, (change > 4 ? "  TOO MANY" : "")
       if (change > 4) bad = 1
       ++n }
     END { if (n == 0 || bad) exit 1 }'
