@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/summary_text.h"
 #include "cli/verbs.h"
 #include "workbench/camera/camera.h"
 #include "workbench/camera/trace_capture.h"
@@ -17,6 +18,7 @@
 #include "workbench/files/output_file.h"
 #include "workbench/files/row_writer.h"
 #include "workbench/files/tuning_files.h"
+#include "workbench/json/summary.h"
 #include "workbench/studies/summary.h"
 #include "workbench/text/bad_input.h"
 
@@ -33,7 +35,7 @@ struct Options {
     std::uint64_t every = 1;
     bool summary = false;
     bool json = false;
-    double frames_per_second = 30.0;
+    SummaryOptions summary_options;
 };
 
 /// How far a long run has come, on standard error when that is a terminal.
@@ -109,7 +111,7 @@ int run(const Options& options) {
         writer.emplace(*output, tuning.caller, jobs);
         writer->write_header();
     }
-    if (options.summary) summary.emplace(tuning, jobs, options.frames_per_second);
+    if (options.summary) summary.emplace(camera, options.summary_options);
 
     Progress progress(log);
     Frame frame;
@@ -117,7 +119,7 @@ int run(const Options& options) {
         camera.run(frame);
         if (writer && (number - 1) % options.every == 0)
             writer->write(number, frame, camera.registers());
-        if (summary) summary->add(number, frame, camera.registers());
+        if (summary) summary->add(number, frame, camera);
         progress.show(number);
     }
     if (writer) {
@@ -125,8 +127,9 @@ int run(const Options& options) {
         output->commit();
     }
     if (summary) {
-        summary->finish();
-        const std::string text = options.json ? summary->json().dump(2) + "\n" : summary->text();
+        const SummaryRecord record = summary->finish();
+        const std::string text =
+            options.json ? to_json(record).dump(2) + "\n" : summary_text(record);
         if (options.output == "-") {
             std::fputs(text.c_str(), stderr);  // the rows have standard output
         } else {
@@ -156,9 +159,16 @@ void add_replay(CLI::App& app, Context& context) {
     CLI::Option* summary = verb->add_flag("--summary", options->summary,
                                           "tell how the registers move: settling, steps, clipped "
                                           "gains, overshoot, flicker");
-    verb->add_option("--fps", options->frames_per_second, "frames per second of the log")
+    verb->add_option("--fps", options->summary_options.frames_per_second,
+                     "frames per second of the log")
         ->capture_default_str()
         ->check(CLI::PositiveNumber)
+        ->needs(summary);
+    verb->add_option("--noise", options->summary_options.noise_percent,
+                     "noise that is no change of light: percent of gains and CT, tenths of an EV "
+                     "of the light value")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, 50.0))
         ->needs(summary);
     verb->add_flag("--json", options->json, "the summary as JSON")->needs(summary);
     verb->footer(

@@ -5,24 +5,22 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <locale>
-#include <nlohmann/json.hpp>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "ccm/codec.h"
 #include "cli/verbs.h"
+#include "tests/workbench/sample_tuning.h"
 #include "workbench/camera/camera.h"
 #include "workbench/files/file_source.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/row_writer.h"
 #include "workbench/files/tuning_files.h"
-#include "workbench/studies/explanation.h"
-#include "workbench/studies/summary.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/tuning/fields.h"
 #include "workbench/tuning/yaml_io.h"
@@ -84,39 +82,6 @@ class Replay : public testing::Test {
   private:
     fs::path folder_;
 };
-
-/// Two tuned CTs that matter (2500 K = 400 mired, 5000 K = 200 mired) and plain images.
-Tuning make_tuning() {
-    Tuning tuning;
-    tuning.has_ccm = tuning.has_color = true;
-    tuning.caller.ct_grid = {2500, 5000, 6000, 7000, 8000};
-    tuning.ccm.i4Method = 2;
-    tuning.ccm.i4NumCT = 4;
-    tuning.ccm.i4NumLV = 2;
-    for (int row = 0; row < 8; ++row) {
-        for (int ct = 0; ct < 4; ++ct) {
-            tuning.ccm.rCTAWBGain[row][ct] = {600 + 200 * ct, 512, 1400 - 200 * ct};
-            CoefficientCodec(3, 9).encode(
-                {{700, -100 - 20 * ct, -88 + 20 * ct, -100, 700, -88, 0, -300, 812}},
-                tuning.ccm.rCCM_Nvram[row][ct]);
-        }
-    }
-    for (auto& record : tuning.pca) {
-        record.u4RatioHighLV = record.u4RatioMidLV = record.u4RatioLowLV = 16;
-        record.lum_speed = record.hue_speed = record.sat_speed = 10;
-    }
-    for (auto& image : tuning.color[0]) image.u4Word[6] = 100;  // Luma.PY[0]
-    for (auto& image : tuning.color[1]) image.u4Word[6] = 160;
-    return tuning;
-}
-
-Frame make_frame(std::uint32_t lv, std::uint32_t cct, AWB_GAIN_T gain) {
-    Frame frame;
-    frame.state.u4RealLV = lv;
-    frame.state.u4CCT = cct;
-    frame.state.rAWBGain = frame.state.rAWBFullGain = gain;
-    return frame;
-}
 
 std::vector<Frame> make_walk(std::size_t count) {
     std::vector<Frame> frames;
@@ -408,134 +373,6 @@ TEST_F(Replay, FailingRunHarmsNoOutput) {
     EXPECT_EQ(content("rows.csv").find(",100,"), std::string::npos);
     EXPECT_EQ(replay("short.csv", {"--set", "debug.smooth_color.lock=0", "--only", "color"}), "");
     EXPECT_NE(content("rows.csv").find(",100,"), std::string::npos);
-}
-
-/// Feeds a summary with hand-made values of c1, one a frame, under light that changes with `light`.
-struct Motion {
-    std::uint32_t light;
-    std::int32_t c1;
-};
-
-FieldMotion find_motion(const Summary& summary, const std::string& name) {
-    for (const FieldMotion& motion : summary.motions()) {
-        if (motion.name == name) return motion;
-    }
-    return {};
-}
-
-TEST(SummaryOfLog, TellsSettlingStepsOvershootAndFlicker) {
-    const Motion log[] = {
-        {100, 0},  {100, 0},                                    // 1, 2
-        {101, 5},  {102, 10},                                   // 3, 4: the light moves
-        {102, 30}, {102, 24}, {102, 20}, {102, 20}, {102, 20},  // 5..9: beyond, and back
-        {103, 20}, {103, 25}, {103, 20}, {103, 25},             // 10..13: never settles
-    };
-    const Tuning tuning = make_tuning();
-    Summary summary(tuning, {true, false}, 26.0);
-    std::uint64_t number = 0;
-    for (const Motion& frame : log) {
-        Registers registers;
-        CoefficientCodec(3, 9).encode({{512 - frame.c1, frame.c1}}, registers.ccm);
-        // A red gain below the tuned range of 600..1200 in the first three frames only.
-        ++number;
-        summary.add(number, make_frame(frame.light, 4000, {number <= 3 ? 599 : 800, 512, 1200}),
-                    registers);
-    }
-    summary.finish();
-    EXPECT_EQ(summary.frames(), 13U);
-    EXPECT_EQ(summary.clipped_frames(), 3U);
-
-    const auto& changes = summary.changes();
-    ASSERT_EQ(changes.size(), 3U);
-    const struct {
-        std::uint64_t first, last, held;
-        std::optional<std::uint64_t> settled_after;
-    } expected[] = {{1, 1, 1, 0}, {3, 4, 5, 3}, {10, 10, 3, std::nullopt}};
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(changes[i].first, expected[i].first);
-        EXPECT_EQ(changes[i].last, expected[i].last);
-        EXPECT_EQ(changes[i].held, expected[i].held);
-        EXPECT_EQ(changes[i].settled_after[0], expected[i].settled_after);
-    }
-    const FieldMotion c1 = find_motion(summary, "c1");
-    EXPECT_EQ(c1.largest_step, 20);
-    EXPECT_EQ(c1.step_frame, 5U);
-    EXPECT_EQ(c1.overshoot, 10);
-    EXPECT_EQ(c1.overshoot_frame, 4U);
-    // Up, up, up, down, down, up, down, up.
-    EXPECT_EQ(c1.sign_changes, 4U);
-    EXPECT_EQ(c1.steady_sign_changes, 4U);
-    EXPECT_DOUBLE_EQ(summary.per_second(c1.sign_changes), 8.0);
-    EXPECT_EQ(find_motion(summary, "c2").largest_step, 0);
-    EXPECT_EQ(summary.json()["settle"]["ccm"]["still_moving"], 1);
-    EXPECT_NE(summary.text().find("still moving after 1"), std::string::npos);
-}
-
-TEST(SummaryOfLog, CountsTheTunedStepsOfTheColourImage) {
-    const Tuning tuning = make_tuning();
-    Camera camera(tuning, {});
-    Summary summary(tuning, {}, 30.0);
-    Frame frame = make_frame(100, 4000, {800, 512, 1200});
-    for (std::uint64_t number = 1; number <= 40; ++number) {
-        // From 100 to 160 in steps of 10 at frame 20; then the scene flips every frame.
-        frame.state.u4SceneFlag = number >= 20 && (number <= 30 || number % 2 == 0) ? 1 : 0;
-        camera.run(frame);
-        summary.add(number, frame, camera.registers());
-    }
-    summary.finish();
-    ASSERT_EQ(summary.changes().size(), 3U);
-    EXPECT_EQ(summary.changes()[1].settled_after[1], 5U);
-    EXPECT_FALSE(summary.changes()[2].settled_after[1].has_value());
-    const FieldMotion luma = find_motion(summary, "Luma.PY[0]");
-    EXPECT_EQ(luma.largest_step, 10);
-    EXPECT_EQ(luma.step_frame, 20U);
-    EXPECT_EQ(luma.overshoot, 0);
-    EXPECT_EQ(luma.sign_changes, 10U);
-    EXPECT_EQ(luma.steady_sign_changes, 0U);
-}
-
-TEST(Explain, TellsClippedClampedAndWrappedValues) {
-    Tuning tuning = make_tuning();
-    tuning.pca[0].u4RatioMidLV = 255;
-    tuning.pca[0].u4RatioLV_Th2 = 200;
-    // S: 100 * 255 / 16 = 1593 needs 11 bits. SG1: knots 4 and 3 average to 3, levels 400 and 300
-    // to 350, and 350 / 3 = 116 is above both gains.
-    for (auto& image : tuning.color[0]) {
-        image.u4Word[5] = 100;
-        image.u4Word[19] = 100;
-        image.u4Word[34] = 3;
-    }
-    tuning.color[0][1].u4Word[34] = 4;
-    Frame frame = make_frame(30, 3333, {500, 512, 1300});  // 300 mired
-    frame.capture = 1;
-    Camera camera = settled_camera(tuning, {}, frame);
-    const Story story = explain_frame(camera, frame);
-    const auto json = nlohmann::json::parse(story.json_text());
-
-    EXPECT_NE(story.text().find("600, 512, 1300  (clipped to the low end"), std::string::npos)
-        << story.text();
-    EXPECT_EQ(json["ccm"]["clipped_gain"], nlohmann::json({600, 512, 1300}));
-    EXPECT_EQ(json["ccm"]["ct_position"], -1);
-    EXPECT_EQ(json["ccm"]["low_light_weight"], 0.666667);
-    EXPECT_EQ(json["ccm"]["written"],
-              nlohmann::json({700, -100, -88, -100, 700, -88, 0, -300, 812}));
-    EXPECT_EQ(json["color"]["mired"]["upper_share"], 0.5);
-    EXPECT_EQ(json["color"]["Global.S"]["Out"], 1593);
-    EXPECT_EQ(json["color"]["wrapped"],
-              nlohmann::json(
-                  {"Global.S 1593 became 569", "Global.S target 1593 needs more than 10 bits"}));
-    EXPECT_EQ(json["color"]["clamped"], nlohmann::json({"Saturation.SG1[0] 116 to 100"}));
-    EXPECT_EQ(json["registers"]["color"][6], "0x00000064");
-    EXPECT_NE(story.text().find("0x00000239  Global.S 569"), std::string::npos);
-}
-
-TEST(Explain, LeavesNoTraceSwitchOn) {
-    const Frame frame = make_frame(30, 3333, {700, 512, 1300});
-    Camera camera = settled_camera(make_tuning(), {}, frame);
-    explain_frame(camera, frame);
-    testing::internal::CaptureStderr();
-    camera.run(frame);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace

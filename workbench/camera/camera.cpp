@@ -1,6 +1,8 @@
 #include "workbench/camera/camera.h"
 
 #include <algorithm>
+#include <cstring>
+#include <type_traits>
 
 #include "ccm/codec.h"
 
@@ -8,7 +10,8 @@ namespace imgtune::workbench {
 
 CtGrid::CtGrid(const std::array<std::uint32_t, 5>& kelvin) {
     std::array<std::size_t, 5> order{0, 1, 2, 3, 4};
-    std::ranges::stable_sort(order, {}, [&](std::size_t i) { return kelvin[i]; });
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return kelvin[a] < kelvin[b]; });
     for (std::size_t i = 0; i < order.size(); ++i) {
         kelvin_[i] = kelvin[order[i]];
         ct_index_[i] = static_cast<NSIspTuning::EIndex_PCA_LUT_CT>(order[i]);
@@ -16,11 +19,16 @@ CtGrid::CtGrid(const std::array<std::uint32_t, 5>& kelvin) {
 }
 
 CtBracket CtGrid::bracket(std::uint32_t cct) const {
-    const auto above = std::ranges::upper_bound(kelvin_, cct);
+    const auto above = std::upper_bound(kelvin_.begin(), kelvin_.end(), cct);
     const auto last = kelvin_.size() - 1;
     const auto upper = std::min(static_cast<std::size_t>(above - kelvin_.begin()), last);
     const auto lower = above == kelvin_.end() ? last : (upper == 0 ? 0 : upper - 1);
     return {kelvin_[upper], kelvin_[lower], ct_index_[upper], ct_index_[lower]};
+}
+
+bool operator==(const CameraState& a, const CameraState& b) {
+    static_assert(std::has_unique_object_representations_v<CameraState>);
+    return std::memcmp(&a, &b, sizeof(a)) == 0;
 }
 
 Camera::Camera(const Tuning& tuning, Jobs jobs)
@@ -29,7 +37,7 @@ Camera::Camera(const Tuning& tuning, Jobs jobs)
 }
 
 void Camera::set_weights(const std::array<std::uint32_t, 3>& weights) {
-    std::ranges::copy(weights, weights_.begin());
+    std::copy(weights.begin(), weights.end(), weights_.begin());
 }
 
 void Camera::run(const Frame& frame) {
@@ -37,13 +45,20 @@ void Camera::run(const Frame& frame) {
     if (jobs_.ccm) {
         const CallerSettings& caller = tuning_.caller;
         SmoothCCM(caller.full_gain, caller.int_bits, caller.frac_bits, tuning_.ccm, registers_.ccm,
-                  version, frame.state, ring_.data(), ring_index_, weights_.data());
+                  version, frame.state, state_.ring.data(), state_.ring_index, weights_.data());
     }
     if (jobs_.color) {
         const CtBracket ct = grid_.bracket(frame.state.u4CCT);
         SmoothCOLOR(frame.capture, ct.upper_kelvin, ct.lower_kelvin, ct.upper, ct.lower,
-                    tuning_.color, tuning_.pca, frame.state, registers_.color, version, boot_,
-                    working_);
+                    tuning_.color, tuning_.pca, frame.state, registers_.color, version, state_.boot,
+                    state_.working);
+    }
+}
+
+void replay(Camera& camera, std::span<const Frame> frames, std::span<Registers> registers) {
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        camera.run(frames[i]);
+        registers[i] = camera.registers();
     }
 }
 

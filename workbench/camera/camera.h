@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "workbench/frames/frame_log.h"
 #include "workbench/tuning/tuning.h"
@@ -45,14 +46,28 @@ struct Registers {
     NSIspTuning::ISP_NVRAM_COLOR_T color{};
 };
 
-/// The camera stack's part: holds the temporal state (ring, index, working image, boot flag) and
-/// calls the two entry points of the library, frame after frame. Starts as after power-on: ring
-/// and images zeroed, boot flag 1.
+/// What a camera carries from one frame to the next, as after power-on.
+struct CameraState {
+    std::array<NSIspTuning::ISP_NVRAM_CCM_T, 2> ring{};
+    std::uint32_t ring_index = 0;  ///< ring entry that the next frame fills
+    NSIspTuning::ISP_NVRAM_COLOR_T working{};
+    std::int32_t boot = 1;  ///< 1: the next frame takes its colour targets at once
+
+    friend bool operator==(const CameraState& a, const CameraState& b);
+};
+
+/// The camera stack's part: holds the temporal state and calls the two entry points of the library,
+/// frame after frame.
 class Camera {
   public:
     Camera(const Tuning& tuning, Jobs jobs);
 
     void run(const Frame& frame);
+
+    /// Goes on from another camera's state, or from the start: {}. The registers stay those of the
+    /// frame run last.
+    void set_state(const CameraState& state) { state_ = state; }
+    const CameraState& state() const { return state_; }
 
     /// Replaces the tuned weights of the matrix average; {1, 0, 0} switches it off.
     void set_weights(const std::array<std::uint32_t, 3>& weights);
@@ -70,11 +85,12 @@ class Camera {
     Jobs jobs_;
     std::array<unsigned int, 3> weights_{};
     Registers registers_;
-    std::array<NSIspTuning::ISP_NVRAM_CCM_T, 2> ring_{};
-    unsigned int ring_index_ = 0;
-    NSIspTuning::ISP_NVRAM_COLOR_T working_{};
-    int boot_ = 1;
+    CameraState state_;
 };
+
+/// Runs frame after frame; registers[i] receives what the library makes of frames[i]. Both have the
+/// same size.
+void replay(Camera& camera, std::span<const Frame> frames, std::span<Registers> registers);
 
 /// The nine coefficients of a register image with the tuning's codec.
 std::array<std::int32_t, 9> decode(const NSIspTuning::ISP_NVRAM_CCM_T& image,

@@ -32,12 +32,15 @@ AWB_GAIN_T mix(const AWB_GAIN_T& a, const AWB_GAIN_T& b, double share_of_b) {
 }  // namespace
 
 Locus::Locus(std::vector<Point> points) : points_(std::move(points)) {
-    std::ranges::stable_sort(points_, {}, &Point::mired);
+    std::stable_sort(points_.begin(), points_.end(),
+                     [](const Point& a, const Point& b) { return a.mired < b.mired; });
 }
 
 AWB_GAIN_T Locus::at(std::uint32_t kelvin) const {
     const double mired = to_mired(kelvin);
-    const auto above = std::ranges::lower_bound(points_, mired, {}, &Point::mired);
+    const auto above =
+        std::lower_bound(points_.begin(), points_.end(), mired,
+                         [](const Point& point, double to) { return point.mired < to; });
     if (above == points_.begin()) return points_.front().gain;
     if (above == points_.end()) return points_.back().gain;
     const Point& a = *(above - 1);
@@ -46,7 +49,7 @@ AWB_GAIN_T Locus::at(std::uint32_t kelvin) const {
 
 Locus tuned_locus(const Tuning& tuning) {
     auto grid = tuning.caller.ct_grid;
-    std::ranges::sort(grid);
+    std::sort(grid.begin(), grid.end());
     const auto count = static_cast<std::size_t>(std::clamp(tuning.ccm.i4NumCT, 1, 8));
     const double last = static_cast<double>(grid.size() - 1);
     std::vector<Locus::Point> points;

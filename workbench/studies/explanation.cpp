@@ -12,6 +12,7 @@
 
 #include "ccm/codec.h"
 #include "workbench/camera/trace_capture.h"
+#include "workbench/studies/resting.h"
 #include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {
@@ -531,9 +532,7 @@ void tell_registers(Story& story, const Camera& camera) {
 
 Camera settled_camera(const Tuning& tuning, Jobs jobs, const Frame& frame) {
     Camera camera(tuning, jobs);
-    camera.set_weights(kNoAverage);
-    for (int ring_entry = 0; ring_entry < 2; ++ring_entry) camera.run(frame);
-    camera.set_weights(tuning.caller.weights);
+    run_to_rest(camera, frame);
     return camera;
 }
 

@@ -3,88 +3,115 @@
 
 #include <array>
 #include <cstdint>
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "workbench/camera/camera.h"
 #include "workbench/frames/frame_log.h"
+#include "workbench/studies/clipping.h"
+#include "workbench/studies/field_motion.h"
+#include "workbench/studies/light_watch.h"
+#include "workbench/studies/settling.h"
 
 namespace imgtune::workbench {
 
+struct SummaryOptions {
+    double frames_per_second = 30.0;
+    /// Noise that is no change of light: percent of gains and colour temperature, tenths of an EV
+    /// of the light value.
+    double noise_percent = 5.0;
+};
+
 /// One change of light: the frames in which it moves, and how the picture follows it.
 struct LightChange {
-    std::uint64_t first = 0;  ///< frame numbers, from 1; the first frame of a log is a change
+    std::uint64_t first = 0;  ///< frame numbers, from 1
     std::uint64_t last = 0;
-    std::uint64_t held = 0;  ///< frames of steady light after it
-    /// Frames from the last one of the change to the last in which a register moved; none: it was
-    /// still moving when the light changed again or the log ended. Matrix and colour.
-    std::array<std::optional<std::uint64_t>, 2> settled_after;
+    std::uint64_t held = 0;               ///< frames of steady light after it
+    std::array<JobSettling, 2> settling;  ///< matrix, colour
 };
 
-/// How one field moved over a log.
-struct FieldMotion {
-    std::string name;
-    std::int64_t largest_step = 0;          ///< between neighbouring frames, without sign
-    std::uint64_t step_frame = 0;           ///< the later of the two
-    std::int64_t overshoot = 0;             ///< beyond the value on which it settled
-    std::uint64_t overshoot_frame = 0;      ///< last frame of the change of light before it
-    std::uint64_t sign_changes = 0;         ///< of its steps
-    std::uint64_t steady_sign_changes = 0;  ///< of these, with the light unchanged
+/// One job over all changes of light after the start.
+struct SettlingTotals {
+    std::uint64_t settled = 0;
+    std::uint64_t moving = 0;
+    std::uint64_t never_rests = 0;
+    std::uint64_t not_measured = 0;              ///< held for no frame
+    std::optional<std::uint64_t> median_frames;  ///< over those that settled; none: none did
+    std::optional<std::uint64_t> most_frames;
+    FrameSpan slowest;  ///< the change that took so long
 };
 
-/// What a log of frames did to the registers, gathered frame by frame in constant memory.
+/// Frames with the gain beyond one end of the tuned range.
+struct ClippedSpan {
+    FrameSpan frames;
+    Clipping end = Clipping::none;
+};
+
+/// Frames, less than half a second apart, in which fields changed direction in steady light.
+struct FlickerSpan {
+    FrameSpan frames;
+    std::uint64_t turns = 0;  ///< frames of it in which one did
+};
+
+/// What a log of frames did to the registers. Lists keep their first thousand entries.
+struct SummaryRecord {
+    std::uint64_t frames = 0;
+    double frames_per_second = 30.0;
+    double noise_percent = 0.0;
+    std::uint64_t hold_frames = 0;  ///< shorter holds belong to the change before them
+    Jobs jobs;
+
+    std::uint64_t cold_start_frames = 0;  ///< from power-on to rest in the first frame's light
+    std::optional<LightChange> cold_start;
+
+    std::uint64_t change_count = 0;  ///< after the start
+    std::vector<LightChange> changes;
+    std::array<SettlingTotals, 2> settling;  ///< matrix, colour
+
+    std::vector<FieldMotion> fields;  ///< all of them; the cold start is left out
+
+    std::uint64_t clipped_frames = 0;
+    std::uint64_t clipped_span_count = 0;
+    std::vector<ClippedSpan> clipped;
+    std::uint64_t flicker_span_count = 0;
+    std::vector<FlickerSpan> flicker;
+};
+
+/// How often a second, over the whole log.
+double per_second(const SummaryRecord& record, std::uint64_t count);
+
+/// Fields that moved by the size of their largest step, or that changed direction by how often.
+enum class Restlessness { step, flicker };
+std::vector<FieldMotion> restless_fields(const SummaryRecord& record, Restlessness by);
+
+/// Gathers the record of a log frame by frame, in memory that does not grow with it.
 class Summary {
   public:
-    Summary(const Tuning& tuning, Jobs jobs, double frames_per_second);
+    /// `camera` as before the first frame.
+    Summary(const Camera& camera, const SummaryOptions& options);
 
-    /// The next frame and what the library made of it.
-    void add(std::uint64_t number, const Frame& frame, const Registers& registers);
+    /// The camera has run this frame.
+    void add(std::uint64_t number, const Frame& frame, const Camera& camera);
 
     /// After the last frame.
-    void finish();
-
-    std::string text() const;
-    nlohmann::json json() const;
-
-    std::uint64_t frames() const { return frames_; }
-    std::uint64_t clipped_frames() const { return clipped_; }
-    const std::vector<LightChange>& changes() const { return changes_; }  ///< the first thousand
-    const std::vector<FieldMotion>& motions() const { return motions_; }
-    double per_second(std::uint64_t count) const;
+    SummaryRecord finish();
 
   private:
-    void note_motion(std::size_t begin, std::size_t end, bool first);
-    void close_change();
-    bool is_clipped(const Frame& frame);
-    std::uint64_t median_settle_frames(std::size_t job) const;
-    std::vector<const FieldMotion*> moved_fields(bool by_flicker) const;
+    void note_clipping(std::uint64_t number, const Frame& frame);
+    void note_turn(std::uint64_t number);
+    void close_change(const LightWatch& hold);
+    void count(std::size_t job, const JobSettling& verdict);
 
-    Jobs jobs_;
-    double frames_per_second_;
-    Camera probe_;  ///< asked about clipping; keeps no state that matters
-    std::uint64_t frames_ = 0;
-    std::uint64_t number_ = 0;
-    std::uint64_t clipped_ = 0;
-    std::uint64_t first_clipped_ = 0;
-    Frame last_frame_{};
-    bool last_clipped_ = false;
-    NSIspTuning::ISP_NVRAM_CCM_T last_ccm_{};
-    NSIspTuning::ISP_NVRAM_COLOR_T last_color_{};
-
-    LightChange change_{};
-    std::array<std::uint64_t, 2> last_motion_{};  ///< frames after the change; matrix and colour
-    std::vector<LightChange> changes_;
-    std::uint64_t change_count_ = 0;
-    std::array<std::uint64_t, 2> unsettled_{};
+    Camera probe_;
+    LightWatch watch_;
+    FieldMotions motions_;
+    HoldJudge judge_;
+    SummaryRecord record_;
+    bool in_cold_start_ = true;  ///< the change being gathered is the first
+    Clipping last_clipping_ = Clipping::none;
+    std::uint64_t last_turn_ = 0;
+    LightChange change_;
     std::array<std::vector<std::uint64_t>, 2> settle_counts_;  ///< changes by frames to settle
-    std::array<LightChange, 2> slowest_{};
-
-    std::vector<FieldMotion> motions_;
-    std::vector<std::int64_t> now_;  ///< per field: this frame's value
-    std::vector<std::int64_t> value_, start_, low_, high_;
-    std::vector<std::int8_t> direction_;
 };
 
 }  // namespace imgtune::workbench

@@ -1,0 +1,310 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "cli/summary_text.h"
+#include "tests/workbench/sample_tuning.h"
+#include "workbench/camera/trace_capture.h"
+#include "workbench/files/tuning_files.h"
+#include "workbench/json/summary.h"
+#include "workbench/studies/clipping.h"
+#include "workbench/studies/explanation.h"
+#include "workbench/studies/light_watch.h"
+#include "workbench/studies/resting.h"
+#include "workbench/studies/stall.h"
+#include "workbench/studies/summary.h"
+
+namespace imgtune::workbench {
+namespace {
+
+// ---- where the registers rest
+
+Tuning imx708(const std::array<std::uint32_t, 3>& weights) {
+    Tuning tuning = require_tuning(std::string(IMGTUNE_EXAMPLES) + "/imx708-blend.yaml");
+    tuning.caller.weights = weights;
+    return tuning;
+}
+
+const Frame kShade = make_frame(100, 4640, {991, 512, 945});
+const Frame kLamp = make_frame(100, 2800, {640, 512, 1650});
+
+TEST(Resting, IsWhereTheTruncatingAverageStops) {
+    const struct {
+        std::array<std::uint32_t, 3> weights;
+        bool after_lamp;
+        std::int64_t c0, c1;
+        std::uint64_t frames;
+    } cases[] = {
+        {{1, 0, 0}, false, 795, -185, 1},
+        {{2, 1, 1}, false, 793, -184, 14},
+        {{1, 9, 9}, false, 759, -167, 95},
+        {{1, 9, 9}, true, 795, -185, 89},  // truncation helps on the way to 0
+        {{1, 500, 499}, false, 512, 0, 1},
+    };
+    for (const auto& c : cases) {
+        Camera camera(imx708(c.weights), {true, false});
+        if (c.after_lamp) run_to_rest(camera, kLamp);
+        const RestingStudy study = study_resting(camera, kShade);
+        EXPECT_TRUE(study.rest.ccm.still);
+        EXPECT_EQ(study.ccm[0].name, "c0");
+        EXPECT_EQ(study.ccm[0].target, 795);
+        EXPECT_EQ(study.ccm[0].resting, c.c0) << c.weights[1];
+        EXPECT_EQ(study.ccm[0].short_by, 795 - c.c0);
+        EXPECT_EQ(study.ccm[1].target, -185);
+        EXPECT_EQ(study.ccm[1].resting, c.c1) << c.weights[1];
+        EXPECT_EQ(study.rest.ccm.frames, c.frames) << c.weights[1];
+        EXPECT_TRUE(study.color.empty());
+
+        // The state at rest goes on as it is.
+        camera.set_state(study.state);
+        camera.run(kShade);
+        EXPECT_EQ(decode(camera.ccm(), camera.tuning().caller)[0], c.c0);
+    }
+}
+
+TEST(Resting, ColourReachesItsTargetAndWhatCannotIsNamed) {
+    Camera camera(make_tuning(), {});
+    Frame frame = make_frame(100, 2500, {600, 512, 1400});
+    run_to_rest(camera, frame);
+    frame.state.u4SceneFlag = 1;  // Luma.PY[0] from 100 to 160 in steps of 10
+    const Rest rest = run_to_rest(camera, frame);
+    EXPECT_TRUE(rest.color.still);
+    EXPECT_EQ(rest.color.frames, 6U);
+    EXPECT_EQ(rest.ccm.frames, 1U);
+
+    // A step of 0 never leaves; a target of 1593 does not fit the ten bits of Global.S, whose
+    // value climbs and wraps for ever.
+    Tuning odd = make_tuning();
+    odd.pca[1].lum_speed = 0;
+    odd.pca[1].u4RatioMidLV = 255;
+    odd.pca[1].u4RatioLV_Th2 = 200;
+    for (auto& image : odd.color[1]) image.u4Word[5] = 100;
+    Camera odd_camera(odd, {false, true});
+    odd_camera.run(make_frame(100, 2500, {600, 512, 1400}));
+    const RestingStudy study = study_resting(odd_camera, frame);
+    EXPECT_FALSE(study.rest.color.still);
+    EXPECT_GT(study.rest.period, 2U);
+    ASSERT_EQ(study.color.size(), 2U);
+    EXPECT_EQ(study.color[1].name, "Luma.PY[0]");
+    EXPECT_EQ(study.color[1].short_by, 60);
+}
+
+TEST(Stall, FollowsFromTheWeights) {
+    const struct {
+        std::array<std::uint32_t, 3> weights;
+        std::int32_t stall;
+    } cases[] = {
+        {{1, 0, 0}, 0},    {{2, 1, 1}, 1},   {{4, 1, 1}, 1},       {{1, 1, 1}, 2},
+        {{1, 9, 9}, 18},   {{2, 9, 9}, 9},   {{1, 500, 499}, 999}, {{0, 1, 1}, 4095},
+        {{0, 0, 0}, 4095}, {{100, 0, 0}, 0},
+    };
+    for (const auto& c : cases) EXPECT_EQ(worst_stall(c.weights), c.stall) << c.weights[1];
+}
+
+// ---- what a log shows
+
+/// Gains, one a frame, against how the watch takes them: Begins, moves on, holds.
+TEST(LightWatch, PartsNoiseRampsAndSteps) {
+    const auto told = [](const std::vector<int>& reds, double noise) {
+        LightWatch watch(CallerSettings{}, {true, false}, noise, 3);
+        std::string events;
+        for (const int red : reds) {
+            events += "Bm."[static_cast<int>(watch.next(make_frame(100, 5000, {red, 512, 900})))];
+        }
+        return events;
+    };
+    EXPECT_EQ(told({700, 700, 700, 701, 701, 701, 701}, 0), "B..B...");
+    EXPECT_EQ(told({700, 693, 707, 704, 697, 706, 700}, 2), "B......");
+    EXPECT_EQ(told({700, 693, 707, 704, 740, 735, 742}, 2), "B...B..");
+    // A hold of three frames ends the change, one of two does not; the first hold always does.
+    EXPECT_EQ(told({700, 800, 800, 800, 900, 900, 900, 900, 700}, 1), "BB..m...B");
+    // A slow ramp drifts out of the tolerance again and again, and is one change.
+    std::vector<int> dusk(40, 1000);
+    for (int n = 0; n < 60; ++n) dusk.push_back(1000 - 4 * n);
+    const std::string events = told(dusk, 2);
+    EXPECT_EQ(std::count(events.begin(), events.end(), 'B'), 2) << events;
+    // Flash, scene and capture know no tolerance.
+    LightWatch watch(CallerSettings{}, {}, 50, 1);
+    Frame frame = kShade;
+    watch.next(frame);
+    for (auto* kind : {&frame.state.u4FlashMode, &frame.state.u4SceneFlag, &frame.capture}) {
+        watch.next(frame);
+        watch.next(frame);
+        *kind = 1;
+        EXPECT_EQ(watch.next(frame), LightWatch::Event::begins);
+    }
+}
+
+TEST(FieldMotions, TellStepsOvershootAndFlicker) {
+    // c1: two steps up while the light moves, beyond, back, then a flicker.
+    using Phase = FieldMotions::Phase;
+    FieldMotions motions(CallerSettings{}, {true, false});
+    std::uint64_t number = 0;
+    const auto show = [&](std::initializer_list<std::int32_t> values, Phase phase) {
+        for (const std::int32_t c1 : values) {
+            Registers registers;
+            CoefficientCodec(3, 9).encode({{512 - c1, c1}}, registers.ccm);
+            motions.next(++number, registers, phase);
+        }
+    };
+    show({-90, 0}, Phase::cold_start);
+    show({5}, Phase::light_moves);
+    motions.begin_hold();
+    show({10, 30, 24, 20, 20}, Phase::light_holds);
+    std::vector<RestingBand> rest(9);
+    rest[1] = {19, 21};
+    motions.end_hold(0, rest, 3);
+    show({25, 20, 25}, Phase::light_holds);
+    const FieldMotion& c1 = motions.motions()[1];
+    EXPECT_EQ(c1.largest_step, 20);
+    EXPECT_EQ(c1.step_frame, 5U);
+    EXPECT_EQ(c1.overshoot, 9);
+    EXPECT_EQ(c1.overshoot_frame, 3U);
+    EXPECT_EQ(c1.sign_changes, 4U);  // up, up, up, down, down, up, down, up
+    EXPECT_EQ(c1.steady_sign_changes, 4U);
+    EXPECT_EQ(motions.motions()[2].largest_step, 0);
+}
+
+TEST(Clipping, AgreesWithTheTraces) {
+    Tuning tuning = make_tuning();
+    tuning.ccm.rCTAWBGain[6][0] = {900, 512, 900};
+    const struct {
+        AWB_GAIN_T gain;
+        int flash;
+        Clipping end;
+    } cases[] = {
+        {{600, 512, 1400}, 0, Clipping::none}, {{1200, 512, 800}, 0, Clipping::none},
+        {{599, 512, 1400}, 0, Clipping::low},  {{600, 512, 1401}, 0, Clipping::low},
+        {{1201, 512, 800}, 0, Clipping::high}, {{1200, 512, 799}, 0, Clipping::high},
+        {{1300, 512, 1500}, 0, Clipping::low}, {{850, 512, 1000}, 1, Clipping::low},
+        {{950, 512, 890}, 1, Clipping::none},
+    };
+    for (const auto& c : cases) {
+        Frame frame = make_frame(100, 4000, c.gain);
+        frame.state.u4FlashMode = c.flash;
+        EXPECT_EQ(find_clipping(tuning, frame), c.end) << c.gain.i4R << ' ' << c.gain.i4B;
+        TraceCapture trace(kCcmSwitches);
+        Camera(tuning, {true, false}).run(frame);
+        bool traced = false;
+        for (const std::string& line : trace.lines()) {
+            traced = traced || line.find(" R B full Gain") != std::string::npos;
+        }
+        EXPECT_EQ(traced, c.end != Clipping::none) << c.gain.i4R << ' ' << c.gain.i4B;
+    }
+}
+
+struct Stretch {
+    int frames;
+    Frame light;
+    int noise = 0;  ///< of the red gain, up and down in turn
+};
+
+SummaryRecord summarise(const Tuning& tuning, Jobs jobs, const std::vector<Stretch>& log,
+                        SummaryOptions options = {}) {
+    Camera camera(tuning, jobs);
+    Summary summary(camera, options);
+    std::uint64_t number = 0;
+    for (const Stretch& stretch : log) {
+        for (int n = 0; n < stretch.frames; ++n) {
+            Frame frame = stretch.light;
+            frame.state.rAWBGain.i4R += n % 2 == 0 ? stretch.noise : -stretch.noise;
+            camera.run(frame);
+            summary.add(++number, frame, camera);
+        }
+    }
+    return summary.finish();
+}
+
+const Frame kWarm = make_frame(100, 2500, {600, 512, 1400});
+const Frame kCold = make_frame(100, 5000, {1200, 512, 800});
+
+TEST(SummaryOfLog, JudgesSettlingByTheRest) {
+    // c1 by hand, from 0: -50 -62 -78 -85 -90 -93 -95 -97 -98 -98 -99, and there it stays.
+    SummaryRecord record = summarise(make_tuning(), {true, false}, {{40, kWarm}, {40, kCold}});
+    EXPECT_EQ(record.frames, 80U);
+    ASSERT_TRUE(record.cold_start.has_value());
+    EXPECT_EQ(record.cold_start->held, 39U);
+    EXPECT_EQ(record.cold_start->settling[0].state, Settling::settled);
+    EXPECT_GE(*record.cold_start->settling[0].frames, 10U);
+    EXPECT_EQ(record.cold_start->settling[1].state, Settling::not_run);
+    ASSERT_EQ(record.changes.size(), 1U);
+    EXPECT_EQ(record.changes[0].first, 41U);
+    EXPECT_EQ(record.changes[0].last, 41U);
+    // The start is the largest step of all, and does not count: half of 60 is.
+    const FieldMotion& c1 = record.fields[1];
+    EXPECT_EQ(c1.largest_step, 30);
+    EXPECT_EQ(c1.step_frame, 41U);
+
+    // What cannot come near its target is told with how far it stays away.
+    Tuning slow = make_tuning();
+    slow.caller.weights = {1, 500, 499};
+    record = summarise(slow, {true, false}, {{40, kWarm}});
+    const JobSettling& stalled = record.cold_start->settling[0];
+    EXPECT_EQ(stalled.state, Settling::settled);
+    EXPECT_EQ(stalled.stall_field, "c7");
+    EXPECT_EQ(stalled.stall_target, -300);
+    EXPECT_EQ(stalled.stall_resting, 0);
+    EXPECT_NE(cli::summary_text(record).find("c7 0 of -300"), std::string::npos);
+}
+
+TEST(SummaryOfLog, TellsMovingFromNotMeasured) {
+    Frame scene = kWarm;
+    scene.state.u4SceneFlag = 1;
+    const Jobs color{false, true};
+    // From 100 to 160 in steps of 10.
+    const SummaryRecord settled = summarise(make_tuning(), color, {{20, kWarm}, {20, scene}});
+    EXPECT_EQ(settled.changes.at(0).settling[1].state, Settling::settled);
+    EXPECT_EQ(settled.changes[0].settling[1].frames, 5U);
+    EXPECT_EQ(settled.settling[1].median_frames, 5U);
+
+    const SummaryRecord moving = summarise(make_tuning(), color, {{20, kWarm}, {4, scene}});
+    EXPECT_EQ(moving.changes.at(0).settling[1].state, Settling::moving);
+    EXPECT_EQ(moving.settling[1].moving, 1U);
+    EXPECT_FALSE(moving.settling[1].median_frames.has_value());
+
+    const SummaryRecord unheld = summarise(make_tuning(), color, {{20, kWarm}, {1, scene}});
+    EXPECT_EQ(unheld.changes.at(0).settling[1].state, Settling::not_held);
+    const nlohmann::json json = to_json(unheld);
+    EXPECT_EQ(json["changes"][0]["color"]["state"], "not_measured");
+    EXPECT_TRUE(json["changes"][0]["color"]["settled_after"].is_null());
+    EXPECT_TRUE(json["settling"]["color"]["median_frames"].is_null());
+    EXPECT_NE(cli::summary_text(unheld).find("not measured"), std::string::npos);
+
+    EXPECT_EQ(summarise(make_tuning(), {}, {}).cold_start, std::nullopt);
+}
+
+TEST(SummaryOfLog, TakesNoiseForNoChange) {
+    Frame shade = kWarm;
+    shade.state.rAWBGain.i4R = 800;
+    shade.state.rAWBGain.i4B = 1200;
+    const Frame sun = make_frame(100, 5000, {1150, 512, 850});
+    const std::vector<Stretch> log = {{40, shade, 3}, {40, sun, 3}, {40, shade, 3}};
+    const SummaryRecord record = summarise(make_tuning(), {true, false}, log);
+    EXPECT_EQ(record.change_count, 2U);
+    for (const LightChange& change : record.changes) {
+        EXPECT_EQ(change.settling[0].state, Settling::settled);
+        EXPECT_GE(*change.settling[0].frames, 2U) << cli::summary_text(record);
+        EXPECT_LE(*change.settling[0].frames, 12U);
+    }
+    EXPECT_GT(record.flicker.at(0).turns, 10U);
+    EXPECT_EQ(summarise(make_tuning(), {true, false}, log, {30.0, 0.1}).changes.at(0).held, 0U);
+}
+
+TEST(SummaryOfLog, MarksClippedRuns) {
+    Frame low = kWarm;
+    low.state.rAWBGain.i4R = 599;
+    Frame high = kCold;
+    high.state.rAWBGain.i4B = 799;
+    const SummaryRecord record = summarise(make_tuning(), {true, false},
+                                           {{3, low}, {2, kWarm}, {4, high}, {1, low}, {2, kCold}});
+    EXPECT_EQ(record.clipped_frames, 8U);
+    const nlohmann::json expected = nlohmann::json::parse(R"([
+        {"first": 1, "last": 3, "end": "low"}, {"first": 6, "last": 9, "end": "high"},
+        {"first": 10, "last": 10, "end": "low"}])");
+    EXPECT_EQ(nlohmann::json(to_json(record))["clipped"]["spans"], expected);
+}
+
+}  // namespace
+}  // namespace imgtune::workbench

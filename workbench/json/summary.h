@@ -1,0 +1,15 @@
+#ifndef IMGTUNE_WORKBENCH_JSON_SUMMARY_H
+#define IMGTUNE_WORKBENCH_JSON_SUMMARY_H
+
+#include <nlohmann/json.hpp>
+
+#include "workbench/studies/summary.h"
+
+namespace imgtune::workbench {
+
+/// Frame numbers count from 1; what could not be measured is null.
+nlohmann::ordered_json to_json(const SummaryRecord& record);
+
+}  // namespace imgtune::workbench
+
+#endif
