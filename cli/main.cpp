@@ -8,6 +8,18 @@
 #include "workbench/text/bad_input.h"
 #include "workbench/tuning/faults.h"
 
+namespace {
+
+std::string unknown_verb(const CLI::App& app, const std::string& name) {
+    std::vector<std::string> verbs;
+    for (const CLI::App* verb : app.get_subcommands({})) verbs.push_back(verb->get_name());
+    const std::string near = imgtune::workbench::nearest_name(name, verbs);
+    return "no verb '" + name + "'" +
+           (near.empty() ? "; 'imgtune --help' lists them" : ", did you mean '" + near + "'?");
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     using namespace imgtune::cli;
     CLI::App app{"Tools for tunings of the camera's colour correction and colour engine."};
@@ -28,17 +40,30 @@ int main(int argc, char** argv) {
     add_sweep(app, context);
     add_unpack(app, context);
 
+    // 'help VERB' is 'VERB --help'.
+    std::string verb_to_explain;
+    CLI::App* help = app.add_subcommand("help", "Explain a verb");
+    help->add_option("VERB", verb_to_explain, "the verb to explain; without one, all of them");
+    help->callback([&] {
+        context.run = [&] {
+            const CLI::App* verb = &app;
+            if (!verb_to_explain.empty()) {
+                const auto verbs = app.get_subcommands(
+                    [&](const CLI::App* each) { return each->get_name() == verb_to_explain; });
+                if (verbs.empty()) throw BadInput(unknown_verb(app, verb_to_explain));
+                verb = verbs.front();
+            }
+            std::fputs(verb->help(verb == &app ? "" : app.get_name()).c_str(), stdout);
+            return int{kFine};
+        };
+    });
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (argc > 1 && app.get_subcommands().empty() && *argv[1] != '-') {
-            std::vector<std::string> verbs;
-            for (const CLI::App* verb : app.get_subcommands(nullptr)) {
-                verbs.push_back(verb->get_name());
-            }
-            const std::string near = nearest_name(argv[1], verbs);
-            std::fprintf(stderr, "imgtune: no verb '%s'%s\n", argv[1],
-                         near.empty() ? "" : (", did you mean '" + near + "'?").c_str());
+            std::fprintf(stderr, "imgtune: %s\n", unknown_verb(app, argv[1]).c_str());
+            return kBadInput;
         }
         return app.exit(error) == 0 ? kFine : kBadInput;
     }

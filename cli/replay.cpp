@@ -4,20 +4,19 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/common.h"
 #include "cli/summary_text.h"
 #include "cli/verbs.h"
-#include "workbench/camera/camera.h"
-#include "workbench/camera/trace_capture.h"
-#include "workbench/files/file_source.h"
-#include "workbench/files/output_file.h"
-#include "workbench/files/row_writer.h"
-#include "workbench/files/tuning_files.h"
+#include "workbench/camera/debug_properties.h"
+#include "workbench/files/output_guard.h"
+#include "workbench/files/replay_files.h"
 #include "workbench/json/summary.h"
 #include "workbench/studies/summary.h"
 #include "workbench/text/bad_input.h"
@@ -28,11 +27,14 @@ namespace {
 
 struct Options {
     std::string tuning;
-    std::string frames;
+    std::vector<std::string> logs;
     std::string output;  ///< empty: not named
+    std::string folder;
     std::string only;
     std::vector<std::string> properties;
+    std::vector<std::string> fields;
     std::uint64_t every = 1;
+    unsigned workers = 0;
     bool summary = false;
     bool json = false;
     SummaryOptions summary_options;
@@ -41,30 +43,29 @@ struct Options {
 /// How far a long run has come, on standard error when that is a terminal.
 class Progress {
   public:
-    explicit Progress(const FrameLog& log) : log_(log), on_(isatty(STDERR_FILENO) == 1) {}
+    explicit Progress(bool wanted) : on_(wanted && isatty(STDERR_FILENO) == 1) {}
     ~Progress() {
         if (shown_) std::fputs("\r\x1b[K", stderr);
     }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void show(std::uint64_t frames) {
+    void show(const FrameLog& log, std::uint64_t frames) {
         constexpr std::uint64_t kFramesBetweenLooks = 8192;
         if (!on_ || frames % kFramesBetweenLooks != 0) return;
         const auto now = std::chrono::steady_clock::now();
         if (now < next_) return;
         next_ = now + std::chrono::milliseconds(200);
         shown_ = true;
-        if (log_.size() == 0) {
+        if (log.size() == 0) {
             fmt::print(stderr, "\r{} frames\x1b[K", frames);
             return;
         }
-        fmt::print(stderr, "\r{:3} %  {} frames\x1b[K", log_.bytes_read() * 100 / log_.size(),
+        fmt::print(stderr, "\r{:3} %  {} frames\x1b[K", log.bytes_read() * 100 / log.size(),
                    frames);
     }
 
   private:
-    const FrameLog& log_;
     bool on_;
     bool shown_ = false;
     std::chrono::steady_clock::time_point next_ =
@@ -80,63 +81,96 @@ void set_properties(const std::vector<std::string>& settings) {
                             "--set debug.smooth_color.lock=1",
                             setting));
         }
-        set_property(setting.substr(0, equals), setting.substr(equals + 1));
+        set_debug_property(setting.substr(0, equals), setting.substr(equals + 1));
     }
 }
 
-Jobs jobs_of(const Tuning& tuning, const Options& options) {
-    const Jobs jobs{tuning.has_ccm && options.only != "color",
-                    tuning.has_color && options.only != "ccm"};
-    if (!jobs.ccm && !jobs.color) {
-        throw BadInput(fmt::format("{}: the tuning has no part '{}'; leave out --only or add it",
-                                   options.tuning, options.only.empty() ? "ccm" : options.only));
+/// What became of one log.
+struct Outcome {
+    std::string error;  ///< empty: none
+    Faults found;
+    std::optional<SummaryRecord> summary;
+};
+
+Outcome run_one(const Tuning& tuning, const ReplayRequest& request, const Options& options) {
+    Outcome outcome;
+    try {
+        std::optional<Summary> summary;
+        if (options.summary) {
+            summary.emplace(Camera(tuning, request.columns.jobs), options.summary_options);
+        }
+        Progress progress(options.logs.size() == 1);
+        outcome.found = run_replay(tuning, request,
+                                   [&](const FrameLog& log, std::uint64_t number,
+                                       const Frame& frame, const Camera& camera) {
+                                       if (summary) summary->add(number, frame, camera);
+                                       progress.show(log, number);
+                                   });
+        if (summary) outcome.summary = summary->finish();
+    } catch (const BadInput& error) {
+        outcome.error = error.what();
     }
-    return jobs;
+    return outcome;
+}
+
+std::vector<ReplayRequest> requests_of(const Options& options, const RowColumns& columns) {
+    std::vector<std::string> inputs = options.logs;
+    inputs.push_back(options.tuning);
+    guard_output(options.output, inputs, Existing::replaced);
+    std::vector<std::string> outputs{options.output};
+    if (!options.folder.empty()) {
+        outputs = results_in_folder(options.folder, options.logs);
+    } else if (options.logs.size() > 1 && !options.summary) {
+        throw BadInput("several logs need a folder for their results: -O FOLDER, or --summary");
+    } else if (options.logs.size() > 1) {
+        outputs.assign(options.logs.size(), "");
+    } else if (options.output.empty() && !options.summary) {
+        outputs = {"-"};
+    }
+    std::vector<ReplayRequest> requests;
+    for (std::size_t i = 0; i < options.logs.size(); ++i) {
+        requests.push_back({options.logs[i], outputs[i], columns, options.every});
+    }
+    return requests;
+}
+
+std::string report_of(const std::vector<Outcome>& outcomes, const Options& options) {
+    if (options.json) {
+        if (outcomes.size() == 1) return dumped(to_json(*outcomes[0].summary));
+        nlohmann::ordered_json all = nlohmann::ordered_json::object();
+        for (std::size_t i = 0; i < outcomes.size(); ++i) {
+            if (outcomes[i].error.empty()) all[options.logs[i]] = to_json(*outcomes[i].summary);
+        }
+        return dumped(all);
+    }
+    std::string text;
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        if (!outcomes[i].error.empty()) continue;
+        if (outcomes.size() > 1) text += fmt::format("== {}\n", options.logs[i]);
+        text += summary_text(*outcomes[i].summary);
+    }
+    return text;
 }
 
 int run(const Options& options) {
     set_properties(options.properties);
-    const Tuning tuning = require_tuning(options.tuning);
-    const Jobs jobs = jobs_of(tuning, options);
-    FrameFile file(options.frames);
-    FrameLog& log = file.log();
-    Camera camera(tuning, jobs);
+    const Tuning tuning = tuning_to_run(options.tuning);
+    const Jobs jobs = jobs_to_run(options.tuning, tuning, options.only);
+    const auto requests = requests_of(options, {tuning.caller, jobs, options.fields});
+    std::vector<Outcome> outcomes(requests.size());
+    in_parallel(requests.size(), options.workers,
+                [&](std::size_t i) { outcomes[i] = run_one(tuning, requests[i], options); });
 
-    const bool rows = !options.summary || !options.output.empty();
-    std::optional<OutputFile> output;
-    std::optional<RowWriter> writer;
-    std::optional<Summary> summary;
-    if (rows) {
-        output.emplace(options.output.empty() ? "-" : options.output);
-        writer.emplace(*output, tuning.caller, jobs);
-        writer->write_header();
+    bool failed = false;
+    for (const Outcome& outcome : outcomes) {
+        tell(outcome.found);
+        if (outcome.error.empty()) continue;
+        if (outcomes.size() == 1) throw BadInput(outcome.error);
+        fmt::print(stderr, "imgtune: {}\n", outcome.error);
+        failed = true;
     }
-    if (options.summary) summary.emplace(camera, options.summary_options);
-
-    Progress progress(log);
-    Frame frame;
-    for (std::uint64_t number = 1; log.next(frame); ++number) {
-        camera.run(frame);
-        if (writer && (number - 1) % options.every == 0)
-            writer->write(number, frame, camera.registers());
-        if (summary) summary->add(number, frame, camera);
-        progress.show(number);
-    }
-    if (writer) {
-        writer->finish();
-        output->commit();
-    }
-    if (summary) {
-        const SummaryRecord record = summary->finish();
-        const std::string text =
-            options.json ? to_json(record).dump(2) + "\n" : summary_text(record);
-        if (options.output == "-") {
-            std::fputs(text.c_str(), stderr);  // the rows have standard output
-        } else {
-            write_file("-", text);
-        }
-    }
-    return kFine;
+    if (options.summary) print_report(report_of(outcomes, options), options.output);
+    return failed ? kBadInput : kFine;
 }
 
 }  // namespace
@@ -144,25 +178,37 @@ int run(const Options& options) {
 void add_replay(CLI::App& app, Context& context) {
     auto options = std::make_shared<Options>();
     CLI::App* verb = app.add_subcommand("replay", "Run a frame log through a tuning");
-    verb->add_option("TUNING", options->tuning, "tuning: YAML file, '-', or folder of images")
-        ->required();
-    verb->add_option("FRAMES", options->frames, "frame log: CSV file or '-'")->required();
-    verb->add_option("-o,--output", options->output,
-                     "where the rows go (default: standard output; with --summary: nowhere)");
+    verb->add_option("TUNING", options->tuning, kTuningHelp)->required();
+    verb->add_option("FRAMES", options->logs, "frame logs: CSV files or '-'")->required();
+    CLI::Option* output = verb->add_option(
+        "-o,--output", options->output,
+        "where the rows go; a file that stands there is replaced (default: standard output; with "
+        "--summary: nowhere)");
+    CLI::Option* folder = verb->add_option(
+        "-O,--output-folder", options->folder,
+        "folder for the rows of several logs, NAME.csv each; files that stand there are replaced");
+    folder->excludes(output);
+    verb->add_option("--jobs", options->workers, "logs that run at the same time (0: one a core)")
+        ->capture_default_str()
+        ->check(CLI::Range(0U, 64U));
     verb->add_option("--only", options->only, "run one job alone")
         ->check(CLI::IsMember({"ccm", "color"}));
+    verb->add_option("--fields", options->fields,
+                     "columns to write: names with * and ?, such as 'c*,Global.*'")
+        ->delimiter(',');
     verb->add_option("--set", options->properties,
                      "NAME=VALUE: set a debug property for the run (repeatable)")
         ->allow_extra_args(false);
     verb->add_option("--every", options->every, "write every Nth frame; all of them are run")
-        ->check(CLI::PositiveNumber);
+        ->capture_default_str()
+        ->check(CLI::Range(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max()));
     CLI::Option* summary = verb->add_flag("--summary", options->summary,
                                           "tell how the registers move: settling, steps, clipped "
                                           "gains, overshoot, flicker");
     verb->add_option("--fps", options->summary_options.frames_per_second,
                      "frames per second of the log")
         ->capture_default_str()
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(0.001, 1e6))
         ->needs(summary);
     verb->add_option("--noise", options->summary_options.noise_percent,
                      "noise that is no change of light: percent of gains and CT, tenths of an EV "
@@ -182,7 +228,8 @@ void add_replay(CLI::App& app, Context& context) {
         "\n"
         "Example:\n"
         "  imgtune replay phone.yaml walk.csv -o walk-registers.csv\n"
-        "  imgtune replay phone.yaml walk.csv --summary");
+        "  imgtune replay phone.yaml walk.csv --summary\n"
+        "  imgtune replay phone.yaml day1.csv day2.csv day3.csv -O results");
     verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
 }
 

@@ -25,7 +25,7 @@ struct Slot {
     std::atomic<bool> named{false};
     char path[PATH_MAX];
 };
-std::array<Slot, 16> slots;
+std::array<Slot, 64> slots;
 
 void remove_temporaries() {
     for (Slot& slot : slots) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "workbench/text/bad_input.h"
+#include "workbench/tuning/faults.h"
 
 namespace imgtune::workbench {
 
@@ -55,30 +56,16 @@ std::string_view take_value(std::string_view& rest) {
     return value;
 }
 
-std::size_t edit_distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i);
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({changed, row[j] + 1, row[j - 1] + 1});
-        }
-    }
-    return row[b.size()];
-}
-
 /// What to say to a name that is no column.
 std::string hint_for(std::string_view name) {
-    const auto nearest = std::ranges::min_element(
-        kFrameColumns, {},
-        [&](const FrameColumn& column) { return edit_distance(name, column.name); });
-    if (edit_distance(name, nearest->name) <= 2) {
-        return fmt::format("did you mean '{}'?", nearest->name);
-    }
+    std::vector<std::string> known;
     std::string names;
-    for (const FrameColumn& column : kFrameColumns) names += fmt::format(" {}", column.name);
+    for (const FrameColumn& column : kFrameColumns) {
+        known.emplace_back(column.name);
+        names += fmt::format(" {}", column.name);
+    }
+    const std::string near = nearest_name(name, known);
+    if (!near.empty()) return fmt::format("did you mean '{}'?", near);
     return fmt::format("columns are{}; begin a name with x_ to have its column skipped", names);
 }
 
@@ -103,6 +90,15 @@ Frame to_frame(const FrameValues& values) {
     frame.state.profile = value(kFlash + 2);
     frame.capture = value(kFlash + 3);
     return frame;
+}
+
+FrameValues to_values(const Frame& frame) {
+    const NSIspTuning::RAWIspCamInfo& state = frame.state;
+    const AWB_GAIN_T& full = state.rAWBFullGain;
+    const AWB_GAIN_T& awb = state.rAWBGain;
+    return {state.u4RealLV,    state.u4CCT,       full.i4R,      full.i4G,
+            full.i4B,          awb.i4R,           awb.i4G,       awb.i4B,
+            state.u4FlashMode, state.u4SceneFlag, state.profile, frame.capture};
 }
 
 FrameLog::FrameLog(std::string name, ByteSource& source) : name_(std::move(name)), lines_(source) {
@@ -141,8 +137,13 @@ void FrameLog::read_header() {
     for (bool more = true; more;) {
         more = rest.find(',') != std::string_view::npos;
         const std::string_view name = bare(take_value(rest));
-        const auto column = std::ranges::find(kFrameColumns, name, &FrameColumn::name);
+        const auto column = std::find_if(kFrameColumns.begin(), kFrameColumns.end(),
+                                         [&](const FrameColumn& c) { return c.name == name; });
         if (column == kFrameColumns.end()) {
+            if (name.empty()) {
+                fail(fmt::format("column {} has no name: is there a comma too many{}?",
+                                 targets_.size() + 1, more ? "" : " at the end of the line"));
+            }
             if (!is_skipped(name)) {
                 fail(fmt::format("column {}: unknown name {}; {}", targets_.size() + 1,
                                  quoted(name), hint_for(name)));

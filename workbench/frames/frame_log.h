@@ -50,6 +50,7 @@ inline constexpr std::array<FrameColumn, 12> kFrameColumns = {{
 /// Values in the order of kFrameColumns.
 using FrameValues = std::array<std::int64_t, kFrameColumns.size()>;
 Frame to_frame(const FrameValues& values);
+FrameValues to_values(const Frame& frame);
 
 /// Streaming reader of frame logs: CSV, one frame a line, whole numbers.
 ///
@@ -65,6 +66,9 @@ class FrameLog {
 
     /// The next frame; false at the end of the log.
     bool next(Frame& frame);
+
+    /// The frame read last, as it stands in the log: in the order of kFrameColumns, with its sign.
+    const FrameValues& values() const { return values_; }
 
     const std::string& name() const { return name_; }
     std::uint64_t line() const { return lines_.line(); }  ///< of the frame read last, from 1

@@ -1,0 +1,41 @@
+#include "workbench/camera/debug_properties.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "workbench/camera/trace_capture.h"
+#include "workbench/text/bad_input.h"
+#include "workbench/tuning/faults.h"
+
+namespace imgtune::workbench {
+
+const std::vector<std::string>& debug_properties() {
+    static const std::vector<std::string> all = [] {
+        std::vector<std::string> names{"debug.smooth_ccm.enable"};
+        for (const char* name :
+             {"dump", "lock", "enable", "bypass.yeng", "bypass.heng", "bypass.seng", "bypass.cm"}) {
+            names.push_back(fmt::format("debug.smooth_color.{}", name));
+        }
+        for (const char* block : {"global", "lum", "hue", "sat", "sgy", "lsp"}) {
+            names.push_back(fmt::format("debug.smooth_color.lvdump.{}", block));
+            names.push_back(fmt::format("debug.smooth_color.dump.{}", block));
+        }
+        names.emplace_back("debug.smooth_color.dump.cm");
+        return names;
+    }();
+    return all;
+}
+
+void set_debug_property(const std::string& name, const std::string& value) {
+    const auto& known = debug_properties();
+    if (std::find(known.begin(), known.end(), name) == known.end()) {
+        const std::string near = nearest_name(name, known);
+        throw BadInput(fmt::format("the library reads no property '{}'{}", name,
+                                   near.empty() ? "; docs/integration.md lists all 22"
+                                                : fmt::format(", did you mean '{}'?", near)));
+    }
+    set_property(name, value);
+}
+
+}  // namespace imgtune::workbench

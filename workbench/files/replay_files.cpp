@@ -1,0 +1,87 @@
+#include "workbench/files/replay_files.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <thread>
+
+#include "workbench/files/file_source.h"
+#include "workbench/files/output_file.h"
+#include "workbench/files/output_guard.h"
+#include "workbench/files/row_writer.h"
+#include "workbench/frames/frame_check.h"
+#include "workbench/text/bad_input.h"
+
+namespace imgtune::workbench {
+
+Faults run_replay(const Tuning& tuning, const ReplayRequest& request, const FrameSeen& seen) {
+    FrameFile file(request.log);
+    FrameLog& log = file.log();
+    Camera camera(tuning, request.columns.jobs);
+    std::optional<OutputFile> output;
+    std::optional<RowWriter> writer;
+    if (!request.output.empty()) {
+        output.emplace(request.output);
+        writer.emplace(*output, request.columns);
+        writer->write_header();
+    }
+    FrameCheck check;
+    Frame frame;
+    for (std::uint64_t number = 1; log.next(frame); ++number) {
+        camera.run(frame);
+        check.add(log.values(), log.line());
+        if (writer && (number - 1) % request.every == 0) {
+            writer->write(number, log.values(), camera.registers());
+        }
+        if (seen) seen(log, number, frame, camera);
+    }
+    if (writer) {
+        writer->finish();
+        output->commit();
+    }
+    Faults found;
+    check.report(log.name(), found);
+    return found;
+}
+
+std::vector<std::string> results_in_folder(const std::string& folder,
+                                           const std::vector<std::string>& logs) {
+    std::vector<std::string> results;
+    std::map<std::string, std::string> log_of;
+    for (const std::string& log : logs) {
+        const auto name = std::filesystem::path(log).stem();
+        results.push_back((std::filesystem::path(folder) / name).string() + ".csv");
+        const auto [before, is_new] = log_of.emplace(results.back(), log);
+        if (!is_new) {
+            throw BadInput(fmt::format("{} and {} would both be written to {}; run them apart",
+                                       before->second, log, results.back()));
+        }
+        guard_output(results.back(), logs, Existing::replaced);
+    }
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error)
+        throw BadInput(fmt::format("{}: cannot make the folder: {}", folder, error.message()));
+    return results;
+}
+
+void in_parallel(std::size_t count, unsigned workers,
+                 const std::function<void(std::size_t)>& work) {
+    if (workers == 0) workers = std::max(std::thread::hardware_concurrency(), 1U);
+    std::atomic<std::size_t> next{0};
+    const auto take = [&] {
+        for (std::size_t i = next++; i < count; i = next++) work(i);
+    };
+    std::vector<std::thread> threads;
+    for (std::size_t t = 1; t < std::min<std::size_t>(workers, count); ++t) {
+        threads.emplace_back(take);
+    }
+    take();
+    for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace imgtune::workbench

@@ -1,0 +1,40 @@
+#ifndef IMGTUNE_WORKBENCH_FRAMES_FRAME_CHECK_H
+#define IMGTUNE_WORKBENCH_FRAMES_FRAME_CHECK_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "workbench/frames/frame_log.h"
+#include "workbench/tuning/faults.h"
+
+namespace imgtune::workbench {
+
+/// Looks over the frames of a log for values that the library takes otherwise than they look. Each
+/// kind is told once, with the line of the first and how many there are.
+class FrameCheck {
+  public:
+    /// The next frame, as it stands in `line` of the log.
+    void add(const FrameValues& values, std::uint64_t line);
+
+    /// After the last frame: what was found in the log of that name.
+    void report(const std::string& log, Faults& faults) const;
+
+  private:
+    static constexpr std::size_t kKinds = 8;
+    struct Seen {
+        std::uint64_t count = 0;
+        std::uint64_t line = 0;
+        std::int64_t value = 0;
+    };
+    std::array<Seen, kKinds> seen_{};
+    std::uint64_t frames_ = 0;
+};
+
+/// Reads a whole log and adds what is found. Throws BadInput where it cannot be read.
+void check_frames(FrameLog& log, Faults& faults);
+
+}  // namespace imgtune::workbench
+
+#endif
