@@ -1,8 +1,10 @@
-# bash completion for imgtune
+# bash completion for imgtune; verbs and options are those that its help names.
 
 _imgtune() {
     local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}
-    local verbs="check diff explain new pack replay sweep unpack"
+    local verbs
+    verbs=$("${COMP_WORDS[0]}" --help 2>/dev/null |
+        sed -nE '/^Subcommands:/,/^$/s/^  ([a-z]+) .*/\1/p' | tr '\n' ' ')
     local verb="" word
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         if [[ " $verbs " == *" $word "* ]]; then verb=$word; break; fi

@@ -58,6 +58,8 @@ void FrameCheck::add(const FrameValues& values, std::uint64_t line) {
     ++frames_;
     const auto note = [&](KindIndex kind, std::int64_t value) {
         Seen& seen = seen_[kind];
+        if (seen.last_frame == frames_) return;
+        seen.last_frame = frames_;
         if (seen.count++ != 0) return;
         seen.line = line;
         seen.value = value;
@@ -82,6 +84,7 @@ void FrameCheck::report(const std::string& log, Faults& faults) const {
     static_assert(std::size(kKindTable) == kKinds);
     if (frames_ == 0) {
         Fault fault;
+        fault.severity = Severity::warning;
         fault.code = "F100";
         fault.file = log;
         fault.message = "the log has no frames, only a header";
@@ -99,7 +102,10 @@ void FrameCheck::report(const std::string& log, Faults& faults) const {
         fault.line = static_cast<int>(seen.line);
         fault.path = kind.column;
         fault.message = fmt::format(fmt::runtime(kind.message), seen.value);
-        if (seen.count > 1) fault.message += fmt::format(", and {} more", seen.count - 1);
+        if (seen.count > 1) {
+            fault.message += fmt::format(", and {} more such frame{}", seen.count - 1,
+                                         seen.count == 2 ? "" : "s");
+        }
         fault.effect = kind.effect;
         fault.suggestion = kind.suggestion;
         faults.add(std::move(fault));

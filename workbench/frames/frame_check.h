@@ -12,7 +12,7 @@
 namespace imgtune::workbench {
 
 /// Looks over the frames of a log for values that the library takes otherwise than they look. Each
-/// kind is told once, with the line of the first and how many there are.
+/// kind is told once, with the line of the first and how many frames have it.
 class FrameCheck {
   public:
     /// The next frame, as it stands in `line` of the log.
@@ -24,8 +24,9 @@ class FrameCheck {
   private:
     static constexpr std::size_t kKinds = 8;
     struct Seen {
-        std::uint64_t count = 0;
-        std::uint64_t line = 0;
+        std::uint64_t count = 0;  ///< frames
+        std::uint64_t last_frame = 0;
+        std::uint64_t line = 0;  ///< of the first
         std::int64_t value = 0;
     };
     std::array<Seen, kKinds> seen_{};

@@ -1,0 +1,49 @@
+The verbs that make, turn over, judge and explain tunings, and help.
+
+    $ alias imgtune=$IMGTUNE; shopt -s expand_aliases
+    $ cp $EXAMPLES/imx477-polynomial.yaml a.yaml
+    $ imgtune new -o new.yaml; imgtune new -o new.yaml
+    imgtune: new.yaml: stands there already; name another file, or use --force
+    [2]
+    $ imgtune check a.yaml new.yaml
+    The following argument was not expected: new.yaml
+    Run with --help for more information.
+    [2]
+    $ imgtune pack a.yaml -o images; ls images; imgtune unpack images | imgtune diff a.yaml -
+    caller.yaml
+    ccm.bin
+    color.bin
+    pca.bin
+    the tunings are equal
+    $ imgtune explain a.yaml --lv 100 --cct 5000 --gain 1600,512,800 | head -n 5
+    Frame
+      light value             100
+      colour temperature      5000 K
+      AWB gain                1600, 512, 800  (R, G, B; 512 = 1.0)
+      full AWB gain           1600, 512, 800
+    $ imgtune chek a.yaml
+    imgtune: no verb 'chek', did you mean 'check'?
+    [2]
+    $ imgtune help chek
+    imgtune: no verb 'chek', did you mean 'check'?
+    [2]
+    $ imgtune help new
+    Write a commented tuning to start from
+    Usage: imgtune new [OPTIONS]
+    
+    Options:
+      -h,--help                   Print this help message and exit
+      -o,--output TEXT=-          YAML file; - is standard output
+      --force                     Overwrite a file that holds something
+    
+    Example:
+      imgtune new -o tuning.yaml && imgtune check tuning.yaml
+    $ imgtune --version
+    imgtune 1.0.0
+
+Each shell's completion is well-formed and offers the verbs.
+
+    $ PATH=$(dirname $IMGTUNE):$PATH bash -c 'source $COMPLETIONS/imgtune.bash
+    >     COMP_WORDS=(imgtune re) COMP_CWORD=1; _imgtune; echo "${COMPREPLY[@]}"'
+    replay
+    $ for shell in zsh fish; do ! command -v $shell > /dev/null || $shell -n $COMPLETIONS/imgtune.$shell; done
