@@ -1,16 +1,16 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <array>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "cli/common.h"
+#include "cli/explanation_text.h"
 #include "cli/verbs.h"
-#include "workbench/camera/camera.h"
 #include "workbench/files/file_source.h"
-#include "workbench/files/output_file.h"
-#include "workbench/files/tuning_files.h"
+#include "workbench/json/explanation.h"
 #include "workbench/studies/explanation.h"
 #include "workbench/text/bad_input.h"
 
@@ -28,10 +28,34 @@ struct Options {
     std::int64_t scene = 0;
     std::int64_t profile = 0;
     std::int64_t capture = 0;
+    std::string from = "cold";
     std::string log;
     std::uint64_t frame = 0;
+    std::string only;
+    bool verbose = false;
     bool json = false;
 };
+
+/// --from LV,CCT,R,G,B, as a frame.
+Frame light_before(const std::string& text) {
+    const std::vector<std::string> parts = CLI::detail::split(text, ',');
+    FrameValues values{};
+    bool sound = parts.size() == 5;
+    for (std::size_t i = 0; sound && i < parts.size(); ++i) {
+        // The gain stands in both triples.
+        const std::size_t column = i < 2 ? i : i + 3;
+        sound = CLI::detail::lexical_cast(parts[i], values[column]) &&
+                values[column] >= kFrameColumns[column].least &&
+                values[column] <= kFrameColumns[column].most;
+        if (i >= 2) values[i] = values[column];
+    }
+    if (!sound) {
+        throw BadInput("--from " + text +
+                       ": expected cold, or five whole numbers LV,CCT,R,G,B such as "
+                       "--from 100,2800,640,512,1650");
+    }
+    return to_frame(values);
+}
 
 Frame frame_of(const Options& options) {
     const std::vector<std::int64_t>& awb = options.gain.empty() ? options.full_gain : options.gain;
@@ -41,14 +65,19 @@ Frame frame_of(const Options& options) {
                      options.flash, options.scene, options.profile, options.capture});
 }
 
-/// Runs the log up to the wanted frame, and returns that.
-Frame run_up_to(Camera& camera, const Options& options) {
+Explanation explain_light(Camera& camera, const Options& options) {
+    if (options.from != "cold") run_to_rest(camera, light_before(options.from));
+    return explain_at_rest(camera, frame_of(options));
+}
+
+/// Runs the log up to the wanted frame, and explains that.
+Explanation explain_logged(Camera& camera, const Options& options) {
     FrameFile file(options.log);
     FrameLog& log = file.log();
     Frame frame;
     std::uint64_t number = 0;
     while (log.next(frame)) {
-        if (++number == options.frame) return frame;
+        if (++number == options.frame) return explain_frame(camera, frame);
         camera.run(frame);
     }
     throw BadInput(
@@ -61,18 +90,14 @@ int run(const Options& options) {
             "the frame is missing: give --lv, --cct and --gain R,G,B, or --log and "
             "--frame");
     }
-    const Tuning tuning = require_tuning(options.tuning);
-    const Jobs jobs{tuning.has_ccm, tuning.has_color};
-    Camera camera(tuning, jobs);
-    Frame frame;
-    if (options.log.empty()) {
-        frame = frame_of(options);
-        camera = settled_camera(tuning, jobs, frame);
-    } else {
-        frame = run_up_to(camera, options);
-    }
-    const Story story = explain_frame(camera, frame);
-    write_file("-", options.json ? story.json_text() : story.text());
+    const Tuning tuning = tuning_to_run(options.tuning);
+    Camera camera(tuning, jobs_to_run(options.tuning, tuning, options.only));
+    const Explanation told =
+        options.log.empty() ? explain_light(camera, options) : explain_logged(camera, options);
+    print_report(options.json
+                     ? dumped(to_json(told))
+                     : explanation_text(told, options.verbose ? Detail::all : Detail::screen),
+                 "");
     return kFine;
 }
 
@@ -81,8 +106,7 @@ int run(const Options& options) {
 void add_explain(CLI::App& app, Context& context) {
     auto options = std::make_shared<Options>();
     CLI::App* verb = app.add_subcommand("explain", "Tell what happens to one frame, in order");
-    verb->add_option("TUNING", options->tuning, "tuning: YAML file, '-', or folder of images")
-        ->required();
+    verb->add_option("TUNING", options->tuning, kTuningHelp)->required();
     const CLI::Range int32(kInt32Least, kInt32Most);
     const CLI::Range word(kInt32Least, kUint32Most);
     CLI::Option* log = verb->add_option("--log", options->log, "take the frame from a frame log");
@@ -104,13 +128,24 @@ void add_explain(CLI::App& app, Context& context) {
     verb->add_option("--scene", options->scene, "1: scene images")->check(int32);
     verb->add_option("--profile", options->profile, "ISP profile")->check(int32);
     verb->add_option("--capture", options->capture, "1: still capture")->check(int32);
+    verb->add_option("--from", options->from,
+                     "what the camera saw before: cold, just switched on, or LV,CCT,R,G,B, a light "
+                     "that it had come to rest in")
+        ->capture_default_str()
+        ->excludes(log);
+    verb->add_option("--only", options->only, "tell one job alone")
+        ->check(CLI::IsMember({"ccm", "color"}));
+    verb->add_flag("--verbose", options->verbose, "every value and register, not a screenful");
     verb->add_flag("--json", options->json, "as JSON");
     verb->footer(
-        "A frame given by its light is shown settled: as if that light had held for long. A frame\n"
-        "of a log is shown as the frames before it leave it.\n"
+        "A frame given by its light is run until nothing moves, and told then: with the frames it\n"
+        "took, and what stays short of its target. A frame of a log is told as the frames before\n"
+        "it leave it.\n"
         "\n"
         "Example:\n"
         "  imgtune explain phone.yaml --lv 35 --cct 4200 --gain 780,512,1010\n"
+        "  imgtune explain phone.yaml --lv 35 --cct 4200 --gain 780,512,1010 --from "
+        "100,2800,640,512,1650\n"
         "  imgtune explain phone.yaml --log dusk.csv --frame 118");
     verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
 }

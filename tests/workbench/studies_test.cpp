@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "cli/explanation_text.h"
 #include "cli/summary_text.h"
 #include "tests/workbench/sample_tuning.h"
 #include "workbench/camera/trace_capture.h"
 #include "workbench/files/tuning_files.h"
+#include "workbench/json/explanation.h"
 #include "workbench/json/summary.h"
 #include "workbench/studies/clipping.h"
 #include "workbench/studies/explanation.h"
@@ -15,6 +17,7 @@
 #include "workbench/studies/resting.h"
 #include "workbench/studies/stall.h"
 #include "workbench/studies/summary.h"
+#include "workbench/studies/trace_lines.h"
 
 namespace imgtune::workbench {
 namespace {
@@ -304,6 +307,72 @@ TEST(SummaryOfLog, MarksClippedRuns) {
         {"first": 1, "last": 3, "end": "low"}, {"first": 6, "last": 9, "end": "high"},
         {"first": 10, "last": 10, "end": "low"}])");
     EXPECT_EQ(nlohmann::json(to_json(record))["clipped"]["spans"], expected);
+}
+
+// ---- one frame, told in order
+
+TEST(Explain, TellsClippedClampedAndWrappedValues) {
+    Tuning tuning = make_tuning();
+    tuning.pca[0].u4RatioMidLV = 255;
+    tuning.pca[0].u4RatioLV_Th2 = 200;
+    // S: 100 * 255 / 16 = 1593 needs 11 bits. SG1: knots 4 and 3 average to 3, levels 400 and 300
+    // to 350, and 350 / 3 = 116 is above both gains.
+    for (auto& image : tuning.color[0]) {
+        image.u4Word[5] = 100;
+        image.u4Word[19] = 100;
+        image.u4Word[34] = 3;
+    }
+    tuning.color[0][1].u4Word[34] = 4;
+    Frame frame = make_frame(30, 3333, {500, 512, 1300});  // 300 mired
+    frame.capture = 1;
+    Camera camera(tuning, {});
+    const Explanation told = explain_at_rest(camera, frame);
+    const nlohmann::json json = to_json(told);
+    EXPECT_EQ(json["ccm"]["clipped_gain"], nlohmann::json({600, 512, 1300}));
+    EXPECT_EQ(json["ccm"]["clipped_low"], true);
+    EXPECT_EQ(json["ccm"]["clipped_high"], false);
+    EXPECT_EQ(json["ccm"]["ct_position"], -1);
+    EXPECT_EQ(json["ccm"]["low_light_weight"], 0.666667);
+    // One unit short of 700, -100, -88, -100, 700, -88, 0, -300, 812, and the diagonals close.
+    EXPECT_EQ(json["ccm"]["written"], nlohmann::json({698, -99, -87, -99, 698, -87, 0, -299, 811}));
+    EXPECT_EQ(json["resting"]["ccm"]["short_of_target"]["c1"]["short_by"], -1);
+    EXPECT_EQ(json["color"]["mired"]["upper_share"], 0.5);
+    EXPECT_EQ(json["color"]["Global.S"]["written"], nlohmann::json({1593}));
+    EXPECT_EQ(
+        json["color"]["wrapped"],
+        nlohmann::json::parse(R"([{"field": "Global.S", "computed": 1593, "written": 569}])"));
+    EXPECT_EQ(json["color"]["unreachable"][0]["bits"], 10);
+    EXPECT_EQ(json["color"]["clamped"],
+              nlohmann::json::parse(
+                  R"([{"field": "Saturation.SG1[0]", "target": 116, "clamped": 100}])"));
+    EXPECT_EQ(json["registers"]["color"][6], "0x00000064");
+
+    const std::string all = cli::explanation_text(told, cli::Detail::all);
+    for (const char* piece :
+         {"600, 512, 1300  (clipped to the low end", "c1 -99 of -100", "Global.S 1593 became 569",
+          "Saturation.SG1[0] 116 to 100", "0x00000239  Global.S 569"}) {
+        EXPECT_NE(all.find(piece), std::string::npos) << piece << '\n' << all;
+    }
+    const std::string screen = cli::explanation_text(told, cli::Detail::screen);
+    EXPECT_LE(std::count(screen.begin(), screen.end(), '\n'), 50);
+}
+
+TEST(Explain, PolynomialNumbersAreReadInAnyLocale) {
+    EXPECT_EQ(reals_of("(-1.500000, nan, 3) -inf 12.25").size(), 5U);
+    EXPECT_EQ(reals_of("x = (-1.500000)"), std::vector<double>{-1.5});
+    EXPECT_EQ(integers_of("CT1 = (4,-5), 99999999999999999999"),
+              (std::vector<std::int64_t>{1, 4, -5}));
+}
+
+TEST(Explain, LeavesCameraAndSwitchesAsTheyWere) {
+    Camera camera(make_tuning(), {});
+    Camera other = camera;
+    const Frame frame = make_frame(30, 3333, {700, 512, 1300});
+    testing::internal::CaptureStderr();
+    explain_frame(camera, frame);
+    other.run(frame);
+    EXPECT_TRUE(camera.state() == other.state());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace
