@@ -17,10 +17,25 @@ The verbs that make, turn over, judge and explain tunings, and help.
     the tunings are equal
     $ imgtune explain a.yaml --lv 100 --cct 5000 --gain 1600,512,800 | head -n 5
     Frame
-      light value             100
-      colour temperature      5000 K
+      light                   light value 100, 5000 K
       AWB gain                1600, 512, 800  (R, G, B; 512 = 1.0)
-      full AWB gain           1600, 512, 800
+    
+    Matrix
+    $ imgtune explain a.yaml --lv 100 --cct 5000 --gain 1600,512,800 | wc -l
+    34
+    $ imgtune explain a.yaml --lv 100 --cct 5000 --gain 1600,512,800 --verbose | tail -n 1
+      colour 116  0x02000200  ColorMap.W3.S.WGTL 512  ColorMap.W3.S.WGTU 512
+    $ imgtune explain a.yaml --lv 100 --cct 5000 --gain 1600,512,800 --only color | grep -c Matrix
+    0
+    [1]
+    $ imgtune explain a.yaml --lv 100 --cct 5000 --gain 1600,512,800 --from 100,2800,900,512,1300 --json |
+    >     grep -A 2 '^  "resting"'
+      "resting": {
+        "ccm": {
+          "still": true,
+    $ imgtune explain a.yaml --lv 100 --cct 5000 --gain 1600,512,800 --from 100,2800,900
+    imgtune: --from 100,2800,900: expected cold, or five whole numbers LV,CCT,R,G,B such as --from 100,2800,640,512,1650
+    [2]
     $ imgtune chek a.yaml
     imgtune: no verb 'chek', did you mean 'check'?
     [2]
