@@ -59,19 +59,22 @@ struct ColorCaller {
     int boot = 1;
     int capture = 0;
 
-    ColorCaller(bool outdoor, int is_capture) : capture(is_capture) {
+    ColorCaller(bool outdoor, int is_capture, std::uint32_t lv = 90) : capture(is_capture) {
         std::mt19937 random(2);
         for (auto& slot : table) {
             for (auto& image : slot) {
                 for (auto& w : image.u4Word) w = static_cast<std::uint32_t>(random());
-                for (unsigned w = 34; w < 39; ++w) image.u4Word[w] &= 0x3f3f3f3fU;  // SP1 below SP2
+                // 0 < SP1 < SP2
+                for (unsigned w = 34; w < 39; ++w) {
+                    image.u4Word[w] = (image.u4Word[w] & 0x3f3f3f3fU) | 0x01010101U;
+                }
                 for (unsigned w = 39; w < 44; ++w) image.u4Word[w] |= 0x40404040U;
             }
         }
         for (auto& t : tuning) {
             t = {16, 16, 12, 20, 40, 80, 120, 0, 3, 4, 5, 60, outdoor, 70, 110, 0, 64};
         }
-        state.u4RealLV = 90;
+        state.u4RealLV = lv;
     }
 
     void run(int frame) {
@@ -114,10 +117,13 @@ std::vector<Scene> scenes() {
         scene<CcmCaller>("SmoothCCM/polynomial-low-light", 1, 30U),
         scene<CcmCaller>("SmoothCCM/blend", 2, 100U),
         scene<CcmCaller>("SmoothCCM/blend-low-light", 2, 30U),
+        scene<CcmCaller>("SmoothCCM/blend-full-low-light", 2, 20U),
         scene<ColorCaller>("SmoothCOLOR/indoor", false, 0),
         scene<ColorCaller>("SmoothCOLOR/indoor-capture", false, 1),
         scene<ColorCaller>("SmoothCOLOR/outdoor", true, 0),
         scene<ColorCaller>("SmoothCOLOR/outdoor-capture", true, 1),
+        scene<ColorCaller>("SmoothCOLOR/outdoor-above-ramp", true, 0, 120U),
+        scene<ColorCaller>("SmoothCOLOR/outdoor-below-ramp", true, 0, 60U),
         block("InterParamByLVGlobal", InterParamByLVGlobal),
         block("InterParamGlobal", InterParamGlobal),
         block("InterParamByLVPartialY", InterParamByLVPartialY),

@@ -17,6 +17,10 @@ if(CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")
   target_compile_options(imgtune_library_flags INTERFACE ${IMGTUNE_ARM64_OPTIONS})
 endif()
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+  target_compile_options(imgtune_library_flags INTERFACE ${IMGTUNE_GXX_X86_OPTIONS})
+endif()
+
 add_library(imgtune_library_link INTERFACE)
 # libc and libm are named whether a build's inlining leaves a call to them or not.
 target_link_options(imgtune_library_link INTERFACE

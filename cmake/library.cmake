@@ -50,3 +50,8 @@ set(IMGTUNE_ANDROID_LINK_OPTIONS
 
 # g++ 12's SLP vectoriser drops roundings to float between doubles; these files live by them.
 set(IMGTUNE_SOURCES_WITHOUT_GXX_SLP ccm/gain_projection.cpp matrix/eigen.cpp)
+
+# g++ 12 makes `rep stos` and `rep movs`, which take long to start, of what is zeroed or copied in the
+# hundreds of bytes; vectors do it on x86.
+set(IMGTUNE_GXX_X86_OPTIONS
+  -mmemset-strategy=vector_loop:-1:noalign -mmemcpy-strategy=vector_loop:-1:noalign)

@@ -96,9 +96,9 @@ void trace_details(const BlockTrace& trace, const ColorImage& image) {
                as_signed(kColorMapBypass.read(image.u4Word)),
                as_signed(kInkDelta.read(image.u4Word)), as_signed(kInkChannel.read(image.u4Word)));
     for (unsigned set = 0; set < 3; ++set) {
-        trace.row<3>(kSets[set].enables, enables_of(set).read(image));
+        trace_row<3>(trace, kSets[set].enables, enables_of(set).read(image));
         for (const auto& line : kSets[set].lines) {
-            trace.row<15>(line.format, line_at(line.word).read(image));
+            trace_row<15>(trace, line.format, line_at(line.word).read(image));
         }
     }
 }

@@ -16,22 +16,28 @@ constexpr SmoothedTraceFormats kFormats{
 
 }  // namespace
 
+void blend_hue(const BlockTrace& trace, const ColorParam& param, const FrameBlend& blend,
+               const ColorImage& outdoor, const ColorImage& normal, ColorImage& scratch) {
+    blend_by_lv(trace, kHue, kFormats, param, blend, outdoor, normal, scratch);
+}
+
+void smooth_hue(const BlockTrace& trace, const ColorParam& param, const FrameBlend& blend,
+                const ColorImage& upper, const ColorImage& lower, ColorImage& working) {
+    smooth_by_ct(trace, kHue, kFormats, param, blend, param.hue_speed, upper, lower, working);
+}
+
 }  // namespace imgtune
 
 void InterParamByLVPartialH(ISP_SMOOTH_COLOR_PARAM_T& param,
                             NSIspTuning::ISP_NVRAM_COLOR_T const& outdoor,
                             NSIspTuning::ISP_NVRAM_COLOR_T const& normal,
                             NSIspTuning::ISP_NVRAM_COLOR_T& scratch) {
-    using namespace imgtune;
-    const BlockTrace trace("InterParamByLVPartialH", "debug.smooth_color.lvdump.hue");
-    blend_by_lv(trace, kHue, kFormats, param, outdoor, normal, scratch);
+    imgtune::kHueBlock.run_by_lv(param, outdoor, normal, scratch);
 }
 
 void InterParamPartialH(ISP_SMOOTH_COLOR_PARAM_T& param,
                         NSIspTuning::ISP_NVRAM_COLOR_T const& upper,
                         NSIspTuning::ISP_NVRAM_COLOR_T const& lower,
                         NSIspTuning::ISP_NVRAM_COLOR_T& working) {
-    using namespace imgtune;
-    const BlockTrace trace("InterParamPartialH", "debug.smooth_color.dump.hue");
-    smooth_by_ct(trace, kHue, kFormats, param, param.hue_speed, upper, lower, working);
+    imgtune::kHueBlock.run_by_ct(param, upper, lower, working);
 }

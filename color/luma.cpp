@@ -4,7 +4,7 @@ namespace imgtune {
 
 namespace {
 
-constexpr SpacedByteRun<16> kLuma{6};
+constexpr SpacedByteRun<6> kLuma;
 
 constexpr SmoothedTraceFormats kFormats{
     "[%s()] PY_Low : " IMGTUNE_16_VALUES "\n",
@@ -15,22 +15,28 @@ constexpr SmoothedTraceFormats kFormats{
 
 }  // namespace
 
+void blend_luma(const BlockTrace& trace, const ColorParam& param, const FrameBlend& blend,
+                const ColorImage& outdoor, const ColorImage& normal, ColorImage& scratch) {
+    blend_by_lv(trace, kLuma, kFormats, param, blend, outdoor, normal, scratch);
+}
+
+void smooth_luma(const BlockTrace& trace, const ColorParam& param, const FrameBlend& blend,
+                 const ColorImage& upper, const ColorImage& lower, ColorImage& working) {
+    smooth_by_ct(trace, kLuma, kFormats, param, blend, param.lum_speed, upper, lower, working);
+}
+
 }  // namespace imgtune
 
 void InterParamByLVPartialY(ISP_SMOOTH_COLOR_PARAM_T& param,
                             NSIspTuning::ISP_NVRAM_COLOR_T const& outdoor,
                             NSIspTuning::ISP_NVRAM_COLOR_T const& normal,
                             NSIspTuning::ISP_NVRAM_COLOR_T& scratch) {
-    using namespace imgtune;
-    const BlockTrace trace("InterParamByLVPartialY", "debug.smooth_color.lvdump.lum");
-    blend_by_lv(trace, kLuma, kFormats, param, outdoor, normal, scratch);
+    imgtune::kLumaBlock.run_by_lv(param, outdoor, normal, scratch);
 }
 
 void InterParamPartialY(ISP_SMOOTH_COLOR_PARAM_T& param,
                         NSIspTuning::ISP_NVRAM_COLOR_T const& upper,
                         NSIspTuning::ISP_NVRAM_COLOR_T const& lower,
                         NSIspTuning::ISP_NVRAM_COLOR_T& working) {
-    using namespace imgtune;
-    const BlockTrace trace("InterParamPartialY", "debug.smooth_color.dump.lum");
-    smooth_by_ct(trace, kLuma, kFormats, param, param.lum_speed, upper, lower, working);
+    imgtune::kLumaBlock.run_by_ct(param, upper, lower, working);
 }

@@ -28,50 +28,35 @@ constexpr std::uint32_t step_toward(std::uint32_t previous, std::uint32_t target
 }
 
 /// Weighted mean of a High and a Low value, (high * weight_high + low * weight_low) / divisor:
-/// the one form of both the LV blend and the CT interpolation.
-class Blend {
-  public:
+/// the one form of both the LV blend and the CT interpolation. The weights add up to the divisor.
+struct BlendRule {
+    std::int32_t weight_high;
+    std::int32_t weight_low;
+    std::int32_t divisor;
+
     /// Outdoor (High) and normal (Low) value by light value; a zero base gives 0.
-    static constexpr Blend by_lv(std::int32_t ratio, std::int32_t base) {
+    static constexpr BlendRule by_lv(std::int32_t ratio, std::int32_t base) {
         return {ratio, wrap_sub(base, ratio), base};
     }
 
     /// Value at CT x between p (High) and q (Low), p equal to q giving 0.
-    static constexpr Blend by_ct_unguarded(std::int32_t x, std::int32_t p, std::int32_t q) {
+    static constexpr BlendRule by_ct_unguarded(std::int32_t x, std::int32_t p, std::int32_t q) {
         return {wrap_sub(q, x), wrap_sub(x, p), wrap_sub(q, p)};
     }
 
     /// The same, a degenerate bracket giving the Low value.
-    static constexpr Blend by_ct(std::int32_t x, std::int32_t p, std::int32_t q) {
-        return is_degenerate_bracket(x, p, q) ? Blend{0, 1, 1} : by_ct_unguarded(x, p, q);
+    static constexpr BlendRule by_ct(std::int32_t x, std::int32_t p, std::int32_t q) {
+        return is_degenerate_bracket(x, p, q) ? BlendRule{0, 1, 1} : by_ct_unguarded(x, p, q);
+    }
+
+    /// The sum that is divided. An amount added to both values adds that many divisors to it.
+    constexpr std::int32_t weigh(std::int32_t high, std::int32_t low) const {
+        return wrap_add(wrap_mul(high, weight_high), wrap_mul(low, weight_low));
     }
 
     constexpr std::int32_t operator()(std::int32_t high, std::int32_t low) const {
-        return divide(weigh(high, low));
+        return divide_or_zero(weigh(high, low), divisor);
     }
-
-    // The two steps of a blend. The weights add up to the divisor: the same amount added to both
-    // values adds that many divisors to what weigh gives.
-    constexpr std::int32_t weigh(std::int32_t high, std::int32_t low) const {
-        return wrap_add(wrap_mul(high, weight_high_), wrap_mul(low, weight_low_));
-    }
-    constexpr std::int32_t divide(std::int32_t weighed) const { return divider_.divide(weighed); }
-
-    constexpr std::int32_t weight_high() const { return weight_high_; }
-    constexpr std::int32_t weight_low() const { return weight_low_; }
-    constexpr std::int32_t divisor() const { return divisor_; }
-
-  private:
-    constexpr Blend(std::int32_t weight_high, std::int32_t weight_low, std::int32_t divisor)
-        : weight_high_(weight_high),
-          weight_low_(weight_low),
-          divisor_(divisor),
-          divider_(divisor) {}
-
-    std::int32_t weight_high_;
-    std::int32_t weight_low_;
-    std::int32_t divisor_;
-    FrameDivisor divider_;
 };
 
 }  // namespace imgtune

@@ -1,4 +1,4 @@
-#include "color/block.h"
+#include "color/blocks.h"
 
 namespace imgtune {
 
@@ -30,21 +30,43 @@ constexpr std::size_t kLevelCount = sizeof(kLevels) / sizeof(kLevels[0]);
 // SGY0, SGY64, SGY128, SGY192, SGY256, one after the other.
 constexpr ByteRun<kLevelCount * kEntries, 44> kCurves;
 
-void interpolate_block(const BlockTrace& trace, const Blend& blend, const ColorImage& high_image,
-                       const ColorImage& low_image, ColorImage& out_image) {
+template <class Kind, class Trace>
+void blend_block(const Trace& trace, Kind kind, const ColorImage& high_image,
+                 const ColorImage& low_image, ColorImage& out_image) {
     const auto high = kCurves.read(high_image);
     const auto low = kCurves.read(low_image);
-    const auto out = blend_all(blend, high, low);
+    const KeptInputs kept(trace, high, low);
+    const auto out = kind(high, low);
     kCurves.write(out_image, cut_to_bytes(out));
     if (!trace.details()) return;
     for (std::size_t k = 0; k < kLevelCount; ++k) {
-        trace.row<kEntries>(kLevels[k].low, low, k * kEntries);
-        trace.row<kEntries>(kLevels[k].high, high, k * kEntries);
-        trace.row<kEntries>(kLevels[k].out, out, k * kEntries);
+        trace_row<kEntries>(trace, kLevels[k].low, kept.low, k * kEntries);
+        trace_row<kEntries>(trace, kLevels[k].high, kept.high, k * kEntries);
+        trace_row<kEntries>(trace, kLevels[k].out, out, k * kEntries);
     }
 }
 
 }  // namespace
+
+void blend_saturation_gain(const BlockTrace& block_trace, const ColorParam& param,
+                           const FrameBlend& blend, const ColorImage& outdoor,
+                           const ColorImage& normal, ColorImage& scratch) {
+    blend.apply(block_trace, [&](auto kind, const auto& trace) {
+        trace.lv_header(param);
+        blend_block(trace, kind, outdoor, normal, scratch);
+    });
+}
+
+void interpolate_saturation_gain(const BlockTrace& block_trace, const ColorParam& param,
+                                 const FrameBlend& blend, const ColorImage& upper,
+                                 const ColorImage& lower, ColorImage& working) {
+    blend.apply(block_trace, [&](auto kind, const auto& trace) {
+        trace.header("[%s()] u4RealCT = %d, u4LowerCT = %d, u4UpperCT = %d\n",
+                     as_signed(param.u4RealCT), as_signed(param.u4LowerCT),
+                     as_signed(param.u4UpperCT));
+        blend_block(trace, kind, upper, lower, working);
+    });
+}
 
 }  // namespace imgtune
 
@@ -52,19 +74,12 @@ void InterParamByLVSGainByY(ISP_SMOOTH_COLOR_PARAM_T& param,
                             NSIspTuning::ISP_NVRAM_COLOR_T const& outdoor,
                             NSIspTuning::ISP_NVRAM_COLOR_T const& normal,
                             NSIspTuning::ISP_NVRAM_COLOR_T& scratch) {
-    using namespace imgtune;
-    const BlockTrace trace("InterParamByLVSGainByY", "debug.smooth_color.lvdump.sgy");
-    trace.lv_header(param);
-    interpolate_block(trace, lv_blend(param), outdoor, normal, scratch);
+    imgtune::kSaturationGainBlock.run_by_lv(param, outdoor, normal, scratch);
 }
 
 void InterParamSGainByY(ISP_SMOOTH_COLOR_PARAM_T& param,
                         NSIspTuning::ISP_NVRAM_COLOR_T const& upper,
                         NSIspTuning::ISP_NVRAM_COLOR_T const& lower,
                         NSIspTuning::ISP_NVRAM_COLOR_T& working) {
-    using namespace imgtune;
-    const BlockTrace trace("InterParamSGainByY", "debug.smooth_color.dump.sgy");
-    trace.header("[%s()] u4RealCT = %d, u4LowerCT = %d, u4UpperCT = %d\n",
-                 as_signed(param.u4RealCT), as_signed(param.u4LowerCT), as_signed(param.u4UpperCT));
-    interpolate_block(trace, ct_blend(param), upper, lower, working);
+    imgtune::kSaturationGainBlock.run_by_ct(param, upper, lower, working);
 }

@@ -3,7 +3,7 @@
 #include "color/rules.h"
 
 int InterParamByCT(int x, int p, int q, int valueP, int valueQ) {
-    return imgtune::Blend::by_ct(x, p, q)(valueP, valueQ);
+    return imgtune::BlendRule::by_ct(x, p, q)(valueP, valueQ);
 }
 
 int IsCCTBoundary(int x, int p, int q) {
@@ -11,7 +11,7 @@ int IsCCTBoundary(int x, int p, int q) {
 }
 
 int InterParamByLV(int ratio, int base, int outdoor, int normal) {
-    return imgtune::Blend::by_lv(ratio, base)(outdoor, normal);
+    return imgtune::BlendRule::by_lv(ratio, base)(outdoor, normal);
 }
 
 unsigned int IIR(unsigned int previous, unsigned int target, unsigned int step) {
@@ -23,7 +23,7 @@ unsigned int Clip(unsigned int value, unsigned int boundA, unsigned int boundB) 
 }
 
 int InterParam_PCA(int x, int p, int q, int valueP, int valueQ) {
-    return imgtune::Blend::by_ct_unguarded(x, p, q)(valueP, valueQ);
+    return imgtune::BlendRule::by_ct_unguarded(x, p, q)(valueP, valueQ);
 }
 
 void SmoothPCA_TBL(int, unsigned int, unsigned int, NSIspTuning::EIndex_PCA_LUT_CT,

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "color/block.h"
+#include "color/blocks.h"
 #include "color/control.h"
 #include "color/parameters.h"
 #include "common/debug_switch.h"
@@ -81,23 +81,16 @@ void trace_tuning(std::int32_t on, const ISP_NVRAM_PCA_PARAM_T& t) {
         as_signed(t.u4PcaWord15), as_signed(t.u4OutdoorBase));
 }
 
-using BlockFunction = void (*)(ColorParam&, const ColorImage&, const ColorImage&, ColorImage&);
-
-/// A block's LV blend and CT interpolation, in the order in which the blocks are taken.
-struct Block {
-    BlockFunction by_lv;
-    BlockFunction by_ct;
-};
-
-constexpr Block kBlocks[] = {
-    {InterParamByLVGlobal, InterParamGlobal},     {InterParamByLVPartialY, InterParamPartialY},
-    {InterParamByLVPartialH, InterParamPartialH}, {InterParamByLVPartialS, InterParamPartialS},
-    {InterParamByLVSGainByY, InterParamSGainByY}, {InterParamByLVLSP, InterParamLSP},
-};
+/// In the order in which they are taken.
+constexpr Block kBlocks[] = {kGlobalBlock,     kLumaBlock,           kHueBlock,
+                             kSaturationBlock, kSaturationGainBlock, kLspBlock};
 
 void interpolate_indoor(ColorParam& param, const ColorImage& upper, const ColorImage& lower,
                         ColorImage& working) {
-    for (const Block& block : kBlocks) block.by_ct(param, upper, lower, working);
+    const FrameBlend by_ct = ct_blend(param);
+    for (const Block& block : kBlocks) {
+        block.by_ct.run(block.by_ct.trace(), param, by_ct, upper, lower, working);
+    }
     InterParam3DLUT(param, upper, lower, working);
 }
 
@@ -106,16 +99,60 @@ struct ImagePair {
     const ColorImage& lower;
 };
 
+/// An image for LV blends, which write just the fields that the interpolation after them reads. The
+/// words that they write in part start out zeroed.
+struct ScratchImage {
+    ColorImage image;
+
+    ScratchImage() {
+        std::fill_n(image.u4Word + 4, 10, 0U);
+        std::fill_n(image.u4Word + 69, 2, 0U);
+    }
+};
+
+/// Every block by LV, then by CT.
+void interpolate_inside_ramp(const ColorParam& param, const FrameBlend& by_lv,
+                             const FrameBlend& by_ct, const ImagePair& outdoor,
+                             const ImagePair& normal, ColorImage& working) {
+    ScratchImage upper_scratch;
+    ScratchImage lower_scratch;
+    ColorImage& upper = upper_scratch.image;
+    ColorImage& lower = lower_scratch.image;
+    for (const Block& block : kBlocks) {
+        block.by_lv.run(block.by_lv.trace(), param, by_lv, outdoor.upper, normal.upper, upper);
+        block.by_lv.run(block.by_lv.trace(), param, by_lv, outdoor.lower, normal.lower, lower);
+        block.by_ct.run(block.by_ct.trace(), param, by_ct, upper, lower, working);
+    }
+}
+
+/// The same where the outdoor or the normal images have all the weight: these stand for the blends
+/// that would give their fields back, unless lines are asked for.
+void interpolate_at_ramp_end(const ColorParam& param, const FrameBlend& by_lv,
+                             const FrameBlend& by_ct, const ImagePair& outdoor,
+                             const ImagePair& normal, ColorImage& working) {
+    const ImagePair whole = by_lv.takes_low() ? normal : outdoor;
+    for (const Block& block : kBlocks) {
+        ColorImage scratch[2];
+        const auto blended = [&](const ColorImage& high, const ColorImage& low,
+                                 const ColorImage& all, ColorImage& out) -> const ColorImage& {
+            const BlockTrace trace = block.by_lv.trace();
+            if (!trace.on() && (block.comes_back == nullptr || block.comes_back(all))) return all;
+            out = {};
+            block.by_lv.run(trace, param, by_lv, high, low, out);
+            return out;
+        };
+        const ColorImage& upper = blended(outdoor.upper, normal.upper, whole.upper, scratch[0]);
+        const ColorImage& lower = blended(outdoor.lower, normal.lower, whole.lower, scratch[1]);
+        block.by_ct.run(block.by_ct.trace(), param, by_ct, upper, lower, working);
+    }
+}
+
 void interpolate_outdoor(ColorParam& param, bool outdoor_color_map, const ImagePair& outdoor,
                          const ImagePair& normal, ColorImage& working) {
-    // Each blend writes just the fields that the interpolation after it reads.
-    ColorImage upper_scratch{};
-    ColorImage lower_scratch{};
-    for (const Block& block : kBlocks) {
-        block.by_lv(param, outdoor.upper, normal.upper, upper_scratch);
-        block.by_lv(param, outdoor.lower, normal.lower, lower_scratch);
-        block.by_ct(param, upper_scratch, lower_scratch, working);
-    }
+    const FrameBlend by_lv = lv_blend(param);
+    const bool at_end = by_lv.takes_low() || by_lv.takes_high();
+    const auto interpolate = at_end ? interpolate_at_ramp_end : interpolate_inside_ramp;
+    interpolate(param, by_lv, ct_blend(param), outdoor, normal, working);
     const ImagePair& map = outdoor_color_map ? outdoor : normal;
     InterParam3DLUT(param, map.upper, map.lower, working);
 }

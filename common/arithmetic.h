@@ -1,11 +1,17 @@
 #ifndef IMGTUNE_COMMON_ARITHMETIC_H
 #define IMGTUNE_COMMON_ARITHMETIC_H
 
-#include <bit>
 #include <cstdint>
 #include <limits>
 
 namespace imgtune {
+
+/// The bits of one type as another of its size. (Some standard libraries lack std::bit_cast.)
+template <class To, class From>
+constexpr To bit_cast(const From& from) {
+    static_assert(sizeof(To) == sizeof(From));
+    return __builtin_bit_cast(To, from);
+}
 
 constexpr std::uint32_t as_unsigned(std::int32_t v) {
     return static_cast<std::uint32_t>(v);
@@ -111,7 +117,7 @@ class FrameDivisor {
     static constexpr double reciprocal_of(std::int32_t divisor) {
         if (divisor == 0) return 0.0;
         const double magnitude = divisor < 0 ? -static_cast<double>(divisor) : divisor;
-        return std::bit_cast<double>(std::bit_cast<std::uint64_t>(1.0 / magnitude) + 1);
+        return bit_cast<double>(bit_cast<std::uint64_t>(1.0 / magnitude) + 1);
     }
 
     double reciprocal_;

@@ -37,7 +37,13 @@ std::int32_t parse_integer(const char* text) {
 std::int32_t DebugSwitches::read(const char* name) {
     value_[0] = '\0';  // a read that fails and writes nothing is off, too
     property_get(name, value_, "0");
+    if (is_digit(value_[0]) && value_[1] == '\0') return value_[0] - '0';  // what most switches hold
     return parse_integer(value_);
+}
+
+std::int32_t read_debug_switch(const char* name) {
+    DebugSwitches switches;
+    return switches.read(name);
 }
 
 }  // namespace imgtune

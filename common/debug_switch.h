@@ -21,9 +21,8 @@ class DebugSwitches {
     char value_[kValueSize] = {};
 };
 
-inline std::int32_t read_debug_switch(const char* name) {
-    return DebugSwitches().read(name);
-}
+/// A switch's value now, read into a buffer of its own.
+std::int32_t read_debug_switch(const char* name);
 
 }  // namespace imgtune
 

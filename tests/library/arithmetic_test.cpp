@@ -7,8 +7,6 @@
 #include <limits>
 #include <random>
 
-#include "color/lanes.h"
-#include "color/rules.h"
 #include "common/debug_switch.h"
 
 namespace imgtune {
@@ -92,42 +90,6 @@ TEST(Arithmetic, ReciprocalDivisionIsExact) {
             check(wrap_add(multiple, 1));
             check(wrap_sub(multiple, 1));
         }
-    }
-}
-
-// The byte and 16-bit forms must wrap exactly as the rule for one pair does.
-TEST(Arithmetic, WeighingManyPairsIsWeighingEach) {
-    std::mt19937 random(9);
-    Bytes<48> high_bytes, low_bytes;
-    Halves<24> high_halves, low_halves;
-    const auto fill = [&random](auto& fields, unsigned top) {
-        for (auto& v : fields.v) {
-            const unsigned pick = static_cast<unsigned>(random());
-            v = static_cast<std::remove_reference_t<decltype(v)>>(
-                pick % 4 == 0 ? top
-                              : (pick % 4 == 1 ? 0 : (pick % 4 == 2 ? top / 2 + 1 : pick >> 8)));
-        }
-    };
-    const std::int32_t edges[] = {0,       1,       -1,      0x7fff, 0x8000, -0x8000, 0xffff,
-                                  0x10000, 0x18000, -0x8001, kMax,   kMin,   1000000, -1000000};
-    for (int round = 0; round < 3000; ++round) {
-        const auto weight = [&] {
-            return round % 2 ? edges[random() % 14]
-                             : as_signed(static_cast<std::uint32_t>(random()));
-        };
-        const Blend blend = Blend::by_lv(weight(), weight());
-        fill(high_bytes, 255);
-        fill(low_bytes, 255);
-        fill(high_halves, 65535);
-        fill(low_halves, 65535);
-        Lanes<48> plain_bytes;
-        weigh_plain(blend, view(high_bytes), view(low_bytes), plain_bytes);
-        const Lanes<48> bytes = weigh(blend, view(high_bytes), view(low_bytes));
-        for (int j = 0; j < 48; ++j) ASSERT_EQ(bytes.v[j], plain_bytes.v[j]) << round << " " << j;
-        Lanes<24> plain_halves;
-        weigh_plain(blend, high_halves, low_halves, plain_halves);
-        const Lanes<24> halves = weigh(blend, high_halves, low_halves);
-        for (int j = 0; j < 24; ++j) ASSERT_EQ(halves.v[j], plain_halves.v[j]) << round << " " << j;
     }
 }
 

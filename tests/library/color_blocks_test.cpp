@@ -2,6 +2,7 @@
 #include <imgtune/imgtune.h>
 
 #include <cstring>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -322,6 +323,83 @@ TEST(ColorBlocks, SwitchOneLogsDetailsOthersTheHeaderOnly) {
     }
 }
 
+Image random_image(std::mt19937& random) {
+    Image image;
+    for (auto& w : image.u4Word) w = static_cast<std::uint32_t>(random());
+    return image;
+}
+
+/// Weights on both sides of every limit up to which a blend is narrow: (weight, full scale).
+constexpr std::uint32_t kShares[][2] = {{0, 1},
+                                        {1, 1},
+                                        {2, 1},
+                                        {0, 50},
+                                        {1, 50},
+                                        {49, 50},
+                                        {50, 50},
+                                        {51, 50},
+                                        {~0U, 50},
+                                        {0, 8192},
+                                        {8191, 8192},
+                                        {8192, 8192},
+                                        {8193, 8192},
+                                        {0, 8193},
+                                        {4000, 8193},
+                                        {8193, 8193},
+                                        {0, 0},
+                                        {5, 0},
+                                        {3, ~0U},
+                                        {7, 1U << 31},
+                                        {100, 255},
+                                        {128, 257},
+                                        {123456, 1U << 20}};
+
+/// Knots apart, equal or falling, gains and everything else of all sizes.
+Image limit_image(std::mt19937& random) {
+    Image image = random_image(random);
+    auto* bytes = reinterpret_cast<unsigned char*>(image.u4Word);
+    const unsigned style = random() % 4;
+    for (unsigned j = 0; j < 20; ++j) {
+        unsigned char &first = bytes[34 * 4 + j], &second = bytes[39 * 4 + j];
+        if (style < 3 && first > second) std::swap(first, second);
+        if (style == 1 && random() % 4 == 0) first = second;
+        if (style == 2) first = static_cast<unsigned char>(j), second = 255;
+    }
+    if (style == 3 && random() % 2 == 0) {
+        for (auto& w : image.u4Word) w = random() % 2 == 0 ? 0xffffffff : 0;
+    }
+    return image;
+}
+
+// A call that logs blends by the plain rule; one that does not takes whatever way is quickest.
+TEST(ColorBlocks, LoggingChangesNoResultOnEitherSideOfAnyLimit) {
+    std::mt19937 random(31);
+    for (const auto& block : kBlocks) {
+        for (int round = 0; round < 40; ++round) {
+            for (const auto& share : kShares) {
+                Param p = half_way();
+                p.u4OutdoorRatio = share[0];
+                p.u4OutdoorBase = share[1];
+                p.u4UpperCT = 1 + static_cast<std::uint32_t>(random()) % 300;
+                p.u4LowerCT = p.u4UpperCT + share[1];
+                p.u4RealCT = p.u4LowerCT - share[0];
+                p.IsBoot = static_cast<std::uint32_t>(random()) % 2;
+                p.LSPEnable = static_cast<std::uint32_t>(random()) % 2;
+                p.hue_speed = static_cast<std::uint32_t>(random()) % 300;
+                const Image high = limit_image(random), low = limit_image(random);
+                const Image before = random_image(random);
+                Image silent = before, logged = before;
+                fakes::reset();
+                block.function(p, high, low, silent);
+                fakes::properties[block.property] = "2";
+                block.function(p, high, low, logged);
+                ASSERT_EQ(std::memcmp(&silent, &logged, sizeof(silent)), 0)
+                    << block.name << " " << share[0] << " of " << share[1];
+            }
+        }
+    }
+}
+
 std::string traced(BlockFunction function, const char* property, Param p, const Image& high,
                    const Image& low, Image working) {
     fakes::reset_with({property});
@@ -441,6 +519,27 @@ TEST(ColorTraces, RowsCarryTheirEntriesInOrder) {
                   row("SG1_Out ", 106) + row("SG2_Low ", 100) + row("SG2_High", 80) +
                   row("SG2_Tgt ", 90) + row("SG2_Out ", 91) + row("SG3_Low ", 40) +
                   row("SG3_High", 60) + row("SG3_Tgt ", 50) + row("SG3_Out ", 50));
+}
+
+TEST(ColorTraces, ShowInputsAsTheyWereThoughTheOutputIsOneOfThem) {
+    std::mt19937 random(37);
+    for (const auto& block : kBlocks) {
+        if (block.function == InterParam3DLUT) continue;  // it shows what it wrote
+        const Image a = random_image(random), b = random_image(random);
+        Param p = at_once(half_way());
+        p.u4RealCT = 200;
+        const struct {
+            bool high_is_out, low_is_out;
+        } cases[] = {{true, false}, {false, true}, {true, true}};
+        for (const auto& c : cases) {
+            const std::string apart = traced(block.function, block.property, p,
+                                             c.high_is_out ? a : b, c.low_is_out ? a : b, a);
+            Image out = a;
+            fakes::reset_with({block.property});
+            block.function(p, c.high_is_out ? out : b, c.low_is_out ? out : b, out);
+            EXPECT_EQ(fakes::log_text(), apart) << block.name;
+        }
+    }
 }
 
 TEST(ColorTraces, ColourMapShowsEveryFieldOfTheWorkingImage) {

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 #include <imgtune/imgtune.h>
 
+#include <algorithm>
 #include <cstring>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -67,6 +69,51 @@ TEST(SmoothColor, OutdoorRampBlendsAndSwitchesTheColourMap) {
         caller.run();
         EXPECT_EQ(caller.hue(), c.hue) << c.lv;
         EXPECT_EQ(caller.map(), c.map) << c.lv;
+    }
+}
+
+// A frame that logs takes no short cut: none past a blend whose weight is 0 or full, none of a
+// narrow blend. Light wanders over both ends of the outdoor ramp and of the CT bracket.
+TEST(SmoothColor, LoggingChangesNoFrameOfALongDay) {
+    std::mt19937 random(41);
+    const auto below = [&random](unsigned end) { return static_cast<unsigned>(random()) % end; };
+    for (const unsigned base : {64U, 1U, 8192U, 8193U, 0U}) {
+        Caller silent;
+        for (auto& slot : silent.table) {
+            for (auto& image : slot) {
+                for (auto& w : image.u4Word) w = static_cast<std::uint32_t>(random());
+                if (below(4) == 0) continue;  // knots in any order
+                for (unsigned w = 34; w < 39; ++w) {
+                    image.u4Word[w] = (image.u4Word[w] & 0x3f3f3f3fU) | 0x01010101U;
+                    image.u4Word[w + 5] |= 0x40404040U;
+                }
+            }
+        }
+        silent.tuning[0].u4OutdoorEnable = 1;
+        silent.tuning[0].u4OutdoorBase = base;
+        Caller logged = silent;
+        unsigned lv = 110;
+        for (int frame = 0; frame < 1500; ++frame) {
+            lv = std::clamp(lv + below(5) - 2, 95U, 125U);
+            silent.state.u4RealLV = lv;
+            silent.state.u4CCT = 3950 + below(1100);
+            silent.upper = static_cast<int>(below(5));
+            silent.capture = below(16) == 0;
+            logged.state = silent.state;
+            logged.upper = silent.upper;
+            logged.capture = silent.capture;
+            fakes::reset();
+            silent.run();
+            for (const char* step : {"dump", "lvdump"}) {
+                for (const char* block : {"global", "lum", "hue", "sat", "sgy", "lsp"}) {
+                    fakes::properties[std::string("debug.smooth_color.") + step + "." + block] =
+                        "2";
+                }
+            }
+            logged.run();
+            ASSERT_EQ(std::memcmp(&silent.working, &logged.working, sizeof(Image)), 0)
+                << "base " << base << ", LV " << lv << ", frame " << frame;
+        }
     }
 }
 

@@ -1,0 +1,24 @@
+#ifndef IMGTUNE_COLOR_VECTOR_H
+#define IMGTUNE_COLOR_VECTOR_H
+
+// The one place where the machine's vectors are chosen.
+
+#include "color/vector_plain.h"
+
+#if defined(__SSE2__)
+#include "color/vector_sse2.h"
+namespace imgtune {
+namespace vector = sse2;
+}
+#elif defined(__aarch64__) && defined(__ARM_NEON)
+#include "color/vector_neon.h"
+namespace imgtune {
+namespace vector = neon;
+}
+#else
+namespace imgtune {
+namespace vector = plain;
+}
+#endif
+
+#endif

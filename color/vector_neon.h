@@ -1,0 +1,173 @@
+#ifndef IMGTUNE_COLOR_VECTOR_NEON_H
+#define IMGTUNE_COLOR_VECTOR_NEON_H
+
+#include <arm_neon.h>
+
+#include <cstdint>
+#include <cstring>
+
+#include "color/narrow_scale.h"
+#include "color/packed_fields.h"
+
+// The operations of vector_plain.h with the vectors of 64-bit Arm.
+
+namespace imgtune::neon {
+
+struct Sixteen {
+    uint8x16_t v;
+};
+struct Quad {
+    int32x4_t v;
+};
+struct Pairs {
+    uint16x4_t high;
+    uint16x4_t low;
+};
+
+inline Sixteen load(const std::uint8_t* from) {
+    return {vld1q_u8(from)};
+}
+inline Quad load(const std::int32_t* from) {
+    return {vld1q_s32(from)};
+}
+inline void store(std::uint8_t* to, Sixteen bytes) {
+    vst1q_u8(to, bytes.v);
+}
+inline void store(std::int32_t* to, Quad values) {
+    vst1q_s32(to, values.v);
+}
+
+inline Sixteen load_spaced(const std::uint32_t* words) {
+    return {vuzp1q_u8(vreinterpretq_u8_u32(vld1q_u32(words)),
+                      vreinterpretq_u8_u32(vld1q_u32(words + 4)))};
+}
+
+inline void store_spaced(std::uint32_t* words, Sixteen bytes) {
+    const uint8x16_t kept = vuzp2q_u8(vreinterpretq_u8_u32(vld1q_u32(words)),
+                                      vreinterpretq_u8_u32(vld1q_u32(words + 4)));
+    vst1q_u32(words, vreinterpretq_u32_u8(vzip1q_u8(bytes.v, kept)));
+    vst1q_u32(words + 4, vreinterpretq_u32_u8(vzip2q_u8(bytes.v, kept)));
+}
+
+inline Sixteen cut(const std::int32_t* values) {
+    const auto eight = [](const std::int32_t* from) {
+        return vreinterpretq_u8_u16(vuzp1q_u16(vreinterpretq_u16_s32(vld1q_s32(from)),
+                                               vreinterpretq_u16_s32(vld1q_s32(from + 4))));
+    };
+    return {vuzp1q_u8(eight(values), eight(values + 8))};
+}
+
+inline Sixteen saturate(const std::int32_t* values) {
+    const auto eight = [](const std::int32_t* from) {
+        return vqmovun_high_s32(vqmovun_s32(vld1q_s32(from)), vld1q_s32(from + 4));
+    };
+    return {vqmovn_high_u16(vqmovn_u16(eight(values)), eight(values + 8))};
+}
+
+inline bool all_at_most(Sixteen a, Sixteen b) {
+    return vminvq_u8(vcleq_u8(a.v, b.v)) != 0;
+}
+inline bool all_below(Sixteen a, Sixteen b) {
+    return vminvq_u8(vcltq_u8(a.v, b.v)) != 0;
+}
+
+inline Sixteen clip(Sixteen bytes, Sixteen a, Sixteen b) {
+    const uint8x16_t lifted = vmaxq_u8(bytes.v, vminq_u8(a.v, b.v));
+    return {vminq_u8(lifted, vmaxq_u8(a.v, b.v))};
+}
+
+inline Sixteen step(Sixteen previous, Sixteen target, std::uint8_t reach) {
+    const uint8x16_t reaches = vdupq_n_u8(reach);
+    const uint8x16_t lifted = vmaxq_u8(target.v, vqsubq_u8(previous.v, reaches));
+    return {vminq_u8(lifted, vqaddq_u8(previous.v, reaches))};
+}
+
+inline Pairs load_pairs(const std::uint8_t* high, const std::uint8_t* low) {
+    const auto four = [](const std::uint8_t* from) {
+        std::uint32_t word;
+        std::memcpy(&word, from, 4);
+        return vget_low_u16(vmovl_u8(vreinterpret_u8_u32(vdup_n_u32(word))));
+    };
+    return {four(high), four(low)};
+}
+
+inline Pairs operator-(Pairs a, Pairs b) {
+    return {vsub_u16(a.high, b.high), vsub_u16(a.low, b.low)};
+}
+inline Pairs operator*(Pairs a, Pairs b) {
+    return {vmul_u16(a.high, b.high), vmul_u16(a.low, b.low)};
+}
+
+inline Quad operator+(Quad a, Quad b) {
+    return {vaddq_s32(a.v, b.v)};
+}
+inline Quad operator-(Quad a, Quad b) {
+    return {vsubq_s32(a.v, b.v)};
+}
+inline Quad times_32(Quad a) {
+    return {vshlq_n_s32(a.v, 5)};
+}
+inline Quad plus_32(Quad a) {
+    return {vaddq_s32(a.v, vdupq_n_s32(32))};
+}
+inline Quad over_32(Quad a) {
+    return {vshrq_n_s32(a.v, 5)};
+}
+
+inline Quad quotient_or_zero(Quad a, Quad b) {
+    const float32x4_t quotient = vdivq_f32(vcvtq_f32_s32(a.v), vcvtq_f32_s32(b.v));
+    const uint32x4_t divides = vtstq_s32(b.v, b.v);
+    return {vandq_s32(vcvtq_s32_f32(quotient), vreinterpretq_s32_u32(divides))};
+}
+
+inline Quad unpack(const PackedFields& fields, std::uint32_t word) {
+    const int32x4_t down = vnegq_s32(vld1q_s32(fields.low));
+    const uint32x4_t shifted = vshlq_u32(vdupq_n_u32(word), down);
+    return {vandq_s32(vreinterpretq_s32_u32(shifted), vld1q_s32(fields.value_mask))};
+}
+
+inline std::uint32_t pack(const PackedFields& fields, Quad values) {
+    const int32x4_t cut = vandq_s32(values.v, vld1q_s32(fields.value_mask));
+    return vaddvq_u32(vreinterpretq_u32_s32(vshlq_s32(cut, vld1q_s32(fields.low))));
+}
+
+inline Pairs pair(Quad high, Quad low) {
+    return {vmovn_u32(vreinterpretq_u32_s32(high.v)), vmovn_u32(vreinterpretq_u32_s32(low.v))};
+}
+
+inline Quad weigh_halves(const NarrowScale& scale, uint16x4_t high, uint16x4_t low) {
+    const uint32x4_t part = vmull_n_u16(high, static_cast<std::uint16_t>(scale.weight_high));
+    return {vreinterpretq_s32_u32(
+        vmlal_n_u16(part, low, static_cast<std::uint16_t>(scale.weight_low)))};
+}
+inline Quad weigh_bytes(const NarrowScale& scale, Pairs pairs) {
+    return weigh_halves(scale, pairs.high, pairs.low);
+}
+inline Quad weigh_levels(const NarrowScale& scale, Pairs pairs) {
+    return weigh_halves(scale, pairs.high, pairs.low);
+}
+
+inline Quad divide_bytes(const NarrowScale& scale, Quad sums) {
+    return {vcvtq_s32_f32(vmulq_n_f32(vcvtq_f32_s32(sums.v), scale.reciprocal))};
+}
+
+/// The doubling multiplication keeps what lies above 31 bits.
+inline Quad divide_levels(const NarrowScale& scale, Quad sums) {
+    return {vshlq_s32(vqdmulhq_n_s32(sums.v, scale.multiplier), vdupq_n_s32(-scale.shift))};
+}
+
+inline Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
+    const auto four = [&](uint16x4_t h, uint16x4_t l) {
+        return vreinterpretq_u16_s32(divide_bytes(scale, weigh_halves(scale, h, l)).v);
+    };
+    const auto eight = [&](uint16x8_t h, uint16x8_t l) {
+        return vreinterpretq_u8_u16(vuzp1q_u16(four(vget_low_u16(h), vget_low_u16(l)),
+                                               four(vget_high_u16(h), vget_high_u16(l))));
+    };
+    return {vuzp1q_u8(eight(vmovl_u8(vget_low_u8(high.v)), vmovl_u8(vget_low_u8(low.v))),
+                      eight(vmovl_high_u8(high.v), vmovl_high_u8(low.v)))};
+}
+
+}  // namespace imgtune::neon
+
+#endif

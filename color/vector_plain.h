@@ -1,0 +1,242 @@
+#ifndef IMGTUNE_COLOR_VECTOR_PLAIN_H
+#define IMGTUNE_COLOR_VECTOR_PLAIN_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "color/narrow_scale.h"
+#include "color/packed_fields.h"
+#include "common/arithmetic.h"
+
+// The operations of the register blocks on a few lanes at a time, in plain C++: what every machine
+// can run, and what the others are tested against. Here and in its siblings:
+//
+// Sixteen   sixteen bytes
+// Quad      four values of 32 bits
+// Pairs     four pairs of a High and a Low value, 16 bits each
+
+namespace imgtune::plain {
+
+struct Sixteen {
+    std::uint8_t v[16];
+};
+struct Quad {
+    std::int32_t v[4];
+};
+struct Pairs {
+    std::uint16_t high[4];
+    std::uint16_t low[4];
+};
+
+template <class Operation>
+Sixteen each_byte(Sixteen a, Sixteen b, const Operation& operation) {
+    Sixteen out;
+    for (std::size_t j = 0; j < 16; ++j) {
+        out.v[j] = static_cast<std::uint8_t>(operation(a.v[j], b.v[j]));
+    }
+    return out;
+}
+
+template <class Operation>
+Quad each_lane(Quad a, Quad b, const Operation& operation) {
+    Quad out;
+    for (std::size_t j = 0; j < 4; ++j) out.v[j] = operation(a.v[j], b.v[j]);
+    return out;
+}
+
+template <class Operation>
+Pairs each_half(Pairs a, Pairs b, const Operation& operation) {
+    Pairs out;
+    for (std::size_t j = 0; j < 4; ++j) {
+        out.high[j] = static_cast<std::uint16_t>(operation(a.high[j], b.high[j]));
+        out.low[j] = static_cast<std::uint16_t>(operation(a.low[j], b.low[j]));
+    }
+    return out;
+}
+
+inline Sixteen load(const std::uint8_t* from) {
+    Sixteen out;
+    std::memcpy(out.v, from, 16);
+    return out;
+}
+inline Quad load(const std::int32_t* from) {
+    Quad out;
+    std::memcpy(out.v, from, 16);
+    return out;
+}
+inline void store(std::uint8_t* to, Sixteen bytes) {
+    std::memcpy(to, bytes.v, 16);
+}
+inline void store(std::int32_t* to, Quad values) {
+    std::memcpy(to, values.v, 16);
+}
+
+/// The bytes in the low half of each 16 bits of eight words.
+inline Sixteen load_spaced(const std::uint32_t* words) {
+    Sixteen out;
+    for (std::size_t j = 0; j < 16; ++j) {
+        out.v[j] = static_cast<std::uint8_t>(words[j / 2] >> 16 * (j % 2));
+    }
+    return out;
+}
+
+/// Writes them and keeps the bytes between.
+inline void store_spaced(std::uint32_t* words, Sixteen bytes) {
+    for (std::size_t j = 0; j < 8; ++j) {
+        const auto pair = bytes.v[2 * j] | static_cast<std::uint32_t>(bytes.v[2 * j + 1]) << 16;
+        words[j] = (words[j] & 0xff00ff00U) | pair;
+    }
+}
+
+/// Sixteen values, cut to their low 8 bits.
+inline Sixteen cut(const std::int32_t* values) {
+    Sixteen out;
+    for (std::size_t j = 0; j < 16; ++j) out.v[j] = static_cast<std::uint8_t>(values[j]);
+    return out;
+}
+
+/// Sixteen values of 0..2^31 - 1, limited to 255.
+inline Sixteen saturate(const std::int32_t* values) {
+    Sixteen out;
+    for (std::size_t j = 0; j < 16; ++j) {
+        out.v[j] = static_cast<std::uint8_t>(std::min(values[j], 255));
+    }
+    return out;
+}
+
+inline bool all_at_most(Sixteen a, Sixteen b) {
+    bool all = true;
+    for (std::size_t j = 0; j < 16; ++j) all &= a.v[j] <= b.v[j];
+    return all;
+}
+inline bool all_below(Sixteen a, Sixteen b) {
+    bool all = true;
+    for (std::size_t j = 0; j < 16; ++j) all &= a.v[j] < b.v[j];
+    return all;
+}
+
+/// Every byte limited to the range between two others, in either order.
+inline Sixteen clip(Sixteen bytes, Sixteen a, Sixteen b) {
+    const auto least = each_byte(a, b, [](int x, int y) { return std::min(x, y); });
+    const auto most = each_byte(a, b, [](int x, int y) { return std::max(x, y); });
+    const auto lifted = each_byte(bytes, least, [](int x, int y) { return std::max(x, y); });
+    return each_byte(lifted, most, [](int x, int y) { return std::min(x, y); });
+}
+
+/// Every byte of `previous` moved toward its target by at most `reach`.
+inline Sixteen step(Sixteen previous, Sixteen target, std::uint8_t reach) {
+    return each_byte(previous, target,
+                     [reach](int p, int t) { return std::clamp(t, p - reach, p + reach); });
+}
+
+/// Four pairs of bytes.
+inline Pairs load_pairs(const std::uint8_t* high, const std::uint8_t* low) {
+    Pairs out;
+    for (std::size_t j = 0; j < 4; ++j) {
+        out.high[j] = high[j];
+        out.low[j] = low[j];
+    }
+    return out;
+}
+
+// Modulo 2^16.
+inline Pairs operator-(Pairs a, Pairs b) {
+    return each_half(a, b, [](int x, int y) { return x - y; });
+}
+inline Pairs operator*(Pairs a, Pairs b) {
+    return each_half(a, b, [](std::uint32_t x, std::uint32_t y) { return x * y; });
+}
+
+// Results that fit 32 bits.
+inline Quad operator+(Quad a, Quad b) {
+    return each_lane(a, b, [](std::int32_t x, std::int32_t y) { return x + y; });
+}
+inline Quad operator-(Quad a, Quad b) {
+    return each_lane(a, b, [](std::int32_t x, std::int32_t y) { return x - y; });
+}
+inline Quad times_32(Quad a) {
+    return each_lane(a, a, [](std::int32_t x, std::int32_t) { return x * 32; });
+}
+inline Quad plus_32(Quad a) {
+    return each_lane(a, a, [](std::int32_t x, std::int32_t) { return x + 32; });
+}
+/// Of values from 0 on.
+inline Quad over_32(Quad a) {
+    return each_lane(a, a, [](std::int32_t x, std::int32_t) { return x / 32; });
+}
+
+/// a / b of values below 2^24 whose quotient is below 2^16; 0 for b = 0.
+inline Quad quotient_or_zero(Quad a, Quad b) {
+    return each_lane(a, b, [](std::int32_t x, std::int32_t y) { return y == 0 ? 0 : x / y; });
+}
+
+/// Four fields of a word.
+inline Quad unpack(const PackedFields& fields, std::uint32_t word) {
+    Quad out;
+    for (std::size_t j = 0; j < 4; ++j) {
+        out.v[j] = as_signed(word >> fields.low[j]) & fields.value_mask[j];
+    }
+    return out;
+}
+
+/// The word of four values, cut to their fields.
+inline std::uint32_t pack(const PackedFields& fields, Quad values) {
+    std::uint32_t word = 0;
+    for (std::size_t j = 0; j < 4; ++j) {
+        word |= as_unsigned(values.v[j] & fields.value_mask[j]) << fields.low[j];
+    }
+    return word;
+}
+
+/// Pairs of values below 2^16.
+inline Pairs pair(Quad high, Quad low) {
+    Pairs out;
+    for (std::size_t j = 0; j < 4; ++j) {
+        out.high[j] = static_cast<std::uint16_t>(high.v[j]);
+        out.low[j] = static_cast<std::uint16_t>(low.v[j]);
+    }
+    return out;
+}
+
+/// The weighted sums of pairs of bytes, or of other values below 2^15.
+inline Quad weigh_bytes(const NarrowScale& scale, Pairs pairs) {
+    Quad out;
+    for (std::size_t j = 0; j < 4; ++j) {
+        out.v[j] = pairs.high[j] * scale.weight_high + pairs.low[j] * scale.weight_low;
+    }
+    return out;
+}
+/// The same of any pairs.
+inline Quad weigh_levels(const NarrowScale& scale, Pairs pairs) {
+    return weigh_bytes(scale, pairs);
+}
+
+/// Weighted sums of bytes, divided.
+inline Quad divide_bytes(const NarrowScale& scale, Quad sums) {
+    Quad out;
+    for (std::size_t j = 0; j < 4; ++j) {
+        const float quotient = static_cast<float>(sums.v[j]) * scale.reciprocal;
+        out.v[j] = static_cast<std::int32_t>(quotient);
+    }
+    return out;
+}
+/// Weighted sums of levels, divided.
+inline Quad divide_levels(const NarrowScale& scale, Quad sums) {
+    return each_lane(sums, sums, [&](std::int32_t x, std::int32_t) { return scale.divide(x); });
+}
+
+/// The weighted means of bytes.
+inline Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
+    std::int32_t values[16];
+    for (std::size_t j = 0; j < 16; j += 4) {
+        const Pairs pairs = load_pairs(high.v + j, low.v + j);
+        store(values + j, divide_bytes(scale, weigh_bytes(scale, pairs)));
+    }
+    return cut(values);
+}
+
+}  // namespace imgtune::plain
+
+#endif

@@ -1,0 +1,204 @@
+#ifndef IMGTUNE_COLOR_VECTOR_SSE2_H
+#define IMGTUNE_COLOR_VECTOR_SSE2_H
+
+#include <emmintrin.h>
+
+#include <cstdint>
+#include <cstring>
+
+#include "color/narrow_scale.h"
+#include "color/packed_fields.h"
+#include "common/arithmetic.h"
+
+// The operations of vector_plain.h with SSE2, which every x86-64 has.
+
+namespace imgtune::sse2 {
+
+struct Sixteen {
+    __m128i v;
+};
+struct Quad {
+    __m128i v;
+};
+struct Pairs {
+    __m128i v;  ///< a High value in the low half of each 32 bits, its Low value above
+};
+
+inline __m128i load_vector(const void* from) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(from));
+}
+inline void store_vector(void* to, __m128i v) {
+    _mm_storeu_si128(static_cast<__m128i*>(to), v);
+}
+
+inline Sixteen load(const std::uint8_t* from) {
+    return {load_vector(from)};
+}
+inline Quad load(const std::int32_t* from) {
+    return {load_vector(from)};
+}
+inline void store(std::uint8_t* to, Sixteen bytes) {
+    store_vector(to, bytes.v);
+}
+inline void store(std::int32_t* to, Quad values) {
+    store_vector(to, values.v);
+}
+
+inline Sixteen load_spaced(const std::uint32_t* words) {
+    const __m128i low_bytes = _mm_set1_epi16(0xff);
+    return {_mm_packus_epi16(_mm_and_si128(load_vector(words), low_bytes),
+                             _mm_and_si128(load_vector(words + 4), low_bytes))};
+}
+
+inline void store_spaced(std::uint32_t* words, Sixteen bytes) {
+    const __m128i low_bytes = _mm_set1_epi16(0xff);
+    const __m128i zero = _mm_setzero_si128();
+    const auto put = [&](std::uint32_t* to, __m128i halves) {
+        store_vector(to, _mm_or_si128(_mm_andnot_si128(low_bytes, load_vector(to)), halves));
+    };
+    put(words, _mm_unpacklo_epi8(bytes.v, zero));
+    put(words + 4, _mm_unpackhi_epi8(bytes.v, zero));
+}
+
+inline Sixteen cut(const std::int32_t* values) {
+    const __m128i low_bytes = _mm_set1_epi32(0xff);
+    const auto eight = [&](const std::int32_t* from) {
+        return _mm_packs_epi32(_mm_and_si128(load_vector(from), low_bytes),
+                               _mm_and_si128(load_vector(from + 4), low_bytes));
+    };
+    return {_mm_packus_epi16(eight(values), eight(values + 8))};
+}
+
+inline Sixteen saturate(const std::int32_t* values) {
+    const auto eight = [](const std::int32_t* from) {
+        return _mm_packs_epi32(load_vector(from), load_vector(from + 4));
+    };
+    return {_mm_packus_epi16(eight(values), eight(values + 8))};
+}
+
+inline bool all_at_most(Sixteen a, Sixteen b) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(a.v, b.v), b.v)) == 0xffff;
+}
+inline bool all_below(Sixteen a, Sixteen b) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(a.v, b.v), a.v)) == 0;
+}
+
+inline Sixteen clip(Sixteen bytes, Sixteen a, Sixteen b) {
+    const __m128i lifted = _mm_max_epu8(bytes.v, _mm_min_epu8(a.v, b.v));
+    return {_mm_min_epu8(lifted, _mm_max_epu8(a.v, b.v))};
+}
+
+inline Sixteen step(Sixteen previous, Sixteen target, std::uint8_t reach) {
+    const __m128i reaches = _mm_set1_epi8(static_cast<char>(reach));
+    const __m128i lifted = _mm_max_epu8(target.v, _mm_subs_epu8(previous.v, reaches));
+    return {_mm_min_epu8(lifted, _mm_adds_epu8(previous.v, reaches))};
+}
+
+inline Pairs load_pairs(const std::uint8_t* high, const std::uint8_t* low) {
+    const auto four = [](const std::uint8_t* from) {
+        int word;
+        std::memcpy(&word, from, 4);
+        return _mm_cvtsi32_si128(word);
+    };
+    return {_mm_unpacklo_epi8(_mm_unpacklo_epi8(four(high), four(low)), _mm_setzero_si128())};
+}
+
+inline Pairs operator-(Pairs a, Pairs b) {
+    return {_mm_sub_epi16(a.v, b.v)};
+}
+inline Pairs operator*(Pairs a, Pairs b) {
+    return {_mm_mullo_epi16(a.v, b.v)};
+}
+
+inline Quad operator+(Quad a, Quad b) {
+    return {_mm_add_epi32(a.v, b.v)};
+}
+inline Quad operator-(Quad a, Quad b) {
+    return {_mm_sub_epi32(a.v, b.v)};
+}
+inline Quad times_32(Quad a) {
+    return {_mm_slli_epi32(a.v, 5)};
+}
+inline Quad plus_32(Quad a) {
+    return {_mm_add_epi32(a.v, _mm_set1_epi32(32))};
+}
+inline Quad over_32(Quad a) {
+    return {_mm_srli_epi32(a.v, 5)};
+}
+
+inline Quad quotient_or_zero(Quad a, Quad b) {
+    const __m128 divisor = _mm_cvtepi32_ps(b.v);
+    const __m128 quotient = _mm_div_ps(_mm_cvtepi32_ps(a.v), divisor);
+    const __m128 divides = _mm_cmpneq_ps(divisor, _mm_setzero_ps());
+    return {_mm_cvttps_epi32(_mm_and_ps(quotient, divides))};
+}
+
+// SSE2 has no shifts of their own for each lane; a product with a power of two of values of 8 bits
+// is one, and exact.
+
+inline Quad unpack(const PackedFields& fields, std::uint32_t word) {
+    const __m128i masks = load_vector(fields.word_mask);
+    const __m128i parts = _mm_and_si128(_mm_set1_epi32(as_signed(word)), masks);
+    const __m128 factors = _mm_load_ps(fields.inverse_factor);
+    return {_mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(parts), factors))};
+}
+
+inline std::uint32_t pack(const PackedFields& fields, Quad values) {
+    const __m128i cut = _mm_and_si128(values.v, load_vector(fields.value_mask));
+    const __m128 factors = _mm_load_ps(fields.factor);
+    const __m128i parts = _mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(cut), factors));
+    const __m128i halves = _mm_or_si128(parts, _mm_shuffle_epi32(parts, 0x4e));
+    const __m128i whole = _mm_or_si128(halves, _mm_shuffle_epi32(halves, 0xb1));
+    return as_unsigned(_mm_cvtsi128_si32(whole));
+}
+
+inline Pairs pair(Quad high, Quad low) {
+    return {_mm_or_si128(high.v, _mm_slli_epi32(low.v, 16))};
+}
+
+/// Both weights, as a multiply-add takes them.
+inline __m128i pair_weights(const NarrowScale& scale) {
+    return _mm_set1_epi32(scale.weight_low << 16 | scale.weight_high);
+}
+
+inline Quad weigh_bytes(const NarrowScale& scale, Pairs pairs) {
+    return {_mm_madd_epi16(pairs.v, pair_weights(scale))};
+}
+
+/// A multiply-add takes its values as signed: they are taken 2^15 lower, which lowers the sum by
+/// 2^15 divisors.
+inline Quad weigh_levels(const NarrowScale& scale, Pairs pairs) {
+    const __m128i lowered = _mm_xor_si128(pairs.v, _mm_set1_epi16(static_cast<short>(-0x8000)));
+    const __m128i sum = _mm_madd_epi16(lowered, pair_weights(scale));
+    return {_mm_add_epi32(sum, _mm_set1_epi32((scale.weight_high + scale.weight_low) << 15))};
+}
+
+inline Quad divide_bytes(const NarrowScale& scale, Quad sums) {
+    return {_mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(sums.v), _mm_set1_ps(scale.reciprocal)))};
+}
+
+inline Quad divide_levels(const NarrowScale& scale, Quad sums) {
+    const __m128i multiplier = _mm_set1_epi32(scale.multiplier);
+    const __m128i shift = _mm_cvtsi32_si128(31 + scale.shift);
+    const __m128i even = _mm_mul_epu32(sums.v, multiplier);
+    const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(sums.v, 32), multiplier);
+    return {
+        _mm_or_si128(_mm_srl_epi64(even, shift), _mm_slli_epi64(_mm_srl_epi64(odd, shift), 32))};
+}
+
+inline Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
+    const __m128i zero = _mm_setzero_si128();
+    const auto four = [&](__m128i pairs) {
+        return divide_bytes(scale, weigh_bytes(scale, {pairs})).v;
+    };
+    const auto eight = [&](__m128i pairs) {
+        return _mm_packs_epi32(four(_mm_unpacklo_epi8(pairs, zero)),
+                               four(_mm_unpackhi_epi8(pairs, zero)));
+    };
+    return {_mm_packus_epi16(eight(_mm_unpacklo_epi8(high.v, low.v)),
+                             eight(_mm_unpackhi_epi8(high.v, low.v)))};
+}
+
+}  // namespace imgtune::sse2
+
+#endif

@@ -1,0 +1,170 @@
+#include "color/vector.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+
+#include "color/blend.h"
+#include "color/vector_plain.h"
+
+// The machine's vectors against the plain form of each operation, and the plain form against the
+// rule that it carries.
+
+namespace imgtune {
+namespace {
+
+constexpr unsigned kEdgeBytes[] = {0, 1, 2, 127, 128, 129, 254, 255};
+constexpr std::int32_t kDivisors[] = {1, 2, 3, 41, 47, 50, 55, 64, 255, 256, 257, 4096, 8191, 8192};
+
+class Values {
+  public:
+    std::uint8_t byte() {
+        const auto bits = static_cast<std::uint32_t>(random_());
+        return static_cast<std::uint8_t>(bits % 3 == 0 ? kEdgeBytes[bits / 3 % 8] : bits >> 8);
+    }
+    std::int32_t below(std::uint32_t end) { return static_cast<std::int32_t>(random_() % end); }
+    std::uint32_t bits() { return static_cast<std::uint32_t>(random_()); }
+
+  private:
+    std::mt19937 random_{11};
+};
+
+/// What either set of vectors gives for the same inputs, as bytes and as 32-bit values.
+struct Results {
+    std::uint8_t bytes[6][16];
+    std::uint32_t spaced[8];
+    std::int32_t values[10][4];
+    std::uint32_t packed;
+    bool at_most, below;
+
+    friend bool operator==(const Results& a, const Results& b) {
+        return std::memcmp(&a, &b, sizeof(a)) == 0;
+    }
+};
+
+constexpr PackedFields kFields({{0, 22, 7}, {0, 14, 8}, {0, 7, 7}, {0, 0, 7}});
+
+#define IMGTUNE_RESULTS_WITH(V)                                                                    \
+    Results results_with_##V(const NarrowScale& scale, const std::uint8_t(&b)[4][16],              \
+                             const std::int32_t(&level)[16], const std::uint32_t(&words)[8]) {     \
+        Results out;                                                                               \
+        std::memset(&out, 0, sizeof(out));                                                         \
+        const auto x = V::load(b[0]), y = V::load(b[1]), z = V::load(b[2]);                        \
+        V::store(out.bytes[0], V::mean(scale, x, y));                                              \
+        V::store(out.bytes[1], V::clip(x, y, z));                                                  \
+        V::store(out.bytes[2], V::step(x, y, b[3][0]));                                            \
+        V::store(out.bytes[3], V::cut(level));                                                     \
+        V::store(out.bytes[4], V::saturate(level));                                                \
+        V::store(out.bytes[5], V::load_spaced(words));                                             \
+        std::memcpy(out.spaced, words, sizeof(words));                                             \
+        V::store_spaced(out.spaced, x);                                                            \
+        const auto gain = V::load_pairs(b[0], b[1]);                                               \
+        const auto first = V::load_pairs(b[2], b[3]), second = V::load_pairs(b[2] + 4, b[3] + 4);  \
+        const auto sum = V::weigh_levels(scale, gain * first);                                     \
+        const auto knot = V::divide_bytes(scale, V::weigh_bytes(scale, first));                    \
+        const auto last = sum + times_32(V::weigh_bytes(scale, gain));                             \
+        V::store(out.values[0], sum);                                                              \
+        V::store(out.values[1], knot);                                                             \
+        V::store(out.values[2], V::divide_levels(scale, sum));                                     \
+        V::store(out.values[3], V::weigh_levels(scale, gain*(second - first)));                    \
+        V::store(out.values[4], quotient_or_zero(V::divide_levels(scale, sum), knot));             \
+        V::store(out.values[5], V::divide_levels(scale, last));                                    \
+        V::store(out.values[6], over_32(plus_32(knot)));                                           \
+        V::store(out.values[7], V::unpack(kFields, words[0]));                                     \
+        V::store(out.values[8], V::load(level) - knot);                                            \
+        V::store(out.values[9], V::weigh_levels(scale, pair(V::load(level), V::load(level + 4)))); \
+        out.packed = V::pack(kFields, V::load(level));                                             \
+        out.at_most = V::all_at_most(x, y);                                                        \
+        out.below = V::all_below(x, y);                                                            \
+        return out;                                                                                \
+    }
+
+// A namespace is no template parameter.
+IMGTUNE_RESULTS_WITH(plain)
+IMGTUNE_RESULTS_WITH(vector)
+
+TEST(Vectors, OfTheMachineGiveWhatThePlainOnesGive) {
+    Values values;
+    for (int round = 0; round < 20000; ++round) {
+        const std::int32_t divisor =
+            round % 2 == 0 ? kDivisors[values.below(14)] : 1 + values.below(8192);
+        const std::int32_t high =
+            round % 5 == 0 ? divisor * (round % 2) : values.below(as_unsigned(divisor) + 1);
+        const NarrowScale scale(high, divisor - high);
+        std::uint8_t bytes[4][16];
+        for (auto& row : bytes) {
+            for (auto& v : row) v = values.byte();
+        }
+        if (round % 3 == 0) std::memset(bytes[1], 255 - round % 2, 16);  // so that comparisons hold
+        if (round % 4 == 0) std::memset(bytes[2], 0, 4);                 // a run of nothing
+        std::int32_t level[16];
+        for (auto& v : level) v = values.below(round % 2 == 0 ? 65026 : 300);
+        std::uint32_t words[8];
+        for (auto& w : words) w = values.bits();
+        const auto plain = results_with_plain(scale, bytes, level, words);
+        const auto native = results_with_vector(scale, bytes, level, words);
+        ASSERT_TRUE(plain == native) << round << ": " << high << " of " << divisor;
+    }
+}
+
+TEST(Vectors, PlainOnesFollowTheirRules) {
+    const std::uint8_t high[16] = {0, 255, 100, 10, 255, 200}, low[16] = {255, 0, 50, 20, 255, 100};
+    std::uint8_t out[16];
+    plain::store(out, plain::mean({30, 20}, plain::load(high), plain::load(low)));
+    const std::uint8_t means[16] = {102, 153, 80, 14, 255, 160};  // (30 high + 20 low) / 50
+    EXPECT_EQ(std::memcmp(out, means, 16), 0);
+    plain::store(out, plain::step(plain::load(high), plain::load(low), 20));
+    const std::uint8_t steps[16] = {20, 235, 80, 20, 255, 180};
+    EXPECT_EQ(std::memcmp(out, steps, 16), 0);
+    const std::uint8_t values[16] = {7, 250, 49, 15, 0, 255},
+                       clipped[16] = {7, 250, 50, 15, 255, 200};
+    plain::store(out, plain::clip(plain::load(values), plain::load(high), plain::load(low)));
+    EXPECT_EQ(std::memcmp(out, clipped, 16), 0);
+    const std::int32_t wide[16] = {256, 257, 65025, 255, 0};
+    const std::uint8_t cut[16] = {0, 1, 1, 255, 0}, limited[16] = {255, 255, 255, 255, 0};
+    plain::store(out, plain::cut(wide));
+    EXPECT_EQ(std::memcmp(out, cut, 16), 0);
+    plain::store(out, plain::saturate(wide));
+    EXPECT_EQ(std::memcmp(out, limited, 16), 0);
+    const std::uint32_t word = 1U << 22 | 2U << 14 | 3U << 7 | 4 | 7U << 29;
+    const plain::Quad fields = plain::unpack(kFields, word);
+    EXPECT_EQ(fields.v[0] * 1000 + fields.v[1] * 100 + fields.v[2] * 10 + fields.v[3], 1234);
+    EXPECT_EQ(plain::pack(kFields, {{129, 258, 131, 132}}), word & 0x1fffffffU);
+    EXPECT_EQ(plain::quotient_or_zero({{7, 65025, 254, 1}}, {{2, 1, 255, 0}}).v[3], 0);
+    EXPECT_EQ(plain::quotient_or_zero({{7, 65025, 254, 1}}, {{2, 1, 255, 0}}).v[2], 0);
+}
+
+// Where a quotient first reaches a value, and the sum just before: tests/proof proves every
+// divisor.
+TEST(Vectors, NarrowDivisionsAreExactWhereAQuotientChanges) {
+    for (const std::int32_t divisor : kDivisors) {
+        const NarrowScale scale(divisor, 0);
+        for (std::int32_t quotient = 1; quotient <= kHighestLevel; ++quotient) {
+            const std::int32_t sum = 2 * quotient * divisor;
+            ASSERT_EQ(scale.divide(sum), quotient) << divisor;
+            ASSERT_EQ(scale.divide(sum - 2), quotient - 1) << divisor;
+            if (quotient > 255) continue;
+            const plain::Quad bytes = plain::divide_bytes(scale, {{sum, sum - 2, 0, 0}});
+            ASSERT_EQ(bytes.v[0], quotient) << divisor;
+            ASSERT_EQ(bytes.v[1], quotient - 1) << divisor;
+        }
+    }
+}
+
+// Narrow weights: a High weight of 0 to the divisor, the divisor 1 to 8192.
+TEST(Vectors, NarrowBlendTakesItsWeightsAndNoOthers) {
+    const struct {
+        std::int32_t high, divisor;
+        bool narrow;
+    } cases[] = {{0, 1, true},     {1, 1, true},       {8192, 8192, true}, {0, 8192, true},
+                 {0, 8193, false}, {5, 8193, false},   {-1, 50, false},    {51, 50, false},
+                 {0, 0, false},    {0, -50, false},    {-20, -50, false},  {50, 50, true},
+                 {49, 50, true},   {8193, 8192, false}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(NarrowBlend::fits({c.high, c.divisor - c.high, c.divisor}), c.narrow) << c.high;
+    }
+}
+
+}  // namespace
+}  // namespace imgtune
