@@ -18,7 +18,7 @@ struct NarrowScale {
         : weight_high(2 * high), weight_low(2 * low) {
         const auto divisor = static_cast<std::uint32_t>(weight_high + weight_low);
         const double exact = 1.0 / divisor;
-        shift = as_signed(std::bit_width(divisor - 1)) - 1;
+        shift = 31 - std::countl_zero(divisor - 1);
         multiplier =
             static_cast<std::int32_t>(exact * static_cast<double>(1LL << (31 + shift))) + 1;
         reciprocal = bit_cast<float>(bit_cast<std::uint32_t>(static_cast<float>(exact)) + 1);
