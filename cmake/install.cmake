@@ -53,3 +53,16 @@ file(RELATIVE_PATH include_from_pkgconfig ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_
 configure_file(cmake/imgtune.pc.in imgtune.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/imgtune.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT library)
+
+# The workbench, for C++ programs of one's own; component `workbench`. find_package(imgtune
+# COMPONENTS workbench) asks for the libraries that it stands on.
+if(TARGET imgtune_workbench)
+  set_target_properties(imgtune_workbench PROPERTIES EXPORT_NAME workbench)
+  set_target_properties(imgtune_workbench_files PROPERTIES EXPORT_NAME workbench_files)
+  install(TARGETS imgtune_workbench imgtune_workbench_files EXPORT imgtuneWorkbenchTargets
+    COMPONENT workbench)
+  install(EXPORT imgtuneWorkbenchTargets NAMESPACE imgtune:: DESTINATION ${IMGTUNE_PACKAGE_DIR}
+    COMPONENT workbench)
+  install(DIRECTORY workbench common DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/imgtune-workbench
+    COMPONENT workbench FILES_MATCHING PATTERN "*.h")
+endif()
