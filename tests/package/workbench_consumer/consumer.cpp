@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "workbench/camera/camera.h"
 #include "workbench/files/file_source.h"
 #include "workbench/files/tuning_files.h"
 
