@@ -7,59 +7,100 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "cli/verbs.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/tuning_files.h"
-#include "workbench/tuning/yaml_io.h"
+#include "workbench/json/findings.h"
+#include "workbench/text/bad_input.h"
+#include "workbench/text/shown_text.h"
 
 namespace imgtune::cli {
 
 namespace {
 
 struct Options {
-    std::string tuning;
+    std::vector<std::string> inputs;
+    std::vector<std::string> allowed;
     bool json = false;
 };
 
-int run(const Options& options) {
-    Faults faults;
-    const Tuning tuning = load_tuning(options.tuning, faults);
-    // A file that cannot be read, or is no YAML at all, says nothing about a tuning.
-    const bool unreadable = std::ranges::any_of(faults.list(), [](const Fault& fault) {
+/// A file that cannot be read, or is no YAML at all, says nothing about a tuning.
+bool is_unreadable(const Faults& faults) {
+    return std::any_of(faults.list().begin(), faults.list().end(), [](const Fault& fault) {
         return fault.code == "T001" || fault.code == "T010";
     });
-    if (!unreadable) check_tuning(tuning, faults);
-    faults.sort();
-    if (options.json) {
-        write_file("-", faults.json());
-    } else {
-        const auto errors = std::ranges::count(faults.list(), Severity::error, &Fault::severity);
-        const auto warnings = static_cast<std::ptrdiff_t>(faults.list().size()) - errors;
-        const bool color = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
-        write_file(
-            "-", faults.text(color) +
-                     (faults.empty() ? fmt::format("{}: no findings\n", options.tuning)
-                                     : fmt::format("{}: {} error{}, {} warning{}\n", options.tuning,
-                                                   errors, errors == 1 ? "" : "s", warnings,
-                                                   warnings == 1 ? "" : "s")));
+}
+
+std::string counted(std::ptrdiff_t count, const char* what) {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+std::string summary(const std::string& input, const Faults& faults) {
+    const std::string name = shown_text(input);
+    if (faults.empty()) return name + ": no findings\n";
+    const auto errors =
+        std::count_if(faults.list().begin(), faults.list().end(),
+                      [](const Fault& fault) { return fault.severity == Severity::error; });
+    const auto all = static_cast<std::ptrdiff_t>(faults.list().size());
+    return fmt::format("{}: {}, {}\n", name, counted(errors, "error"),
+                       counted(all - errors, "warning"));
+}
+
+std::set<std::string> known_codes(const std::vector<std::string>& codes) {
+    for (const std::string& code : codes) {
+        if (find_rule(code) == nullptr) {
+            throw BadInput(
+                fmt::format("--allow {}: there is no such code; codes stand in brackets "
+                            "behind each finding, as T112",
+                            shown_text(code)));
+        }
     }
+    return {codes.begin(), codes.end()};
+}
+
+int run(const Options& options) {
+    const std::set<std::string> allowed = known_codes(options.allowed);
+    const bool color = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
+    std::string text;
+    Faults all;
+    bool unreadable = false;
+    for (const std::string& input : options.inputs) {
+        Faults faults;
+        const Tuning tuning = load_tuning(input, faults);
+        if (is_unreadable(faults)) {
+            unreadable = true;
+        } else {
+            check_tuning(tuning, faults);
+            faults.allow(allowed);
+        }
+        faults.sort();
+        text += faults.text(color) + summary(input, faults);
+        for (const Fault& fault : faults.list()) all.add(fault);
+    }
+    write_file("-", options.json ? to_json(all).dump(2) + '\n' : text);
     if (unreadable) return kBadInput;
-    return faults.empty() ? kFine : kFindings;
+    if (all.has_errors()) return kErrors;
+    return all.empty() ? kFine : kFindings;
 }
 
 }  // namespace
 
 void add_check(CLI::App& app, Context& context) {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("check", "Report every fault of a tuning");
-    verb->add_option("TUNING", options->tuning, "YAML file, folder of stored images, or -")
+    CLI::App* verb = app.add_subcommand("check", "Report every fault of tunings");
+    verb->add_option("TUNING", options->inputs, "YAML files, folders of stored images, or -")
         ->required();
+    verb->add_option("--allow", options->allowed, "Leave out findings of this code (repeatable)")
+        ->type_name("CODE")
+        ->allow_extra_args(false);
     verb->add_flag("--json", options->json, "Write the findings as JSON");
     verb->footer(
-        "Example:\n  imgtune check tuning.yaml\n"
-        "Exit status: 0 no findings, 1 findings, 2 the input cannot be read.");
+        "Example:\n  imgtune check day.yaml night.yaml --allow T112\n"
+        "Exit status: 0 no findings, 1 warnings alone, 2 an input cannot be read, 3 errors.");
     verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
 }
 

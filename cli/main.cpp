@@ -28,10 +28,12 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.footer(
         "A TUNING is a YAML file or a folder of stored images; '-' is standard input or output.\n"
-        "Exit status: 0 fine, 1 findings, 2 bad input. 'imgtune VERB --help' shows an example.");
+        "Exit status: 0 fine, 1 findings, 2 bad input, 3 errors found by check. 'imgtune VERB "
+        "--help' shows an example.");
 
     Context context;
     add_check(app, context);
+    add_convert(app, context);
     add_diff(app, context);
     add_explain(app, context);
     add_new(app, context);

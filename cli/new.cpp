@@ -1,11 +1,10 @@
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
 #include <string>
 
 #include "cli/verbs.h"
 #include "workbench/files/output_file.h"
-#include "workbench/text/bad_input.h"
+#include "workbench/files/output_guard.h"
 #include "workbench/tuning/starter.h"
 #include "workbench/tuning/yaml_io.h"
 
@@ -24,17 +23,13 @@ void add_new(CLI::App& app, Context& context) {
     verb->footer("Example:\n  imgtune new -o tuning.yaml && imgtune check tuning.yaml");
     verb->callback([options, &context] {
         context.run = [options]() -> int {
-            std::error_code error;
-            const bool kept = options->output != "-" && !options->force &&
-                              std::filesystem::is_regular_file(options->output, error) &&
-                              std::filesystem::file_size(options->output, error) > 0;
-            if (kept) {
-                throw BadInput(options->output +
-                               ": stands there already; name another file, or use --force");
-            }
+            if (!options->force) guard_output(options->output, {}, Existing::kept);
             const std::string text =
-                "# Tuning to start from. Numbers are integers, decimal or hex; check it with\n"
-                "# 'imgtune check'. Figures are plausible, of no sensor in particular.\n" +
+                "# Tuning to start from; check it with 'imgtune check'. Figures are plausible, of "
+                "no\n"
+                "# sensor in particular. Whole numbers, decimal or hex, are as stored; decimals "
+                "and\n"
+                "# fractions (1.53, 783/512) are in the unit that [...] names.\n" +
                 write_yaml(starter_tuning(), true);
             write_file(options->output, text);
             return kFine;

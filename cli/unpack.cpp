@@ -5,6 +5,7 @@
 
 #include "cli/verbs.h"
 #include "workbench/files/output_file.h"
+#include "workbench/files/output_guard.h"
 #include "workbench/files/tuning_files.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/tuning/yaml_io.h"
@@ -15,12 +16,14 @@ void add_unpack(CLI::App& app, Context& context) {
     struct Options {
         std::string folder;
         std::string output = "-";
+        bool force = false;
     };
     const auto options = std::make_shared<Options>();
     CLI::App* verb = app.add_subcommand("unpack", "Turn stored binary images into a YAML tuning");
     verb->add_option("DIR", options->folder, "Folder of stored images")->required();
     verb->add_option("-o,--output", options->output, "YAML file; - is standard output")
         ->capture_default_str();
+    verb->add_flag("--force", options->force, "Overwrite a file that holds something");
     verb->footer(
         "Example:\n  imgtune unpack images -o tuning.yaml\n"
         "Packing the result again gives the same bytes, whatever they are.");
@@ -32,7 +35,10 @@ void add_unpack(CLI::App& app, Context& context) {
                                ": not a folder; expected one with ccm.bin, or color.bin and "
                                "pca.bin, or all three");
             }
-            write_file(options->output, write_yaml(require_tuning(options->folder)));
+            if (!options->force) {
+                guard_output(options->output, {options->folder}, Existing::kept);
+            }
+            write_file(options->output, write_yaml(require_tuning(options->folder), true));
             return kFine;
         };
     });

@@ -13,7 +13,7 @@ namespace imgtune::cli {
 
 using namespace workbench;
 
-enum ExitStatus : int { kFine = 0, kFindings = 1, kBadInput = 2 };
+enum ExitStatus : int { kFine = 0, kFindings = 1, kBadInput = 2, kErrors = 3 };
 
 /// Filled in by the chosen verb's CLI callback; main runs it after parsing, and reports a BadInput
 /// that it throws with exit status 2.
@@ -23,6 +23,7 @@ struct Context {
 
 // Each adds its verb with options, help and an example.
 void add_check(CLI::App& app, Context& context);
+void add_convert(CLI::App& app, Context& context);
 void add_pack(CLI::App& app, Context& context);
 void add_unpack(CLI::App& app, Context& context);
 void add_new(CLI::App& app, Context& context);

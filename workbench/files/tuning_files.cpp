@@ -69,7 +69,7 @@ void refuse_left_over(const std::string& folder, const std::vector<StoredImage>&
 
 }  // namespace
 
-Tuning load_tuning(const std::string& path, Faults& faults) {
+Tuning load_tuning(const std::string& path, Faults& faults, std::string* yaml) {
     std::error_code error;
     if (path != "-" && fs::is_directory(path, error)) return read_images(path, faults);
     std::ifstream file;
@@ -90,12 +90,14 @@ Tuning load_tuning(const std::string& path, Faults& faults) {
         add_unreadable(faults, name, "read", "");
         return {};
     }
-    return read_yaml(text, name, faults);
+    Tuning tuning = read_yaml(text, name, faults);
+    if (yaml != nullptr) *yaml = std::move(text);
+    return tuning;
 }
 
-Tuning require_tuning(const std::string& path) {
+Tuning require_tuning(const std::string& path, std::string* yaml) {
     Faults faults;
-    Tuning tuning = load_tuning(path, faults);
+    Tuning tuning = load_tuning(path, faults, yaml);
     if (faults.has_errors()) {
         faults.sort();
         std::string text = faults.text();

@@ -6,7 +6,7 @@
 
 namespace imgtune::workbench {
 
-/// Adds what a readable tuning would do wrong on the camera.
+/// Adds what a readable tuning would do wrong on the camera. What was not read is left out.
 void check_tuning(const Tuning& tuning, Faults& faults);
 
 }  // namespace imgtune::workbench

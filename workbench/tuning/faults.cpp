@@ -3,28 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
+#include <tuple>
+#include <utility>
+
+#include "workbench/text/shown_text.h"
 
 namespace imgtune::workbench {
 
 namespace {
 
 constexpr std::size_t kLongestValue = 80;
-
-/// What may come from a damaged file, fit for a terminal.
-std::string printable(std::string_view text) {
-    std::string out;
-    for (const char c : text.substr(0, kLongestValue)) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7f) {
-            out += fmt::format("\\x{:02x}", byte);
-        } else {
-            out += c;
-        }
-    }
-    if (text.size() > kLongestValue) out += "...";
-    return out;
-}
 
 std::size_t edit_distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
@@ -55,9 +43,12 @@ void Faults::set_place(const std::string& path, const std::string& file, int lin
     places_.insert_or_assign(path, Place{file, line});
 }
 
+std::string Fault::sentence() const {
+    return path.empty() ? message : path + ' ' + message;
+}
+
 void Faults::add(Fault fault) {
-    fault.value = printable(fault.value);
-    fault.path = printable(fault.path);
+    if (const Rule* const rule = find_rule(fault.code)) fault.severity = rule->severity;
     if (fault.file.empty()) {
         // The field's own place, or that of what holds it.
         std::string path = fault.path;
@@ -72,15 +63,44 @@ void Faults::add(Fault fault) {
             path.resize(end == path.npos ? 0 : end);
         }
     }
+    fault.value = shown_text(fault.value, kLongestValue);
+    for (std::string* const text :
+         {&fault.file, &fault.path, &fault.message, &fault.effect, &fault.suggestion}) {
+        *text = shown_text(*text);
+    }
     list_.push_back(std::move(fault));
 }
 
+bool Faults::is_unread(std::string_view path) const {
+    if (unread_.empty()) return false;
+    // At the path or above it.
+    for (std::string_view top = path;;) {
+        if (unread_.find(top) != unread_.end()) return true;
+        const std::size_t end = top.find_last_of(".[");
+        if (end == top.npos) break;
+        top = top.substr(0, end);
+    }
+    // Below it.
+    const auto next = unread_.lower_bound(path);
+    for (auto at = next; at != unread_.end() && at->starts_with(path); ++at) {
+        const char after = (*at)[path.size()];
+        if (after == '.' || after == '[') return true;
+    }
+    return false;
+}
+
 bool Faults::has_errors() const {
-    return std::ranges::any_of(list_, [](const Fault& f) { return f.severity == Severity::error; });
+    return std::any_of(list_.begin(), list_.end(),
+                       [](const Fault& f) { return f.severity == Severity::error; });
+}
+
+void Faults::allow(const std::set<std::string>& codes) {
+    const auto is_allowed = [&](const Fault& f) { return codes.count(f.code) != 0; };
+    list_.erase(std::remove_if(list_.begin(), list_.end(), is_allowed), list_.end());
 }
 
 void Faults::sort() {
-    std::ranges::stable_sort(list_, [](const Fault& a, const Fault& b) {
+    std::stable_sort(list_.begin(), list_.end(), [](const Fault& a, const Fault& b) {
         return std::tie(a.file, a.line, b.severity) < std::tie(b.file, b.line, a.severity);
     });
 }
@@ -88,36 +108,20 @@ void Faults::sort() {
 std::string Faults::text(bool color) const {
     std::string out;
     for (const Fault& f : list_) {
-        const bool error = f.severity == Severity::error;
         const std::string place = f.line > 0 ? fmt::format("{}:{}", f.file, f.line) : f.file;
-        const char* on = !color ? "" : error ? "\033[1;31m" : "\033[1;35m";
-        out += fmt::format("{}: {}{}:{} {}{}", place, on, error ? "error" : "warning",
-                           color ? "\033[0m" : "", f.path.empty() ? "" : f.path + ": ", f.message);
-        if (!f.value.empty()) out += ": " + f.value;
-        out += fmt::format(" [{}]\n", f.code);
-        if (!f.allowed.empty()) out += "    allowed: " + f.allowed + '\n';
+        const char* const on = !color                          ? ""
+                               : f.severity == Severity::error ? "\033[1;31m"
+                                                               : "\033[1;35m";
+        out += fmt::format("{}: {}{}:{} {} [{}]\n", place, on, severity_name(f.severity),
+                           color ? "\033[0m" : "", f.sentence(), f.code);
         if (!f.effect.empty()) out += "    on the camera: " + f.effect + '\n';
         if (!f.suggestion.empty()) out += "    try: " + f.suggestion + '\n';
     }
     return out;
 }
 
-std::string Faults::json() const {
-    nlohmann::ordered_json findings = nlohmann::ordered_json::array();
-    for (const Fault& f : list_) {
-        findings.push_back({{"severity", f.severity == Severity::error ? "error" : "warning"},
-                            {"code", f.code},
-                            {"file", f.file},
-                            {"line", f.line},
-                            {"path", f.path},
-                            {"message", f.message},
-                            {"value", f.value},
-                            {"allowed", f.allowed},
-                            {"effect", f.effect},
-                            {"suggestion", f.suggestion}});
-    }
-    const nlohmann::ordered_json report{{"findings", findings}};
-    return report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+const char* severity_name(Severity severity) {
+    return severity == Severity::error ? "error" : "warning";
 }
 
 std::string nearest_name(std::string_view name, const std::vector<std::string>& candidates) {

@@ -10,14 +10,14 @@
 #include "common/arithmetic.h"
 #include "workbench/tuning/tuning.h"
 
-// The one description of a tuning: which fields each record has, where they stand, what they mean,
-// and where the records stand in the YAML form. Reading, writing, checking, diffing and the
-// documentation of the format walk it.
+// The one description of a tuning: which fields each record has, where they stand and what they
+// mean. Reading, writing, checking, diffing and the documentation of the format walk it.
 
 namespace imgtune::workbench {
 
 /// The parts of a Tuning that are made of 32-bit words.
-enum class Part { caller, ccm, color, pca };
+enum class Part { caller, kelvin, ccm, color, pca };
+inline constexpr Part kParts[] = {Part::caller, Part::kelvin, Part::ccm, Part::color, Part::pca};
 
 std::size_t part_words(Part part);
 std::uint32_t load_word(const Tuning& tuning, Part part, std::size_t word);
@@ -34,7 +34,12 @@ struct RangeRule {
     std::int64_t max;
     const char* code = "T101";
     const char* effect = "";  ///< on the camera
-    bool warning = false;
+};
+
+/// A value that has a name.
+struct Choice {
+    std::int64_t value;
+    const char* name;
 };
 
 /// A field of a record, or a row of equal ones.
@@ -49,13 +54,18 @@ struct FieldDefinition {
     bool is_signed = false;
     const BitField* places = nullptr;  ///< elements without a regular stride
     Form form = Form::integer;
-    bool optional = false;  ///< may be missing in YAML: keeps its default
+    bool optional = false;              ///< may be missing in YAML: keeps its default
+    std::int64_t scale = 0;             ///< stored for 1.0 of its unit; 0: whole numbers only
+    std::span<const Choice> choices{};  ///< all allowed values, by name
+    bool level = false;                 ///< YAML may give one number for a list of equal ones
 
     unsigned elements() const { return count == 0 ? 1 : count; }
     BitField place(unsigned element) const;
-    /// What the field's bits can hold.
+    /// What the bits of an element can hold.
     std::int64_t lowest() const;
-    std::int64_t highest() const;
+    std::int64_t highest(unsigned element = 0) const;
+    /// What an element may be, for a sentence: "1, polynomial, and 2, blend", "0..255".
+    std::string allowed_text(unsigned element = 0) const;
 };
 
 /// A kind of record.
@@ -69,6 +79,7 @@ struct RecordDefinition {
 
 extern const RecordDefinition kCallerRecord;
 extern const RecordDefinition kCcmHeadRecord;
+extern const RecordDefinition kKelvinRecord;
 extern const RecordDefinition kGainRecord;
 extern const RecordDefinition kMatrixRecord;
 extern const RecordDefinition kPolynomialRecord;
@@ -84,7 +95,7 @@ struct Record {
     const RecordDefinition* definition;
     Part part;
     std::size_t first_word;
-    std::string path;  ///< "color.images.normal.2"
+    std::string path;  ///< "color.images.normal.2", "ccm.rows.normal.0.gain"
 };
 
 /// Every record of a tuning, in the order of the YAML form.
@@ -96,8 +107,8 @@ struct FieldRef {
     const FieldDefinition* definition;
     unsigned element;
 
-    std::string path()
-        const;  ///< "color.images.normal.2.Luma.PY[3]", "ccm.rows.normal.matrices.0[8]"
+    /// "color.images.normal.2.Luma.PY[3]", "ccm.rows.normal.0.matrix[8]"
+    std::string path() const;
     /// As stored: sign-extended if signed; a coefficient decoded with the tuning's codec.
     std::int64_t read(const Tuning& tuning) const;
     /// The bits alone.
@@ -108,27 +119,9 @@ struct FieldRef {
 /// Every value of every record, in the order of records().
 const std::vector<FieldRef>& fields();
 
-/// The YAML form of a tuning: maps and lists down to records, and their fields.
-struct FormatNode {
-    enum class Kind {
-        map,     ///< children by name
-        list,    ///< children by index
-        values,  ///< a record shown as a list of its values
-        field,
-    };
-    Kind kind = Kind::map;
-    std::string name;  ///< key or index
-    std::string path;
-    bool optional = false;
-    const Record* record = nullptr;               ///< values, field
-    const FieldDefinition* definition = nullptr;  ///< field
-    const Record* opaque = nullptr;               ///< the map has other_bits, of this record's part
-    std::vector<FormatNode> children;
-};
-const FormatNode& format_tree();
-
 /// A word's bits that belong to no field of any record.
 struct OpaqueWord {
+    const Record* record;  ///< whose other_bits show them
     Part part;
     std::size_t word;  ///< in the part
     std::uint32_t mask;
@@ -151,6 +144,9 @@ std::span<const ColorField> color_fields();
 
 /// The table of fields as Markdown, for docs/tuning-format.md.
 std::string describe_fields();
+
+/// The table of findings as Markdown, likewise.
+std::string describe_rules();
 
 }  // namespace imgtune::workbench
 

@@ -22,15 +22,8 @@ constexpr ImageFile kColorFile{Part::color, "color.bin", "color"};
 constexpr ImageFile kPcaFile{Part::pca, "pca.bin", "color.tuning"};
 constexpr const char* kCallerFile = "caller.yaml";
 
-void add_fault(Faults& faults, const std::string& file, std::string message, std::string value,
-               std::string allowed) {
-    Fault fault;
-    fault.code = "T010";
-    fault.file = file;
-    fault.message = std::move(message);
-    fault.value = std::move(value);
-    fault.allowed = std::move(allowed);
-    faults.add(std::move(fault));
+void add_fault(Faults& faults, const std::string& file, std::string message) {
+    faults.add({.code = "T010", .file = file, .message = std::move(message)});
 }
 
 const StoredImage* find(const std::vector<StoredImage>& images, std::string_view name) {
@@ -54,10 +47,12 @@ bool read_part(const std::vector<StoredImage>& images, const std::string& folder
     const std::size_t size = 4 * part_words(image.part);
     const std::string& bytes = stored->bytes;
     if (bytes.size() != size) {
-        add_fault(faults, file, "wrong size",
-                  bytes.size() > size ? fmt::format("more than {} bytes", size)
-                                      : fmt::format("{} bytes", bytes.size()),
-                  fmt::format("{} bytes ({} words)", size, size / 4));
+        // Longer files are not read to their end.
+        add_fault(faults, file,
+                  fmt::format("{} bytes long; it must have {} ({} words)",
+                              bytes.size() > size ? fmt::format("more than {}", size)
+                                                  : std::to_string(bytes.size()),
+                              size, size / 4));
         return true;
     }
     for (std::size_t w = 0; w < size / 4; ++w) {
@@ -90,7 +85,7 @@ Tuning from_images(const std::vector<StoredImage>& images, const std::string& fo
     Tuning tuning;
     faults.set_place("", folder, 0);
     if (const StoredImage* const caller = find(images, kCallerFile); caller != nullptr) {
-        read_caller_yaml(caller->bytes, path_of(folder, kCallerFile), faults, tuning);
+        read_settings(caller->bytes, path_of(folder, kCallerFile), faults, tuning);
     }
     faults.set_place("", folder, 0);
     tuning.has_ccm = read_part(images, folder, kCcmFile, faults, tuning);
@@ -98,10 +93,11 @@ Tuning from_images(const std::vector<StoredImage>& images, const std::string& fo
     const bool has_pca = read_part(images, folder, kPcaFile, faults, tuning);
     if (tuning.has_color != has_pca) {
         add_fault(faults, path_of(folder, has_pca ? kColorFile.name : kPcaFile.name),
-                  "missing file", "", "color.bin and pca.bin stand together");
+                  "missing; color.bin and pca.bin stand together");
     } else if (!tuning.has_ccm && !tuning.has_color) {
-        add_fault(faults, folder, "no stored images in this folder", "",
-                  "ccm.bin, or color.bin and pca.bin, or all three");
+        add_fault(faults, folder,
+                  "holds no stored images; it must hold ccm.bin, or color.bin and "
+                  "pca.bin, or all three");
     }
     return tuning;
 }
@@ -114,10 +110,7 @@ std::vector<StoredImage> to_images(const Tuning& tuning) {
     take(kCcmFile, tuning.has_ccm);
     take(kColorFile, tuning.has_color);
     take(kPcaFile, tuning.has_color);
-    Tuning settings;
-    settings.name = tuning.name;
-    settings.caller = tuning.caller;
-    images.push_back({kCallerFile, write_yaml(settings)});
+    images.push_back({kCallerFile, write_settings(tuning)});
     return images;
 }
 

@@ -11,7 +11,7 @@
 //   ccm.bin      1102 words, ISP_NVRAM_MULTI_CCM_STRUCT
 //   color.bin    4 slots x 5 CT indices x 117 words, slot-major
 //   pca.bin      4 slots x 17 words
-//   caller.yaml  name and caller settings; defaults without it
+//   caller.yaml  name, caller settings, kelvin of the tuned points; defaults without it
 // ccm.bin may be missing, and color.bin together with pca.bin.
 
 namespace imgtune::workbench {

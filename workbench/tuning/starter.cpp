@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kCts = 4;
 
 // Gains and off-diagonals (places 1, 2, 3, 5, 6, 7) from tungsten light to daylight.
+constexpr std::uint32_t kKelvin[kCts] = {2850, 4000, 5000, 6500};
 constexpr AWB_GAIN_T kGains[kCts] = {
     {700, 512, 1250}, {860, 512, 980}, {960, 512, 840}, {1080, 512, 720}};
 constexpr std::int32_t kOffDiagonals[kCts][6] = {{-230, -90, -190, -60, -40, -330},
@@ -26,6 +27,7 @@ constexpr std::size_t kPlaces[6] = {1, 2, 3, 5, 6, 7};
 void fill_row(Tuning& t, std::size_t row, std::int32_t strength) {
     const CoefficientCodec codec(t.caller.int_bits, t.caller.frac_bits);
     for (std::size_t ct = 0; ct < kCts; ++ct) {
+        t.kelvin[row][ct] = kKelvin[ct];
         t.ccm.rCTAWBGain[row][ct] = kGains[ct];
         NSIspTuning::ISP_CCM_T matrix{};
         for (std::size_t i = 0; i < 6; ++i) {

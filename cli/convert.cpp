@@ -1,0 +1,64 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "cli/verbs.h"
+#include "workbench/files/output_file.h"
+#include "workbench/files/output_guard.h"
+#include "workbench/files/tuning_files.h"
+#include "workbench/text/shown_text.h"
+#include "workbench/tuning/comments.h"
+#include "workbench/tuning/yaml_io.h"
+
+namespace imgtune::cli {
+
+namespace {
+
+struct Options {
+    std::string tuning;
+    std::string output = "-";
+    bool bare = false;
+    bool force = false;
+};
+
+void tell_lost_comments(const std::string& name, const std::string& from, const std::string& to) {
+    constexpr std::size_t kLongest = 60;
+    const std::vector<Comment> lost = lost_comments(from, to);
+    if (lost.empty()) return;
+    std::fprintf(
+        stderr, "imgtune: %zu comment%s of %s %s not carried over, the first in line %d: %s\n",
+        lost.size(), lost.size() == 1 ? "" : "s", shown_text(name).c_str(),
+        lost.size() == 1 ? "is" : "are", lost[0].line, shown_text(lost[0].text, kLongest).c_str());
+}
+
+int run(const Options& options) {
+    if (!options.force) guard_output(options.output, {options.tuning}, Existing::kept);
+    std::string before;
+    const Tuning tuning = require_tuning(options.tuning, &before);
+    const std::string after = head_comments(before) + write_yaml(tuning, !options.bare);
+    write_file(options.output, after);
+    tell_lost_comments(options.tuning, before, after);
+    return kFine;
+}
+
+}  // namespace
+
+void add_convert(CLI::App& app, Context& context) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb = app.add_subcommand("convert", "Write a tuning in the current YAML form");
+    verb->add_option("TUNING", options->tuning, "YAML file, folder of stored images, or -")
+        ->required();
+    verb->add_option("-o,--output", options->output, "YAML file; - is standard output")
+        ->capture_default_str();
+    verb->add_flag("--bare", options->bare, "Without explanations of the fields");
+    verb->add_flag("--force", options->force, "Overwrite a file that holds something");
+    verb->footer(
+        "Example:\n  imgtune convert old.yaml -o new.yaml\n"
+        "Comments at the top are kept; others are not, and standard error says so.");
+    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+}
+
+}  // namespace imgtune::cli

@@ -1,0 +1,79 @@
+#include "workbench/tuning/rules.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr Severity kError = Severity::error;
+constexpr Severity kWarning = Severity::warning;
+
+constexpr Rule kRules[] = {
+    {"T001", kError, "not one YAML document"},
+    {"T002", kError, "`format` missing or unknown"},
+    {"T003", kError, "unknown key"},
+    {"T004", kError, "missing key"},
+    {"T005", kError, "value of the wrong kind"},
+    {"T006", kError, "wrong number of entries"},
+    {"T007", kError, "number that its field cannot hold"},
+    {"T008", kError, "coefficient beyond its 13-bit field"},
+    {"T009", kError, "key twice in one map"},
+    {"T010", kError, "file missing, unreadable or of a wrong size"},
+    {"T011", kError, "`other_bits` that belong to a field, or to no word"},
+    {"T013", kError, "merge key that is no map, or nested too deep"},
+    {"T014", kError, "`like` that leads nowhere, or in a circle"},
+    {"T101", kError, "value outside its allowed range"},
+    {"T102", kError, "number of CTs outside 1..8"},
+    {"T103", kError, "fewer than 3 CTs to blend"},
+    {"T104", kError, "gains that do not rise in red and fall in blue"},
+    {"T105", kError, "low-light row missing though `i4NumLV` uses it"},
+    {"T106", kError, "flash row missing though `i4NumFlash` is not 0"},
+    {"T107", kError, "normal row or a matrix missing"},
+    {"T108", kWarning, "matrix row that does not sum to the unity"},
+    {"T109", kError, "polynomial deviation of zero"},
+    {"T110", kError, "polynomial mean out of range"},
+    {"T111", kError, "polynomial that leaves the coefficient field"},
+    {"T112", kWarning, "jump between the matrices of neighbouring CTs, over 0.5 of the unity"},
+    {"T114", kError, "coefficient format wider than its field"},
+    {"T115", kWarning, "`frac_bits` other than 9"},
+    {"T116", kError, "temporal weights that sum to 0"},
+    {"T117", kError, "temporal weight of the new matrix 0"},
+    {"T120", kWarning, "unusual value, without effect or with little"},
+    {"T121", kWarning, "absurd polynomial deviation"},
+    {"T122", kWarning, "more points filled in than `i4NumCT` declares"},
+    {"T123", kError, "fewer points filled in than `i4NumCT` declares"},
+    {"T124", kWarning, "tuned gains on another scale than 512 = 1.0"},
+    {"T125", kWarning, "green gain other than 512"},
+    {"T126", kError, "polynomial on a wrong scale, by its tuned gains and matrices"},
+    {"T127", kWarning, "polynomial far from the tuned matrices of its row"},
+    {"T128", kWarning, "kelvin of tuned points that do not rise"},
+    {"T201", kError, "ratio thresholds that do not ascend"},
+    {"T203", kError, "outdoor ramp that starts after its end"},
+    {"T204", kError, "outdoor base 0 with outdoor enabled"},
+    {"T207", kError, "saturation knots out of order"},
+    {"T208", kError, "step of 0: never settles"},
+    {"T209", kError, "CT grid neither rising nor falling"},
+    {"T210", kWarning, "slots that are copies of each other"},
+    {"T211", kError, "colour image of zeros"},
+    {"T212", kWarning, "control words that differ within a slot"},
+    {"T213", kError, "saturation target beyond its 10 bits"},
+    {"T214", kWarning, "ratio that jumps: a ramp without length"},
+    {"T215", kWarning, "outdoor ramp without length"},
+    {"T216", kWarning, "luma curve that falls"},
+    {"T217", kWarning, "hue entry far from both neighbours"},
+    {"T218", kError, "CT grid in mired"},
+};
+
+}  // namespace
+
+std::span<const Rule> rules() {
+    return kRules;
+}
+
+const Rule* find_rule(std::string_view code) {
+    for (const Rule& rule : kRules) {
+        if (rule.code == code) return &rule;
+    }
+    return nullptr;
+}
+
+}  // namespace imgtune::workbench
