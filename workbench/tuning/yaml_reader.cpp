@@ -58,6 +58,11 @@ const OpaqueWord* opaque_word(const Record* record, std::int64_t index) {
     return nullptr;
 }
 
+/// A whole number from 0 on, or -1.
+std::int64_t count_of(const YAML::Node& node) {
+    return node.IsScalar() ? parse_integer(node.Scalar()).value_or(-1) : -1;
+}
+
 const Record* record_at(const std::string& path) {
     for (const Record& record : records()) {
         if (record.path == path) return &record;
@@ -302,11 +307,9 @@ class Reader {
         }
         for (const auto& pair : yaml) {
             const int line = line_of(pair.first);
-            const auto word =
-                pair.first.IsScalar() ? parse_integer(pair.first.Scalar()) : std::nullopt;
-            const auto bits =
-                pair.second.IsScalar() ? parse_integer(pair.second.Scalar()) : std::nullopt;
-            if (!word || !bits) {
+            const std::int64_t word = count_of(pair.first);
+            const std::int64_t bits = count_of(pair.second);
+            if (word < 0 || bits < 0) {
                 faults_.add(line, {.code = "T005",
                                    .path = path,
                                    .message = fmt::format("holds {}: {}; it must be a word and its "
@@ -315,12 +318,12 @@ class Reader {
                                    .value = shown(pair.second)});
                 continue;
             }
-            const OpaqueWord* const found = opaque_word(node.record, *word);
+            const OpaqueWord* const found = opaque_word(node.record, word);
             const std::uint32_t mask = found == nullptr ? 0 : found->mask;
-            if (found == nullptr || *bits < 0 || *bits > 0xffffffff ||
-                (static_cast<std::uint32_t>(*bits) & ~mask) != 0) {
+            if (found == nullptr || bits > 0xffffffff ||
+                (static_cast<std::uint32_t>(bits) & ~mask) != 0) {
                 faults_.add(line, {.code = "T011",
-                                   .path = fmt::format("{}.{}", path, *word),
+                                   .path = fmt::format("{}.{}", path, word),
                                    .message = fmt::format(
                                        "is {}: bits of a named field, or beyond the record; "
                                        "allowed are bits of 0x{:08x}",
@@ -331,7 +334,7 @@ class Reader {
                 continue;
             }
             const std::uint32_t kept = load_word(tuning_, found->part, found->word) & ~mask;
-            store_word(tuning_, found->part, found->word, kept | static_cast<std::uint32_t>(*bits));
+            store_word(tuning_, found->part, found->word, kept | static_cast<std::uint32_t>(bits));
         }
     }
 
