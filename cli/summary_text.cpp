@@ -76,8 +76,9 @@ std::string head_text(const SummaryRecord& record) {
 std::string totals_text(const SummaryRecord& record) {
     std::string out;
     if (record.cold_start) {
-        out += fmt::format("{:<18}at rest after {} frames if the first light holds\n", "cold start",
-                           record.cold_start_frames);
+        out +=
+            fmt::format("{:<18}at rest after {} frame{} if the first light holds\n", "cold start",
+                        record.cold_start_frames, record.cold_start_frames == 1 ? "" : "s");
     }
     out += fmt::format("{:<18}{}\n", "changes of light", record.change_count);
     for (std::size_t job = 0; job < kJobNames.size(); ++job) {

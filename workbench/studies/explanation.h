@@ -105,24 +105,26 @@ struct ColorExplanation {
     std::int64_t upper_kelvin = 0;
     std::int64_t lower_index = 0;
     std::int64_t lower_kelvin = 0;
-    bool locked = false;  ///< nothing further is computed
 
     std::int64_t real_mired = 0;
     std::int64_t upper_mired = 0;
     std::int64_t lower_mired = 0;
-    bool lower_alone = false;  ///< no bracket: the lower-CT image alone
-    double upper_share = 0.0;  ///< of the upper-CT image
-    bool outdoor = false;
+    double upper_share = 0.0;        ///< of the upper-CT image
     std::int64_t outdoor_ratio = 0;  ///< of outdoor_base: weight of the outdoor images
     std::int64_t outdoor_base = 0;
     std::int64_t saturation_ratio = 0;  ///< 16: 1.0
-    bool lsp_light = false;             ///< light value within u4LSPMaxLV
-    bool lsp_enabled = false;           ///< in the image
-    bool at_once = false;               ///< no temporal step
-    std::int64_t luma_step = 0;
+    std::int64_t luma_step = 0;         ///< a frame, as are the next two
     std::int64_t hue_step = 0;
     std::int64_t saturation_step = 0;
+
+    bool locked = false;       ///< only the bracket is known: no block is computed
+    bool lower_alone = false;  ///< no bracket: the lower-CT image alone
+    bool outdoor = false;
+    bool lsp_light = false;    ///< light value within u4LSPMaxLV
+    bool lsp_enabled = false;  ///< in the image
+    bool at_once = false;      ///< no temporal step
     bool color_map_from_upper = false;
+
     std::vector<ColorRow> rows;
     std::vector<WrappedValue> wrapped;
     std::vector<UnreachableTarget> unreachable;

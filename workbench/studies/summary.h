@@ -89,6 +89,8 @@ class Summary {
   public:
     /// `camera` as before the first frame.
     Summary(const Camera& camera, const SummaryOptions& options);
+    Summary(const Summary&) = delete;
+    Summary& operator=(const Summary&) = delete;
 
     /// The camera has run this frame.
     void add(std::uint64_t number, const Frame& frame, const Camera& camera);
