@@ -73,6 +73,8 @@ TEST(Check, EachFaultHasItsCodeAndPlace) {
         {"caller.int_bits=4", "T114", "caller.int_bits"},
         {"caller.weights=0", "T116", "caller.weights"},
         {"caller.weights[0]=0", "T117", "caller.weights[0]"},
+        {"caller.weights[1]=7", "", ""},
+        {"caller.weights[1]=8", "T118", "caller.weights"},
         {"caller.ct_grid[2]=2850", "T209", "caller.ct_grid[2]"},
         {"caller.ct_grid[4]=100", "T209", "caller.ct_grid[4]"},
         {"color.tuning.flash.u4RatioLV_Th1=91", "T201", "color.tuning.flash.u4RatioLV_Th2"},

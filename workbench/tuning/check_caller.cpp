@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "workbench/studies/stall.h"
 #include "workbench/tuning/check_rules.h"
 
 namespace imgtune::workbench {
@@ -9,6 +10,8 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr std::int32_t kUnityBits = 9;  // the temporal average and the output take 512 as 1.0
+/// In 1/512: with this, diagonals stop up to 1.6 % short.
+constexpr std::int32_t kMostStall = 4;
 constexpr std::uint32_t kMiredPerKelvin = 1000000;
 
 void check_codec(Checked& checked) {
@@ -57,6 +60,17 @@ void check_weights(Checked& checked) {
                         .allowed = "above 0",
                         .effect = "the matrix never follows the light",
                         .suggestion = "[2, 1, 1]"});
+    } else if (const std::int32_t stall = worst_stall(w); stall > kMostStall) {
+        checked.report(
+            {.code = "T118",
+             .path = "caller.weights",
+             .message = fmt::format("is [{}, {}, {}]: the truncating average can stop {}/512 short "
+                                    "of the matrix, a diagonal {}/512",
+                                    w[0], w[1], w[2], stall, 2 * stall),
+             .value = fmt::format("[{}, {}, {}]", w[0], w[1], w[2]),
+             .allowed = fmt::format("stops up to {}/512", kMostStall),
+             .effect = "the colours rest beside the tuned ones, elsewhere from each light before",
+             .suggestion = "a larger first weight, such as [2, 1, 1]"});
     }
 }
 
