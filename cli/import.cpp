@@ -1,0 +1,164 @@
+#include "workbench/calibration/import.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "cli/common.h"
+#include "cli/verbs.h"
+#include "workbench/calibration/reader.h"
+#include "workbench/files/output_file.h"
+#include "workbench/files/output_guard.h"
+#include "workbench/files/text_file.h"
+#include "workbench/files/tuning_files.h"
+#include "workbench/json/import.h"
+#include "workbench/text/bad_input.h"
+#include "workbench/tuning/yaml_io.h"
+
+namespace imgtune::cli {
+
+namespace {
+
+struct Options {
+    std::string file;
+    std::string output = "-";
+    std::string color_from;
+    std::string method = "blend";
+    std::string rows = "divide";
+    ImportChoices choices;
+    bool force = false;
+    bool json = false;
+};
+
+const char* method_text(CcmMethod method) {
+    return method == CcmMethod::blend ? "2, blend of the tuned matrices"
+                                      : "1, polynomial of the gain";
+}
+
+std::string error_line(const std::string& what, const ImportError& error) {
+    if (error.points == 0) return fmt::format("  {:<34}none\n", what);
+    return fmt::format("  {:<34}{:>4}/512 at {:<7g} K {:>7.2f} {:>9.2f}\n",
+                       fmt::format("{} ({})", what, error.points), error.largest,
+                       error.largest_kelvin, error.mean_difference, error.largest_difference);
+}
+
+std::string choice_text(const Import& import) {
+    const Selection& selection = import.selection;
+    if (selection.tried == 0) return "";
+    return fmt::format(" ({} of {} sets tried)", selection.all ? "the best" : "the best found",
+                       selection.tried);
+}
+
+std::string report(const Calibration& calibration, const Import& import,
+                   const ImportChoices& choices) {
+    std::string cts;
+    for (const TunedPoint& point : import.kept) {
+        cts += fmt::format("{}{:g}", cts.empty() ? "" : ", ", point.kelvin);
+    }
+    const bool blend = choices.method == CcmMethod::blend;
+    return fmt::format("{}: {} locus points, {} matrices\n", calibration.form,
+                       calibration.locus.size(), calibration.matrices.size()) +
+           fmt::format("method        {}\n", method_text(choices.method)) +
+           fmt::format("tuned CTs     {} K{}\n", cts, choice_text(import)) +
+           fmt::format("low light     saturation {:g}\n", choices.low_light_saturation) +
+           fmt::format("flash         {:g} of the way to the matrix at {:g} K, nearest {:g} K\n",
+                       choices.flash_share, import.flash_tuned_kelvin, choices.flash_kelvin) +
+           (choices.stretch == 1.0
+                ? std::string()
+                : fmt::format("SYNTHETIC     gains times {:g}, as no sensor has\n",
+                              choices.stretch)) +
+           "what the library makes of each calibrated light   CIEDE2000 over 24 patches\n"
+           "                                    largest error         mean   largest\n" +
+           error_line("dropped CTs", import_error(import.errors, false, true)) +
+           error_line("kept CTs", import_error(import.errors, true, false)) +
+           error_line(blend ? "all, with the polynomial instead" : "all, with the blend instead",
+                      import_error(import.other_method_errors, true, true));
+}
+
+int run(const Options& options) {
+    guard_output(options.output, {options.file, options.color_from},
+                 options.force ? Existing::replaced : Existing::kept);
+    ImportChoices choices = options.choices;
+    choices.method = options.method == "blend" ? CcmMethod::blend : CcmMethod::polynomial;
+    choices.points.divide_rows = options.rows == "divide";
+    if (choices.name.empty() && options.file != "-") {
+        choices.name = std::filesystem::path(options.file).stem().string();
+    }
+    Remarks remarks(options.file == "-" ? "standard input" : options.file);
+    const Calibration calibration =
+        read_calibration(read_text(options.file, kLargestCalibrationText), remarks);
+    const Tuning base =
+        options.color_from.empty() ? Tuning{} : require_tuning(options.color_from);
+    const Import import = import_calibration(calibration, choices, base, remarks);
+    std::fputs(remarks.text().c_str(), stderr);
+    if (remarks.has_errors()) return kBadInput;
+    write_file(options.output, write_yaml(import.tuning));
+    print_report(options.json ? dumped(to_json(import, remarks))
+                              : report(calibration, import, choices),
+                 options.output);
+    return kFine;
+}
+
+void add_choices(CLI::App& verb, Options& options) {
+    ImportChoices& choices = options.choices;
+    verb.add_option("--name", choices.name, "Name of the tuning; else that of the file");
+    verb.add_option("--method", options.method, "What the camera does with the points")
+        ->check(CLI::IsMember({"blend", "polynomial"}))
+        ->capture_default_str();
+    verb.add_option("--cts", choices.kelvins, "Tuned CTs in kelvin, 3 to 8; else chosen")
+        ->delimiter(',');
+    verb.add_option("--most", choices.most_cts, "How many CTs to choose at most")
+        ->check(CLI::Range(3, 8))
+        ->capture_default_str();
+    verb.add_option("--low-light-saturation", choices.low_light_saturation,
+                    "Saturation of the low-light row, 1: as the normal row")
+        ->check(CLI::Range(0.0, 1.0))
+        ->capture_default_str();
+    verb.add_option("--flash-ct", choices.flash_kelvin, "Light of the flash in kelvin")
+        ->check(CLI::Range(1000.0, 1000000.0))
+        ->capture_default_str();
+    verb.add_option("--flash-share", choices.flash_share,
+                    "Share of the flash's matrix in the flash row, 0: as the normal row")
+        ->check(CLI::Range(0.0, 1.0))
+        ->capture_default_str();
+    verb.add_option("--rows", options.rows,
+                    "Matrix rows that do not sum to 1: divide them by their sum, or let the "
+                    "diagonal close them")
+        ->check(CLI::IsMember({"divide", "diagonal"}))
+        ->capture_default_str();
+    verb.add_flag("--extrapolate", choices.points.extrapolate,
+                  "Keep matrices outside the locus, on its continuation");
+    verb.add_option("--stretch", choices.stretch,
+                    "Multiply the gains: a synthetic locus, for trials of the blend")
+        ->check(CLI::Range(0.1, 10.0));
+}
+
+}  // namespace
+
+void add_import(CLI::App& app, Context& context) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb =
+        app.add_subcommand("import", "Make a tuning of another camera stack's calibration");
+    verb->add_option("FILE", options->file,
+                     "libcamera tuning file (JSON of the Raspberry Pi, YAML of other pipelines), "
+                     "or CSV: ct,r_gain,b_gain,c0..c8")
+        ->required();
+    verb->add_option("-o,--output", options->output, "YAML file; - is standard output")
+        ->capture_default_str();
+    add_choices(*verb, *options);
+    verb->add_option("--color-from", options->color_from,
+                     "Tuning whose colour tables and caller settings are taken over");
+    verb->add_flag("--force", options->force, "Overwrite a file that holds something");
+    verb->add_flag("--json", options->json, "Report as JSON");
+    verb->footer(
+        "Example:\n  imgtune import imx708.json -o imx708.yaml && imgtune check imx708.yaml\n"
+        "Faults go to standard error with file, line and what was done. docs/import.md tells how\n"
+        "figures are converted.");
+    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+}
+
+}  // namespace imgtune::cli

@@ -1,0 +1,170 @@
+#include "workbench/calibration/import.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "ccm/codec.h"
+#include "ccm/tuned_rows.h"
+#include "workbench/calibration/conversion.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr std::size_t kFewestCts = 3;
+constexpr std::size_t kMostCts = 8;
+
+bool choices_fit(const ImportChoices& choices, Remarks& remarks) {
+    const auto share = [&remarks](double value, const char* what) {
+        if (value >= 0.0 && value <= 1.0) return;
+        remarks.error(0, fmt::format("{} is {}", what, value), "allowed are 0..1");
+    };
+    share(choices.low_light_saturation, "the low-light saturation");
+    share(choices.flash_share, "the flash's share");
+    if (!(choices.stretch >= 0.1 && choices.stretch <= 10.0)) {
+        remarks.error(0, fmt::format("the factor of the gains is {}", choices.stretch),
+                      "allowed are 0.1..10");
+    }
+    if (choices.most_cts < kFewestCts || choices.most_cts > kMostCts) {
+        remarks.error(0, fmt::format("{} tuned CTs", choices.most_cts), "allowed are 3..8");
+    }
+    const std::size_t named = choices.kelvins.size();
+    if (named != 0 && (named < kFewestCts || named > kMostCts)) {
+        remarks.error(0, fmt::format("{} CTs named", named), "name 3..8");
+    }
+    return !remarks.has_errors();
+}
+
+AWB_GAIN_T stretched(const AWB_GAIN_T& gain, double factor) {
+    return {static_cast<std::int32_t>(std::lround(gain.i4R * factor)), gain.i4G,
+            static_cast<std::int32_t>(std::lround(gain.i4B * factor))};
+}
+
+std::vector<TunedPoint> named_points(const Sensor& sensor, std::vector<double> kelvins,
+                                     Remarks& remarks) {
+    std::sort(kelvins.begin(), kelvins.end());
+    const double lowest = sensor.points().front().kelvin;
+    const double highest = sensor.points().back().kelvin;
+    std::vector<TunedPoint> points;
+    for (const double kelvin : kelvins) {
+        if (kelvin < lowest || kelvin > highest) {
+            remarks.error(0, fmt::format("no light of {} K is calibrated", kelvin),
+                          fmt::format("name CTs from {} to {} K", lowest, highest));
+            continue;
+        }
+        const TunedPoint point = sensor.at(kelvin);
+        if (!points.empty() && point.gain.i4R <= points.back().gain.i4R) {
+            remarks.error(0,
+                          fmt::format("{} K and {} K are named, which have the same gains",
+                                      points.back().kelvin, kelvin),
+                          "name one of them");
+        }
+        if (!point.published) {
+            remarks.warning(0, fmt::format("no matrix is calibrated at {} K", kelvin),
+                            "gains and matrix lie between its neighbours', in mired");
+        }
+        points.push_back(point);
+    }
+    return points;
+}
+
+const TunedPoint& nearest(const std::vector<TunedPoint>& points, double kelvin) {
+    return *std::min_element(points.begin(), points.end(),
+                             [kelvin](const TunedPoint& a, const TunedPoint& b) {
+                                 return std::abs(a.kelvin - kelvin) < std::abs(b.kelvin - kelvin);
+                             });
+}
+
+/// Low-light or flash row: the same gains, `change` of each matrix. Returns the matrices.
+template <typename Change>
+std::vector<NSIspTuning::ISP_CCM_T> fill_row(Tuning& tuning, std::size_t row,
+                                             const std::vector<TunedPoint>& points, Change change) {
+    const CoefficientCodec codec(tuning.caller.int_bits, tuning.caller.frac_bits);
+    std::vector<NSIspTuning::ISP_CCM_T> matrices;
+    for (std::size_t ct = 0; ct < points.size(); ++ct) {
+        matrices.push_back(to_fixed(change(points[ct].matrix)));
+        codec.encode(matrices.back(), tuning.ccm.rCCM_Nvram[row][ct]);
+        tuning.ccm.rCTAWBGain[row][ct] = points[ct].gain;
+        tuning.kelvin[row][ct] = tuning.kelvin[0][ct];
+    }
+    return matrices;
+}
+
+void fill_derived_rows(Tuning& tuning, const std::vector<TunedPoint>& points,
+                       const ImportChoices& choices) {
+    fill_row(tuning, kLowLightRow, points, [&choices](const RealMatrix& matrix) {
+        return desaturate(matrix, choices.low_light_saturation);
+    });
+    const RealMatrix flash = nearest(points, choices.flash_kelvin).matrix;
+    const auto matrices =
+        fill_row(tuning, kFlashRow, points, [&choices, &flash](const RealMatrix& matrix) {
+            return mix(matrix, flash, choices.flash_share);
+        });
+    std::vector<AWB_GAIN_T> gains;
+    for (const TunedPoint& point : points) gains.push_back(point.gain);
+    tuning.ccm.rCCMPoly22Flash = fit_polynomial(gains, matrices);
+}
+
+Tuning empty_ccm(const Tuning& base, const ImportChoices& choices) {
+    Tuning tuning = base;
+    tuning.name = choices.name;
+    tuning.has_ccm = true;
+    tuning.ccm = {};
+    std::fill_n(&tuning.kelvin[0][0], 64, 0U);
+    tuning.caller.int_bits = 3;
+    tuning.caller.frac_bits = 9;
+    tuning.ccm.i4Method = static_cast<std::int32_t>(choices.method);
+    tuning.ccm.i4NumLV = 2;
+    tuning.ccm.i4NumFlash = 1;
+    return tuning;
+}
+
+}  // namespace
+
+ImportError import_error(const std::vector<PointError>& errors, bool with_kept, bool with_dropped) {
+    ImportError result;
+    for (const PointError& error : errors) {
+        if (!(error.kept ? with_kept : with_dropped)) continue;
+        ++result.points;
+        if (error.largest > result.largest || result.points == 1) {
+            result.largest = error.largest;
+            result.largest_kelvin = error.kelvin;
+        }
+        result.mean_difference += error.mean_difference;
+        result.largest_difference = std::max(result.largest_difference, error.largest_difference);
+    }
+    if (result.points > 0) result.mean_difference /= static_cast<double>(result.points);
+    return result;
+}
+
+Import import_calibration(const Calibration& calibration, const ImportChoices& choices,
+                          const Tuning& base, Remarks& remarks) {
+    Import result;
+    if (!choices_fit(choices, remarks)) return result;
+    const Sensor sensor(calibration, choices.points, remarks);
+    if (remarks.has_errors()) return result;
+    std::vector<TunedPoint> points = sensor.points();
+    for (TunedPoint& point : points) point.gain = stretched(point.gain, choices.stretch);
+    if (choices.kelvins.empty()) {
+        result.selection = select_points(points, choices.most_cts, choices.method);
+        for (const std::size_t i : result.selection.kept) result.kept.push_back(points[i]);
+    } else {
+        result.kept = named_points(sensor, choices.kelvins, remarks);
+        for (TunedPoint& point : result.kept) point.gain = stretched(point.gain, choices.stretch);
+    }
+    if (remarks.has_errors()) return result;
+
+    result.tuning = empty_ccm(base, choices);
+    fill_normal_row(result.tuning, result.kept);
+    fill_derived_rows(result.tuning, result.kept, choices);
+    result.flash_tuned_kelvin = nearest(result.kept, choices.flash_kelvin).kelvin;
+    result.errors = point_errors(result.tuning, points);
+    Tuning other = result.tuning;
+    other.ccm.i4Method = choices.method == CcmMethod::blend ? 1 : 2;
+    result.other_method_errors = point_errors(other, points);
+    return result;
+}
+
+}  // namespace imgtune::workbench

@@ -1,0 +1,238 @@
+#include "workbench/calibration/points.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "workbench/calibration/conversion.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr double kLowestKelvin = 1000.0;
+constexpr double kHighestKelvin = 1000000.0;
+constexpr double kLargestGain = 32767.0;
+constexpr double kUnclosed = 0.001;  // of a row's sum, beyond published figures' own rounding
+constexpr double kLowestRowSum = 0.5;
+constexpr double kHighestRowSum = 2.0;
+constexpr std::int32_t kLowestCoefficient = -4095;
+constexpr std::int32_t kHighestCoefficient = 4096;
+constexpr std::size_t kFewestPoints = 3;  // of a blend
+
+/// Sorted by CT, one entry a CT; what is left out is told.
+template <typename Entry>
+std::vector<Entry> by_kelvin(const std::vector<Entry>& entries, const char* what,
+                             Remarks& remarks) {
+    std::vector<Entry> sorted = entries;
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const Entry& a, const Entry& b) { return a.kelvin < b.kelvin; });
+    std::vector<Entry> kept;
+    for (const Entry& entry : sorted) {
+        if (entry.kelvin < kLowestKelvin || entry.kelvin > kHighestKelvin) {
+            remarks.error(entry.line, fmt::format("CT of {} K", entry.kelvin),
+                          fmt::format("write kelvin, {}..{}", kLowestKelvin, kHighestKelvin));
+        } else if (!kept.empty() && entry.kelvin == kept.back().kelvin) {
+            remarks.warning(entry.line, fmt::format("a second {} at {} K", what, entry.kelvin),
+                            "left out: the first one counts");
+        } else {
+            kept.push_back(entry);
+        }
+    }
+    return kept;
+}
+
+/// Redder and less blue light from b to a.
+bool follows(const LocusPoint& a, const LocusPoint& b) {
+    return a.red > b.red && a.blue < b.blue;
+}
+
+/// Indices of the longest run of points, not necessarily neighbours, in which each follows.
+std::vector<std::size_t> longest_rise(const std::vector<LocusPoint>& locus) {
+    std::vector<std::size_t> length(locus.size(), 1);
+    std::vector<std::size_t> before(locus.size(), locus.size());
+    std::size_t last = 0;
+    for (std::size_t i = 0; i < locus.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            if (follows(locus[j], locus[i]) && length[j] + 1 > length[i]) {
+                length[i] = length[j] + 1;
+                before[i] = j;
+            }
+        }
+        if (length[i] > length[last]) last = i;
+    }
+    std::vector<std::size_t> rise;
+    for (std::size_t i = last; i < locus.size(); i = before[i]) rise.push_back(i);
+    std::reverse(rise.begin(), rise.end());
+    return rise;
+}
+
+bool fits(const RealMatrix& matrix) {
+    const auto fixed = to_fixed(matrix);
+    return std::all_of(std::begin(fixed.i4Coef), std::end(fixed.i4Coef), [](std::int32_t c) {
+        return c >= kLowestCoefficient && c <= kHighestCoefficient;
+    });
+}
+
+/// False for an error.
+bool close_rows(CalibratedMatrix& matrix, bool divide, Remarks& remarks) {
+    double farthest = 1.0;
+    for (std::size_t row = 0; row < 3; ++row) {
+        const double sum = row_sum(matrix.coefficients, row);
+        if (!(sum >= kLowestRowSum && sum <= kHighestRowSum)) {
+            remarks.error(matrix.line, fmt::format("row {} of the matrix sums to {:.6g}", row, sum),
+                          "rows sum to 1, so that white stays white: write 1.0 for unity");
+            return false;
+        }
+        if (std::abs(sum - 1.0) > std::abs(farthest - 1.0)) farthest = sum;
+    }
+    if (std::abs(farthest - 1.0) <= kUnclosed) return true;
+    remarks.warning(
+        matrix.line,
+        fmt::format("a row of the matrix at {} K sums to {:.4f}, not 1", matrix.kelvin, farthest),
+        divide ? "each row was divided by its sum" : "the diagonal takes what is missing");
+    if (divide) matrix.coefficients = divide_rows(matrix.coefficients);
+    return true;
+}
+
+void judge_offsets(const CalibratedMatrix& matrix, Remarks& remarks) {
+    const auto& o = matrix.offsets;
+    if (o[0] == 0.0 && o[1] == 0.0 && o[2] == 0.0) return;
+    remarks.warning(matrix.line,
+                    fmt::format("offsets [{}, {}, {}] at {} K", o[0], o[1], o[2], matrix.kelvin),
+                    "left out: the library has no place for them");
+}
+
+}  // namespace
+
+Sensor::Sensor(const Calibration& calibration, const PointChoices& choices, Remarks& remarks) {
+    if (remarks.has_errors()) return;
+    take_locus(calibration, remarks);
+    if (remarks.has_errors()) return;
+    take_matrices(calibration, choices, remarks);
+    if (remarks.has_errors()) return;
+    take_points(calibration, remarks);
+    if (remarks.has_errors()) points_.clear();
+}
+
+void Sensor::take_locus(const Calibration& calibration, Remarks& remarks) {
+    const std::vector<LocusPoint> all = by_kelvin(calibration.locus, "locus point", remarks);
+    const std::vector<std::size_t> rise = longest_rise(all);
+    if (all.size() >= 2 && 2 * rise.size() <= all.size()) {
+        remarks.error(calibration.locus_line,
+                      "the locus does not rise in red gain and fall in blue gain with the CT",
+                      "look for R/G and B/G exchanged, for gains in place of ratios, or for "
+                      "another order of the columns");
+        return;
+    }
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (next < rise.size() && rise[next] == i) {
+            locus_.push_back(all[i]);
+            ++next;
+        } else {
+            remarks.warning(
+                all[i].line,
+                fmt::format("the locus point at {} K is out of order: with the CT, R/G ({}) falls "
+                            "and B/G ({}) rises",
+                            all[i].kelvin, all[i].red, all[i].blue),
+                "left out; measure it again");
+        }
+    }
+    for (const LocusPoint& point : locus_) {
+        if (512.0 / point.red < 1.0 || 512.0 / point.blue < 1.0 ||
+            512.0 / point.red > kLargestGain || 512.0 / point.blue > kLargestGain) {
+            remarks.error(point.line, fmt::format("R/G {} and B/G {}", point.red, point.blue),
+                          "gains go from 1/512 to 63.99: write ratios of a grey patch");
+        }
+    }
+    if (locus_.size() < 2) {
+        remarks.error(calibration.locus_line,
+                      fmt::format("the locus is too short: {} point{}", locus_.size(),
+                                  locus_.size() == 1 ? "" : "s"),
+                      "calibrate at two colour temperatures or more");
+    }
+}
+
+void Sensor::take_matrices(const Calibration& calibration, const PointChoices& choices,
+                           Remarks& remarks) {
+    for (CalibratedMatrix& matrix : by_kelvin(calibration.matrices, "matrix", remarks)) {
+        const double lowest = locus_.front().kelvin;
+        const double highest = locus_.back().kelvin;
+        if (matrix.kelvin < lowest || matrix.kelvin > highest) {
+            remarks.warning(matrix.line,
+                            fmt::format("the matrix at {} K lies outside the locus, {}..{} K",
+                                        matrix.kelvin, lowest, highest),
+                            choices.extrapolate
+                                ? "its gains are taken from the locus's continuation"
+                                : "left out; extrapolation would take it in");
+            if (!choices.extrapolate) continue;
+        }
+        if (!close_rows(matrix, choices.divide_rows, remarks)) continue;
+        judge_offsets(matrix, remarks);
+        if (!fits(matrix.coefficients)) {
+            remarks.error(matrix.line,
+                          fmt::format("the matrix at {} K has a coefficient that does not fit",
+                                      matrix.kelvin),
+                          "coefficients go from -7.998 to 8: write 1.0 for unity");
+        }
+        matrices_.push_back(matrix);
+    }
+    if (matrices_.empty() && !remarks.has_errors()) {
+        remarks.error(calibration.matrices_line, "no colour matrix within the locus",
+                      "calibrate matrices at colour temperatures of the locus");
+    }
+}
+
+void Sensor::take_points(const Calibration& calibration, Remarks& remarks) {
+    std::vector<double> kelvins;
+    for (const CalibratedMatrix& matrix : matrices_) kelvins.push_back(matrix.kelvin);
+    if (matrices_.size() < kFewestPoints) {
+        const double low = locus_.front().kelvin;
+        const double high = locus_.back().kelvin;
+        const double middle = std::round(2e6 / (to_mired(low) + to_mired(high)));
+        remarks.warning(
+            calibration.matrices_line,
+            fmt::format("{} matrices within the locus", matrices_.size()),
+            fmt::format("interpolated ones added at {}, {} and {} K", low, middle, high));
+        kelvins.insert(kelvins.end(), {low, middle, high});
+        std::sort(kelvins.begin(), kelvins.end());
+        kelvins.erase(std::unique(kelvins.begin(), kelvins.end()), kelvins.end());
+    }
+    for (const double kelvin : kelvins) {
+        TunedPoint point = at(kelvin);
+        if (!points_.empty() && (point.gain.i4R <= points_.back().gain.i4R ||
+                                 point.gain.i4B >= points_.back().gain.i4B)) {
+            remarks.warning(point.line,
+                            fmt::format("the gains at {} K equal those at {} K once rounded",
+                                        kelvin, points_.back().kelvin),
+                            "left out");
+            continue;
+        }
+        points_.push_back(point);
+    }
+    if (points_.size() < kFewestPoints) {
+        remarks.error(calibration.locus_line,
+                      fmt::format("the locus is too short: {} points have gains of their own",
+                                  points_.size()),
+                      "calibrate at colour temperatures further apart");
+    }
+}
+
+TunedPoint Sensor::at(double kelvin) const {
+    TunedPoint point;
+    point.kelvin = kelvin;
+    point.gain = to_gain(locus_at(locus_, kelvin));
+    point.matrix = matrix_at(matrices_, kelvin);
+    point.published = false;
+    for (const CalibratedMatrix& matrix : matrices_) {
+        if (matrix.kelvin != kelvin) continue;
+        point.published = true;
+        point.line = matrix.line;
+    }
+    return point;
+}
+
+}  // namespace imgtune::workbench

@@ -1,0 +1,56 @@
+#ifndef IMGTUNE_WORKBENCH_CALIBRATION_POINTS_H
+#define IMGTUNE_WORKBENCH_CALIBRATION_POINTS_H
+
+#include <imgtune/awb_gain.h>
+
+#include <vector>
+
+#include "workbench/calibration/calibration.h"
+#include "workbench/calibration/remarks.h"
+
+namespace imgtune::workbench {
+
+/// A point that a tuning can hold.
+struct TunedPoint {
+    double kelvin = 0.0;
+    AWB_GAIN_T gain{};
+    RealMatrix matrix{};
+    bool published = true;  ///< false: between the calibrated ones
+    int line = 0;           ///< of its matrix
+};
+
+/// How faults of a calibration are met.
+struct PointChoices {
+    bool divide_rows = true;  ///< rows that do not sum to 1: divided by their sum; else the
+                              ///< diagonal closes them
+    bool extrapolate = false;  ///< matrices outside the locus: on its continuation; else left out
+};
+
+/// A calibration without its faults.
+class Sensor {
+  public:
+    /// Sorts both lists by CT and leaves out what no tuning can hold; each finding is told in
+    /// `remarks`. After an error there the sensor has no points.
+    Sensor(const Calibration& calibration, const PointChoices& choices, Remarks& remarks);
+
+    /// One point a calibrated matrix, by rising CT, red rising and blue falling; where these are
+    /// fewer than three, also the ends and the middle of the locus.
+    const std::vector<TunedPoint>& points() const { return points_; }
+
+    /// The point at a CT: one of points(), or between them. Only with points.
+    TunedPoint at(double kelvin) const;
+
+  private:
+    void take_locus(const Calibration& calibration, Remarks& remarks);
+    void take_matrices(const Calibration& calibration, const PointChoices& choices,
+                       Remarks& remarks);
+    void take_points(const Calibration& calibration, Remarks& remarks);
+
+    std::vector<LocusPoint> locus_;
+    std::vector<CalibratedMatrix> matrices_;
+    std::vector<TunedPoint> points_;
+};
+
+}  // namespace imgtune::workbench
+
+#endif

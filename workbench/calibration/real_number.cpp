@@ -1,0 +1,37 @@
+#include "workbench/calibration/real_number.h"
+
+#include <cmath>
+#include <locale>
+#include <sstream>
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr std::size_t kLongestNumber = 64;
+constexpr std::size_t kLongestValue = 40;
+
+}  // namespace
+
+std::optional<double> parse_real(std::string_view text) {
+    while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+    while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+    if (text.empty() || text.size() > kLongestNumber) return std::nullopt;
+    if (text.find_first_not_of("0123456789+-.eE") != text.npos) return std::nullopt;
+    std::istringstream in{std::string(text)};
+    in.imbue(std::locale::classic());
+    double value = 0.0;
+    if (!(in >> value) || in.peek() != std::istringstream::traits_type::eof()) return std::nullopt;
+    return std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+std::string quoted_value(std::string_view text) {
+    std::string shown = "'";
+    for (const char c : text.substr(0, kLongestValue)) {
+        const auto byte = static_cast<unsigned char>(c);
+        shown += byte < 0x20 || byte >= 0x7f ? '?' : c;
+    }
+    return shown + (text.size() > kLongestValue ? "...'" : "'");
+}
+
+}  // namespace imgtune::workbench

@@ -1,0 +1,14 @@
+#ifndef IMGTUNE_WORKBENCH_TEXT_YAML_DOCUMENT_H
+#define IMGTUNE_WORKBENCH_TEXT_YAML_DOCUMENT_H
+
+#include <string>
+
+namespace imgtune::workbench {
+
+/// Null for one document, else how many there are. Looks for a second and no further: on some
+/// malformed text the parser finds documents without end. Throws YAML::Exception for no YAML.
+const char* documents_if_not_one(const std::string& text);
+
+}  // namespace imgtune::workbench
+
+#endif
