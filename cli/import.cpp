@@ -40,10 +40,11 @@ const char* method_text(CcmMethod method) {
 }
 
 std::string error_line(const std::string& what, const ImportError& error) {
-    if (error.points == 0) return fmt::format("  {:<34}none\n", what);
-    return fmt::format("  {:<34}{:>4}/512 at {:<7g} K {:>7.2f} {:>9.2f}\n",
+    if (error.points == 0) return "";
+    return fmt::format("  {:<31}{:>4}/512 {:<12}{:>6.2f}{:>9.2f}\n",
                        fmt::format("{} ({})", what, error.points), error.largest,
-                       error.largest_kelvin, error.mean_difference, error.largest_difference);
+                       fmt::format("at {:g} K", error.largest_kelvin), error.mean_difference,
+                       error.largest_difference);
 }
 
 std::string choice_text(const Import& import) {
@@ -71,11 +72,11 @@ std::string report(const Calibration& calibration, const Import& import,
                 ? std::string()
                 : fmt::format("SYNTHETIC     gains times {:g}, as no sensor has\n",
                               choices.stretch)) +
-           "what the library makes of each calibrated light   CIEDE2000 over 24 patches\n"
-           "                                    largest error         mean   largest\n" +
+           "error of the library's matrix    of a coefficient      CIEDE2000, 24 patches\n"
+           "                                 largest                 mean  largest\n" +
            error_line("dropped CTs", import_error(import.errors, false, true)) +
            error_line("kept CTs", import_error(import.errors, true, false)) +
-           error_line(blend ? "all, with the polynomial instead" : "all, with the blend instead",
+           error_line(blend ? "all, polynomial instead" : "all, blend instead",
                       import_error(import.other_method_errors, true, true));
 }
 
@@ -91,15 +92,14 @@ int run(const Options& options) {
     Remarks remarks(options.file == "-" ? "standard input" : options.file);
     const Calibration calibration =
         read_calibration(read_text(options.file, kLargestCalibrationText), remarks);
-    const Tuning base =
-        options.color_from.empty() ? Tuning{} : require_tuning(options.color_from);
+    const Tuning base = options.color_from.empty() ? Tuning{} : require_tuning(options.color_from);
     const Import import = import_calibration(calibration, choices, base, remarks);
     std::fputs(remarks.text().c_str(), stderr);
     if (remarks.has_errors()) return kBadInput;
     write_file(options.output, write_yaml(import.tuning));
-    print_report(options.json ? dumped(to_json(import, remarks))
-                              : report(calibration, import, choices),
-                 options.output);
+    print_report(
+        options.json ? dumped(to_json(import, remarks)) : report(calibration, import, choices),
+        options.output);
     return kFine;
 }
 

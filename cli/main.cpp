@@ -36,6 +36,8 @@ int main(int argc, char** argv) {
     add_convert(app, context);
     add_diff(app, context);
     add_explain(app, context);
+    add_export(app, context);
+    add_import(app, context);
     add_new(app, context);
     add_pack(app, context);
     add_replay(app, context);

@@ -29,6 +29,8 @@ void add_unpack(CLI::App& app, Context& context);
 void add_new(CLI::App& app, Context& context);
 void add_replay(CLI::App& app, Context& context);
 void add_explain(CLI::App& app, Context& context);
+void add_export(CLI::App& app, Context& context);
+void add_import(CLI::App& app, Context& context);
 void add_sweep(CLI::App& app, Context& context);
 void add_diff(CLI::App& app, Context& context);
 

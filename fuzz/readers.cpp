@@ -3,6 +3,8 @@
 #include <string>
 
 #include "input.h"
+#include "workbench/calibration/import.h"
+#include "workbench/calibration/reader.h"
 #include "workbench/frames/frame_log.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/tuning/yaml_io.h"
@@ -31,6 +33,15 @@ void frames(const std::string& text) {
     require(log.bytes_read() == text.size(), "a log without a fault is read to its end");
 }
 
+void calibration(const std::string& text) {
+    Remarks remarks("calibration");
+    ImportChoices choices;
+    choices.most_cts = 3;
+    const Import import =
+        import_calibration(read_calibration(text, remarks), choices, Tuning{}, remarks);
+    require(remarks.has_errors() == import.kept.empty(), "a tuning comes out, or an error is told");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -39,6 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         if (*data == 't') tuning(text);
         if (*data == 'f') frames(text);
+        if (*data == 'c') calibration(text);
     } catch (const BadInput&) {
     }
     return 0;

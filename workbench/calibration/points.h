@@ -21,8 +21,8 @@ struct TunedPoint {
 
 /// How faults of a calibration are met.
 struct PointChoices {
-    bool divide_rows = true;  ///< rows that do not sum to 1: divided by their sum; else the
-                              ///< diagonal closes them
+    bool divide_rows = true;   ///< rows that do not sum to 1: divided by their sum; else the
+                               ///< diagonal closes them
     bool extrapolate = false;  ///< matrices outside the locus: on its continuation; else left out
 };
 

@@ -248,7 +248,7 @@ bool is_table(const std::string& text) {
     }
     if (at >= text.size()) return false;
     const std::string_view line = std::string_view(text).substr(at, text.find('\n', at) - at);
-    return line.find(',') != line.npos && line.find_first_of("{[:") == line.npos;
+    return line.find(',') != line.npos && line.find_first_of("{[:/") == line.npos;
 }
 
 }  // namespace
