@@ -241,7 +241,7 @@ TEST(Import, FaultsAreToldWithTheirLine) {
         const char* part;
     };
     const Row kRows[] = {
-        {"", true, 1, "0 documents"},
+        {"", true, 1, "no YAML document"},
         {"just words", true, 1, "not a calibration"},
         {"{ \"a\": [1,\n2 ", true, 2, "not readable as JSON"},
         {"{\"rpi.ccm\": {}}", true, 1, "no grey locus"},
@@ -362,7 +362,7 @@ TEST(ColorDifference, ChartThroughMatrices) {
     const ChartError none = chart_error(kOther, kOther);
     EXPECT_NEAR(none.largest, 0.0, 1e-6);
     const ChartError grey = chart_error(kIdentity, {0.3, 0.5, 0.2, 0.3, 0.5, 0.2, 0.3, 0.5, 0.2});
-    EXPECT_LT(grey.patches[20].difference, 1e-6);                   // grey stays grey
+    EXPECT_LT(grey.patches[20].difference, 1e-6);                  // grey stays grey
     EXPECT_NEAR(grey.patches[20].reference.lightness, 65.9, 0.2);  // sRGB 160
     EXPECT_NEAR(grey.patches[14].reference.a, 49.0, 3.0);          // red
     EXPECT_NEAR(grey.patches[14].actual.a, 0.0, 1e-3);

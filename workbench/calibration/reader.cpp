@@ -266,8 +266,7 @@ Calibration read_calibration(const std::string& text, Remarks& remarks) {
     try {
         const std::string& yaml = json ? blanked : plain;
         if (const char* count = documents_if_not_one(yaml)) {
-            remarks.error(1, fmt::format("{} documents", count),
-                          "give a file with one calibration");
+            remarks.error(1, count, "give a file with one calibration");
             return calibration;
         }
         SectionReader(calibration, remarks).read(YAML::Load(yaml));

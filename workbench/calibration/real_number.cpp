@@ -1,8 +1,12 @@
 #include "workbench/calibration/real_number.h"
 
+#include <fmt/format.h>
+
 #include <cmath>
 #include <locale>
 #include <sstream>
+
+#include "workbench/text/shown_text.h"
 
 namespace imgtune::workbench {
 
@@ -26,12 +30,7 @@ std::optional<double> parse_real(std::string_view text) {
 }
 
 std::string quoted_value(std::string_view text) {
-    std::string shown = "'";
-    for (const char c : text.substr(0, kLongestValue)) {
-        const auto byte = static_cast<unsigned char>(c);
-        shown += byte < 0x20 || byte >= 0x7f ? '?' : c;
-    }
-    return shown + (text.size() > kLongestValue ? "...'" : "'");
+    return fmt::format("'{}'", shown_text(text, kLongestValue));
 }
 
 }  // namespace imgtune::workbench

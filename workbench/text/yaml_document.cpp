@@ -32,8 +32,8 @@ const char* documents_if_not_one(const std::string& text) {
     std::istringstream in(text);
     YAML::Parser parser(in);
     IgnoreEvents ignore;
-    if (!parser.HandleNextDocument(ignore)) return "0";
-    return parser.HandleNextDocument(ignore) ? "2 or more" : nullptr;
+    if (!parser.HandleNextDocument(ignore)) return "no YAML document";
+    return parser.HandleNextDocument(ignore) ? "2 or more YAML documents" : nullptr;
 }
 
 }  // namespace imgtune::workbench

@@ -5,7 +5,7 @@
 
 namespace imgtune::workbench {
 
-/// Null for one document, else how many there are. Looks for a second and no further: on some
+/// Null for one document, else what there is. Looks for a second and no further: on some
 /// malformed text the parser finds documents without end. Throws YAML::Exception for no YAML.
 const char* documents_if_not_one(const std::string& text);
 

@@ -1,12 +1,11 @@
 #include <fmt/format.h>
-#include <yaml-cpp/eventhandler.h>
 
 #include <algorithm>
 #include <optional>
 #include <set>
-#include <sstream>
 #include <utility>
 
+#include "workbench/text/yaml_document.h"
 #include "workbench/tuning/layout.h"
 #include "workbench/tuning/yaml_io.h"
 #include "workbench/tuning/yaml_nodes.h"
@@ -20,33 +19,6 @@ using Kind = LayoutNode::Kind;
 
 constexpr const char* kFormat = "imgtune-tuning/2";
 constexpr const char* kFirstFormat = "imgtune-tuning/1";
-
-/// Takes a document's events and keeps none.
-class IgnoreEvents : public YAML::EventHandler {
-  public:
-    void OnDocumentStart(const YAML::Mark&) override {}
-    void OnDocumentEnd() override {}
-    void OnNull(const YAML::Mark&, YAML::anchor_t) override {}
-    void OnAlias(const YAML::Mark&, YAML::anchor_t) override {}
-    void OnScalar(const YAML::Mark&, const std::string&, YAML::anchor_t,
-                  const std::string&) override {}
-    void OnSequenceStart(const YAML::Mark&, const std::string&, YAML::anchor_t,
-                         YAML::EmitterStyle::value) override {}
-    void OnSequenceEnd() override {}
-    void OnMapStart(const YAML::Mark&, const std::string&, YAML::anchor_t,
-                    YAML::EmitterStyle::value) override {}
-    void OnMapEnd() override {}
-};
-
-/// Null for one document. Looks for a second and no further: on some malformed text the parser
-/// finds documents without end.
-const char* documents_if_not_one(const std::string& text) {
-    std::istringstream in(text);
-    YAML::Parser parser(in);
-    IgnoreEvents ignore;
-    if (!parser.HandleNextDocument(ignore)) return "no YAML document";
-    return parser.HandleNextDocument(ignore) ? "2 or more YAML documents" : nullptr;
-}
 
 const OpaqueWord* opaque_word(const Record* record, std::int64_t index) {
     for (const OpaqueWord& word : opaque_words()) {
