@@ -3,39 +3,41 @@
 
 #include <imgtune/ccm_types.h>
 
-#include "ccm/matrix_rows.h"
+#include "ccm/coefficient_rows.h"
 #include "ccm/trace.h"
 #include "ccm/tuned_rows.h"
 
 namespace imgtune {
 
-/// Blends the tuned matrices around a CT position. `matrix_at` yields the matrix of a CT index
-/// 0..7, wherever the tuned matrices are kept.
-template <class MatrixAt>
-NSIspTuning::ISP_CCM_T blend_by_position(const float* ratios, const MatrixAt& matrix_at,
-                                         std::int32_t position, std::int32_t count) {
-    NSIspTuning::ISP_CCM_T blended;
-    if (position == kBelowLowestCt) {
-        blended = matrix_at(0);
-        ccm_trace("CCM result by lowest CT \n");
-    } else if (position >= kAboveHighestCt) {
-        blended = matrix_at(tuned_ct_count(count) - 1);
-        ccm_trace("CCM result by highest CT \n");
-    } else {
-        const std::int32_t middle = std::clamp(position, -1, kCtIndices);
-        const NSIspTuning::ISP_CCM_T below = matrix_at(ct_index_in_record(middle - 1));
-        const NSIspTuning::ISP_CCM_T at = matrix_at(ct_index_in_record(middle));
-        const NSIspTuning::ISP_CCM_T above = matrix_at(ct_index_in_record(middle + 1));
-        const float coarse = ratios[0];
-        const float fine = ratios[1];
-        for (int k = 0; k < 9; ++k) {
-            const std::int32_t around =
-                mix(below.i4Coef[k], 1.0f - coarse, above.i4Coef[k], coarse);
-            blended.i4Coef[k] = mix(at.i4Coef[k], 1.0f - fine, around, fine);
-        }
+/// The matrix of a CT index in one LV row of a decoded table.
+inline CoefficientRows matrix_in_table(const NSIspTuning::ISP_CCM_T_2D& table, std::int32_t lv_row,
+                                       std::int32_t ct) {
+    CoefficientRows matrix{};
+    for (std::size_t k = 0; k < 9; ++k) {
+        matrix.v[CoefficientRows::lane(k)] = table.i4Plane[k][lv_row][ct];
     }
-    close_rows(blended, kUnity);
-    return blended;
+    return matrix;
+}
+
+/// Blends the tuned matrices around a CT position; the diagonals are left open. `matrix_at` yields
+/// the matrix of a CT index 0..7, wherever the tuned matrices are kept.
+template <class MatrixAt>
+CoefficientRows blend_by_position(const float* ratios, const MatrixAt& matrix_at,
+                                  std::int32_t position, std::int32_t count) {
+    if (position == kBelowLowestCt) {
+        ccm_trace("CCM result by lowest CT \n");
+        return matrix_at(0);
+    }
+    if (position >= kAboveHighestCt) {
+        ccm_trace("CCM result by highest CT \n");
+        return matrix_at(tuned_ct_count(count) - 1);
+    }
+    const std::int32_t middle = std::clamp(position, -1, kCtIndices);
+    const CoefficientRows below = matrix_at(ct_index_in_record(middle - 1));
+    const CoefficientRows at = matrix_at(ct_index_in_record(middle));
+    const CoefficientRows above = matrix_at(ct_index_in_record(middle + 1));
+    const CoefficientRows around = mix(below, 1.0f - ratios[0], above, ratios[0]);
+    return mix(at, 1.0f - ratios[1], around, ratios[1]);
 }
 
 }  // namespace imgtune

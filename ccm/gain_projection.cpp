@@ -27,12 +27,6 @@ double squared_distance(const AWB_GAIN_T& p, const AWB_GAIN_T& q) {
     return x * x + y * y;
 }
 
-/// Four distances or eight: square roots side by side.
-template <std::size_t N>
-void take_roots(const double (&squares)[N], float (&distances)[N]) {
-    for (std::size_t j = 0; j < N; ++j) distances[j] = static_cast<float>(std::sqrt(squares[j]));
-}
-
 float share_of(float part, float other) {
     return static_cast<float>(part / ((part + other) + kRatioGuard));
 }
@@ -79,20 +73,16 @@ std::int32_t coarse_index(const AWB_GAIN_T& gain, const Locus& locus) {
     return std::min(below, locus.count() - 1);
 }
 
-/// Nearest tuned gain; an earlier CT keeps its place until a later one is clearly closer.
+/// Nearest tuned gain; an earlier CT keeps its place until a later one is clearly closer, and for
+/// good where none can be.
 std::int32_t nearest_index(const AWB_GAIN_T& gain, const Locus& locus) {
-    double squares[kCtIndices];
-    float distances[kCtIndices];
-    for (std::int32_t j = 0; j < kCtIndices; ++j) {
-        squares[j] = squared_distance(gain, locus.all()[j]);
-    }
-    take_roots(squares, distances);
     std::int32_t nearest = 0;
     float threshold = kFarthestNearest;
-    for (std::int32_t j = 0; j < locus.count(); ++j) {
-        if (distances[j] < threshold) {
+    for (std::int32_t j = 0; j < locus.count() && threshold > 0.0f; ++j) {
+        const auto distance = static_cast<float>(std::sqrt(squared_distance(gain, locus.all()[j])));
+        if (distance < threshold) {
             nearest = j;
-            threshold = std::max(distances[j] - kHysteresisDistance, 0.0f);
+            threshold = std::max(distance - kHysteresisDistance, 0.0f);
         }
     }
     return nearest;
@@ -114,9 +104,39 @@ std::int32_t ct_position(const AWB_GAIN_T& gain, const Locus& locus) {
     return position == 0 ? 1 : position;
 }
 
+void trace_projection(const AWB_GAIN_T& projected) {
+    ccm_trace("Proj AWB Gain = (%d, %d, %d)\n", projected.i4R, projected.i4G, projected.i4B);
+}
+
+void trace_ratios(const float (&range)[4], std::int32_t position, float coarse, float fine) {
+    ccm_trace("range 0 = (%f)\n", double{range[0]});
+    ccm_trace("range 1 = (%f)\n", double{range[1]});
+    ccm_trace("range 2 = (%f)\n", double{range[2]});
+    ccm_trace("range 3 = (%f)\n", double{range[3]});
+    ccm_trace("Coarse Blending Ratio between CT%d/CT%d = (%f)\n", position - 1, position + 1,
+              double{1.0f - coarse});
+    ccm_trace("Finer Blending Ratio with estimated CT%d = (%f)\n", position, double{1.0f - fine});
+}
+
+/// Coarse and fine blending ratio at a position, before they are limited.
+void blending_ratios(const AWB_GAIN_T& gain, const AWB_GAIN_T& foot, const Locus& locus,
+                     std::int32_t position, float* ratios) {
+    const double squares[4] = {
+        squared_distance(foot, locus.at(position - 1)),
+        squared_distance(gain, locus.at(position)),
+        squared_distance(foot, locus.at(position + 1)),
+        squared_distance(gain, foot),
+    };
+    float range[4];  // square roots side by side
+    for (int j = 0; j < 4; ++j) range[j] = static_cast<float>(std::sqrt(squares[j]));
+    ratios[0] = share_of(range[0], range[2]);
+    ratios[1] = share_of(range[1], range[3]);
+    if (ccm_trace_on()) trace_ratios(range, position, ratios[0], ratios[1]);
+}
+
 void project_for_polynomial(const AWB_GAIN_T& gain, const Locus& locus, AWB_GAIN_T& projected) {
     projected = project_on_chord(gain, locus);
-    ccm_trace("Proj AWB Gain = (%d, %d, %d)\n", projected.i4R, projected.i4G, projected.i4B);
+    trace_projection(projected);
 }
 
 void locate_for_blend(const AWB_GAIN_T& gain, const Locus& locus, float* ratios,
@@ -124,34 +144,15 @@ void locate_for_blend(const AWB_GAIN_T& gain, const Locus& locus, float* ratios,
     const std::int32_t position = ct_position(gain, locus);
     ccm_trace("Estimated CT position = (%d)\n", position);
     const AWB_GAIN_T foot = project_on_chord(gain, locus);
-    ccm_trace("Proj AWB Gain = (%d, %d, %d)\n", foot.i4R, foot.i4G, foot.i4B);
-
-    float coarse = 1.0f;
-    float fine = 1.0f;
+    trace_projection(foot);
+    float blended[2] = {1.0f, 1.0f};
     if (position < 1) {
         ccm_trace("Below lowest CT");
     } else {
-        const double squares[4] = {
-            squared_distance(foot, locus.at(position - 1)),
-            squared_distance(gain, locus.at(position)),
-            squared_distance(foot, locus.at(position + 1)),
-            squared_distance(gain, foot),
-        };
-        float range[4];
-        take_roots(squares, range);
-        coarse = share_of(range[0], range[2]);
-        fine = share_of(range[1], range[3]);
-        ccm_trace("range 0 = (%f)\n", double{range[0]});
-        ccm_trace("range 1 = (%f)\n", double{range[1]});
-        ccm_trace("range 2 = (%f)\n", double{range[2]});
-        ccm_trace("range 3 = (%f)\n", double{range[3]});
-        ccm_trace("Coarse Blending Ratio between CT%d/CT%d = (%f)\n", position - 1, position + 1,
-                  double{1.0f - coarse});
-        ccm_trace("Finer Blending Ratio with estimated CT%d = (%f)\n", position,
-                  double{1.0f - fine});
+        blending_ratios(gain, foot, locus, position, blended);
     }
-    ratios[0] = std::clamp(coarse, 0.0f, 1.0f);
-    ratios[1] = std::clamp(fine, 0.0f, 1.0f);
+    ratios[0] = std::clamp(blended[0], 0.0f, 1.0f);
+    ratios[1] = std::clamp(blended[1], 0.0f, 1.0f);
     *position_out = position;
 }
 

@@ -5,11 +5,16 @@ set(IMGTUNE_CXX_STANDARD 20)
 
 set(IMGTUNE_SOURCES
   ccm/blend.cpp
+  ccm/gain_clip.cpp
   ccm/gain_projection.cpp
+  ccm/gamut.cpp
   ccm/interpolation.cpp
+  ccm/low_light.cpp
   ccm/polynomial.cpp
   ccm/rwb_separation.cpp
   ccm/smooth_ccm.cpp
+  ccm/temporal_average.cpp
+  ccm/tuned_matrices.cpp
   color/color_map.cpp
   color/global.cpp
   color/hue.cpp

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <random>
 #include <string>
 #include <utility>
 
@@ -373,6 +374,66 @@ TEST_F(Ccm, RingIsAveragedByFixedSlots) {
     expect_matrix(caller.run(), imgtune::kIdentity, "zero sum");
 }
 
+// A frame that logs generates every matrix; one that does not leaves out what counts for nothing.
+// Both sides of every light limit, codecs that keep fields and that do not, any ring and weights.
+TEST_F(Ccm, LoggingChangesNoResult) {
+    std::mt19937 random(43);
+    const auto below = [&random](unsigned end) { return static_cast<int>(random() % end); };
+    const std::uint32_t lights[] = {0, 19, 20, 21, 49, 50, 0xffffffff};
+    for (int round = 0; round < 4000; ++round) {
+        Caller silent(1 + below(2));
+        for (auto& row : silent.tuning.rCCM_Nvram) {
+            for (auto& w : row[below(3)].u4Word) w = static_cast<std::uint32_t>(random());
+        }
+        for (int k = 0; k < 9; ++k) {
+            silent.tuning.rCCMPoly22.i4P00[k] = below(4000000) - 2000000;
+            silent.tuning.rCCMPoly22.i4P10[k] = below(4000000) - 2000000;
+        }
+        silent.tuning.rCCMPoly22.i4R_STD = below(3) * 1000;  // 0: no finite gain
+        silent.tuning.rCCMPoly22.i4B_STD = 1000;
+        silent.tuning.i4PQType = below(4);
+        silent.state.u4RealLV = lights[below(7)];
+        silent.state.rAWBGain = {500 + below(800), 512, 800 + below(800)};
+        for (auto& image : silent.ring) {
+            for (auto& w : image.u4Word) w = static_cast<std::uint32_t>(random());
+        }
+        silent.index = static_cast<unsigned>(below(3));
+        for (auto& w : silent.weights) w = static_cast<unsigned>(below(4));
+        const int int_bits = round % 2 == 0 ? 3 : below(24) - 9;
+        Caller logged = silent;
+        const auto run = [int_bits](Caller& c) {
+            SmoothCCM(0, int_bits, 9, c.tuning, c.output, c.version, c.state, c.ring, c.index,
+                      c.weights);
+        };
+        fakes::reset();
+        run(silent);
+        fakes::reset_with({"debug.smooth_ccm.enable"});
+        run(logged);
+        ASSERT_EQ(std::memcmp(&silent.output, &logged.output, sizeof(silent.output)), 0) << round;
+        ASSERT_EQ(std::memcmp(silent.ring, logged.ring, sizeof(silent.ring)), 0) << round;
+    }
+}
+
+TEST_F(Ccm, SlotsLeftAloneAreStillEncodedAnew) {
+    const struct {
+        int int_bits;
+        std::uint32_t before, after;
+    } cases[] = {
+        {2, 5000, 904},   // 12 bits: 5000 - 4096
+        {2, 8191, 4095},  // and 8191 - 4096
+        {3, 8191, 8191},  // 13 bits keep every field
+        {4, 8191, 8191},
+    };
+    for (const auto& c : cases) {
+        Caller caller(0);
+        caller.index = 2;
+        caller.ring[0].u4Word[1] = 0xabcde000U | c.before;
+        SmoothCCM(0, c.int_bits, 9, caller.tuning, caller.output, caller.version, caller.state,
+                  caller.ring, caller.index, caller.weights);
+        EXPECT_EQ(caller.ring[0].u4Word[1], 0xabcde000U | c.after) << c.int_bits;
+    }
+}
+
 TEST_F(Ccm, GamutMatrixUsesTheCoefficientsJustComputed) {
     const struct {
         int pq_type;
@@ -389,6 +450,20 @@ TEST_F(Ccm, GamutMatrixUsesTheCoefficientsJustComputed) {
         expect_matrix(caller.run(), c.expected, "gamut");
         EXPECT_EQ(kCodec.decode(caller.ring[0]).i4Coef[1], -101) << "the ring is kept before it";
     }
+}
+
+TEST_F(Ccm, TunedMatricesAreLoggedUnderLiteralFormats) {
+    Caller caller(0);
+    fakes::reset_with({"debug.smooth_ccm.enable"});
+    caller.run();
+    std::vector<std::string> formats;
+    for (const auto& line : fakes::log_lines) {
+        if (line.format.rfind("LV_", 0) == 0) formats.push_back(line.format);
+    }
+    ASSERT_EQ(formats.size(), 24U);
+    EXPECT_EQ(formats[0], "LV_00_CT0_rCCM_Nvram = (%d, %d, %d, %d, %d, %d, %d, %d, %d)\n");
+    EXPECT_EQ(formats[15], "LV_01_CT7_rCCM_Nvram = (%d, %d, %d, %d, %d, %d, %d, %d, %d)\n");
+    EXPECT_EQ(formats[22], "LV_06_CT6_rCCM_Nvram = (%d, %d, %d, %d, %d, %d, %d, %d, %d)\n");
 }
 
 TEST_F(Ccm, RwbSeparationScalesAndLimits) {

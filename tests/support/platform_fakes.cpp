@@ -46,6 +46,6 @@ extern "C" __attribute__((format(printf, 3, 4))) int __android_log_print(int pri
     va_start(values, format);
     const int length = std::vsnprintf(text, sizeof(text), format, values);
     va_end(values);
-    imgtune::fakes::log_lines.push_back({priority, tag, text});
+    imgtune::fakes::log_lines.push_back({priority, tag, text, format});
     return length;
 }

@@ -15,6 +15,7 @@ struct LogLine {
     int priority;
     std::string tag;
     std::string text;
+    std::string format;
 };
 
 extern std::map<std::string, std::string> properties;

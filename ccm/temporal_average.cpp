@@ -1,0 +1,36 @@
+#include "ccm/temporal_average.h"
+
+#include "ccm/trace.h"
+#include "common/arithmetic.h"
+
+namespace imgtune {
+
+namespace {
+
+void trace_average(const CoefficientRows& average, const CoefficientRows (&ring)[2]) {
+    ccm_trace_nine("Temporal CCM 0 = (%d, %d, %d, %d, %d, %d, %d, %d, %d)\n",
+                   ring[0].record().i4Coef);
+    ccm_trace_nine("Temporal CCM 1 = (%d, %d, %d, %d, %d, %d, %d, %d, %d)\n",
+                   ring[1].record().i4Coef);
+    ccm_trace_nine("rCCM_Output after averaging = (%d, %d, %d, %d, %d, %d, %d, %d, %d)\n",
+                   average.closed(kUnity).record().i4Coef);
+}
+
+}  // namespace
+
+CoefficientRows average_with_ring(const CoefficientRows& matrix, const CoefficientRows (&ring)[2],
+                                  const unsigned int* weights) {
+    const std::int32_t w[3] = {as_signed(weights[0]), as_signed(weights[1]), as_signed(weights[2])};
+    ccm_trace("Coef1, Coef2, Coef3 = %d, %d, %d\n", w[0], w[1], w[2]);
+    const FrameDivisor sum(wrap_add(wrap_add(w[0], w[1]), w[2]));
+    CoefficientRows average{};
+    for (const std::size_t j : CoefficientRows::kOffDiagonal) {
+        const std::int32_t older =
+            wrap_add(wrap_mul(ring[0].v[j], w[1]), wrap_mul(ring[1].v[j], w[2]));
+        average.v[j] = sum.divide(wrap_add(wrap_mul(matrix.v[j], w[0]), older));
+    }
+    if (ccm_trace_on()) trace_average(average, ring);
+    return average;
+}
+
+}  // namespace imgtune
