@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kLongestQuote = 40;  ///< of a value in a message
 
+constexpr std::size_t kLightValue = 0;
 constexpr std::size_t kFullGain = 2;  ///< first column of each triple
 constexpr std::size_t kAwbGain = 5;
 constexpr std::size_t kFlash = 8;
@@ -201,6 +202,37 @@ std::int64_t FrameLog::read_number(std::string_view text, const FrameColumn& col
     return value;
 }
 
+/// A value in any other form than a few digits; an empty one keeps what the line before said, or
+/// stands for 0.
+void FrameLog::read_value(std::string_view text, std::size_t column) {
+    if (column == kLightValue || !bare(text).empty()) {
+        values_[column] = read_number(text, kFrameColumns[column]);
+        return;
+    }
+    empty_[column] = true;
+    any_empty_ = true;
+    if (column >= kFlash) values_[column] = 0;
+}
+
+/// A gain is told whole or not at all; the other one stands for it.
+void FrameLog::fill_empty_gains() {
+    const auto empties = [&](std::size_t first) {
+        const std::ptrdiff_t count = std::count(&empty_[first], &empty_[first] + 3, true);
+        if (count % 3 != 0) {
+            fail(fmt::format("columns '{}', '{}' and '{}': give all three values or none",
+                             kFrameColumns[first].name, kFrameColumns[first + 1].name,
+                             kFrameColumns[first + 2].name));
+        }
+        return count == 3;
+    };
+    const bool full = empties(kFullGain);
+    const bool awb = empties(kAwbGain);
+    if (full && !awb && !copy_full_to_awb_) std::copy_n(&values_[kAwbGain], 3, &values_[kFullGain]);
+    if (awb && !full && !copy_awb_to_full_) std::copy_n(&values_[kFullGain], 3, &values_[kAwbGain]);
+    empty_ = {};
+    any_empty_ = false;
+}
+
 void FrameLog::read_values(std::string_view text) {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -226,10 +258,11 @@ void FrameLog::read_values(std::string_view text) {
         if (target >= 0) {
             const auto index = static_cast<std::size_t>(target);
             const auto magnitude = static_cast<std::int64_t>(value);
-            values_[index] =
-                plain ? (negative ? -magnitude : magnitude)
-                      : read_number(std::string_view(begin, static_cast<std::size_t>(at - begin)),
-                                    kFrameColumns[index]);
+            if (plain) {
+                values_[index] = negative ? -magnitude : magnitude;
+            } else {
+                read_value(std::string_view(begin, static_cast<std::size_t>(at - begin)), index);
+            }
         }
         ++at;  // the comma; past the end after the last value
     }
@@ -244,6 +277,7 @@ bool FrameLog::next(Frame& frame) {
     std::string_view text;
     if (!next_line(text)) return false;
     read_values(text);
+    if (any_empty_) fill_empty_gains();
     if (copy_full_to_awb_) std::copy_n(&values_[kFullGain], 3, &values_[kAwbGain]);
     if (copy_awb_to_full_) std::copy_n(&values_[kAwbGain], 3, &values_[kFullGain]);
     frame = to_frame(values_);

@@ -56,7 +56,9 @@ FrameValues to_values(const Frame& frame);
 ///
 /// The first line that is neither blank nor a comment (#) names the columns, in any order. lv, cct
 /// and one whole gain triple are required; the other triple is a copy when it is missing, flash,
-/// scene, profile and capture are 0. Columns whose name begins with "x_", and "frame", are
+/// scene, profile and capture are 0. A single value other than lv may be empty: what is not told in
+/// one frame is treated alike, but a cct, or both gains, stay those of the frame before (0 before
+/// any). Columns whose name begins with "x_", and "frame", are
 /// skipped. Lines end in LF or CRLF. Anything else throws BadInput with file, line, column, value
 /// and what is allowed. Memory does not grow with the log.
 class FrameLog {
@@ -79,6 +81,8 @@ class FrameLog {
     bool next_line(std::string_view& text);
     void read_header();
     void read_values(std::string_view text);
+    void read_value(std::string_view text, std::size_t column);
+    void fill_empty_gains();
     std::int64_t read_number(std::string_view text, const FrameColumn& column) const;
     [[noreturn]] void fail(std::string_view what) const;
 
@@ -88,6 +92,8 @@ class FrameLog {
     bool copy_full_to_awb_ = false;
     bool copy_awb_to_full_ = false;
     FrameValues values_{};
+    std::array<bool, kFrameColumns.size()> empty_{};  ///< of the line at hand
+    bool any_empty_ = false;
 };
 
 }  // namespace imgtune::workbench

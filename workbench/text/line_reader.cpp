@@ -51,6 +51,7 @@ bool LineReader::next(std::string_view& text) {
     if (found == nullptr && whole == 0) return false;
     ++line_;
     too_long_ = whole > kLongestLine;
+    ended_whole_ = found != nullptr && !too_long_;
     const std::size_t length = std::min(whole, kLongestLine);
     begin_ += length + (found != nullptr && !too_long_ ? 1 : 0);
     text = std::string_view(start, length);

@@ -22,8 +22,9 @@ class LineReader {
     /// line of more than kLongestLine bytes is cut there, and the rest is the next line.
     bool next(std::string_view& text);
 
-    std::uint64_t line() const { return line_; }  ///< number of the last line, from 1
-    bool too_long() const { return too_long_; }   ///< the last line was cut
+    std::uint64_t line() const { return line_; }       ///< number of the last line, from 1
+    bool too_long() const { return too_long_; }        ///< the last line was cut
+    bool ended_whole() const { return ended_whole_; }  ///< the last line had its line end
     std::uint64_t bytes_read() const { return bytes_read_; }
     std::uint64_t size() const { return source_.size(); }  ///< 0 when not known
 
@@ -36,6 +37,7 @@ class LineReader {
     std::size_t end_ = 0;
     bool ended_ = false;
     bool too_long_ = false;
+    bool ended_whole_ = true;
     std::uint64_t line_ = 0;
     std::uint64_t bytes_read_ = 0;
 };

@@ -1,0 +1,172 @@
+#include "workbench/frames/trace_reader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr std::string_view kTag = "ispfeature";
+constexpr std::string_view kLossTag = "chatty";  // the log daemon's report of lines it threw away
+
+constexpr std::size_t kMostStreams = 64;
+constexpr std::size_t kMostLines = 512;  // of a call; the library writes some 300 at most
+
+constexpr std::string_view kCcmBegin = "Fullgain = ";
+constexpr std::string_view kCcmEnd = "rCCM_Output after averaging = ";
+constexpr std::string_view kColorBegin = "[SmoothCOLOR()] u4RealCT = ";
+constexpr std::string_view kColorEnds[] = {"[InterParam3DLUT()] W3_S: ",
+                                           "[SmoothCOLOR()] Force Lock!!"};
+
+/// Beginnings of every line that SmoothCCM traces after its first: others write under the tag, too.
+constexpr std::string_view kCcmLines[] = {
+    "Input AWB full Gain = ",
+    "Flash mode = ",
+    "Real LV = ",
+    "Method = ",
+    "Number of ",
+    "PQ type = ",
+    "LVpos = ",
+    "Clipped ",
+    "LV_",
+    "Estimated CT ",
+    "Proj AWB Gain = ",
+    "Below lowest CT",
+    "range ",
+    "Coarse Blend",
+    "Finer Blend",
+    "LV postion in ",
+    "CCM result by ",
+    "rCCMPoly22.",
+    "rCCM_Output ",
+    "Coef1, Coef2, ",
+    "Temporal CCM ",
+};
+
+bool starts_with_any(std::string_view text, const auto& beginnings) {
+    return std::any_of(std::begin(beginnings), std::end(beginnings),
+                       [&](std::string_view beginning) { return text.starts_with(beginning); });
+}
+
+bool is_color(std::string_view message) {
+    return message.starts_with("[SmoothCOLOR()] ") || message.starts_with("[InterParam");
+}
+
+}  // namespace
+
+bool TraceReader::next(TracedCall& call) {
+    std::string_view text;
+    while (ended_.empty() && !at_end_) {
+        if (lines_.next(text)) {
+            ++totals_.lines;
+            take(text);
+            continue;
+        }
+        at_end_ = true;
+        for (auto& [writer, stream] : streams_) {
+            // A last line without its end may be cut anywhere.
+            if (stream.open && stream.used == lines_.line() && !lines_.ended_whole() &&
+                !stream.open->lines.empty()) {
+                stream.open->lines.pop_back();
+            }
+            close(stream);
+        }
+    }
+    if (ended_.empty()) return false;
+    call = std::move(ended_.front());
+    ended_.pop_front();
+    return true;
+}
+
+void TraceReader::take(std::string_view text) {
+    LogcatLine line;
+    if (long_header_) {
+        const std::string_view message = without_color(text);
+        if (message.empty()) {
+            long_header_.reset();
+            return;
+        }
+        if (!parse_long_header(text, line)) {
+            take_message({long_header_->time, long_header_->writer, kTag, message});
+            return;
+        }
+        long_header_.reset();
+    }
+    const bool ours = text.find(kTag) != std::string_view::npos;
+    if (!ours && text.find(kLossTag) == std::string_view::npos) return;
+    if (parse_logcat_line(text, line)) {
+        if (line.tag == kTag) take_message(line);
+        if (line.tag == kLossTag) take_loss(line);
+    } else if (parse_long_header(text, line) && line.tag == kTag) {
+        long_header_ = {line.writer, std::string(line.time)};
+    }
+}
+
+void TraceReader::take_message(const LogcatLine& line) {
+    const std::string_view message = line.message;
+    const bool color = is_color(message);
+    const bool begins = message.starts_with(color ? kColorBegin : kCcmBegin);
+    if (!color && !begins && !starts_with_any(message, kCcmLines)) return;
+    ++totals_.trace_lines;
+    Stream& stream = stream_of(line.writer);
+    stream.used = lines_.line();
+    const TracedJob job = color ? TracedJob::color : TracedJob::ccm;
+    if (begins) begin(stream, job, line);
+    if (!stream.open || stream.open->job != job || stream.open->lines.size() >= kMostLines) {
+        ++totals_.stray_lines;
+        return;
+    }
+    stream.open->lines.emplace_back(message);
+    if (color ? starts_with_any(message, kColorEnds) : message.starts_with(kCcmEnd)) {
+        // What ends a log without a line end may be cut: closed at the end, where that is known.
+        if (lines_.ended_whole()) close(stream);
+    }
+}
+
+/// "uid=1041(audioserver) expire 4 lines"; "identical 4 lines" lose nothing.
+void TraceReader::take_loss(const LogcatLine& line) {
+    const std::size_t at = line.message.find(" expire ");
+    if (at == std::string_view::npos) return;
+    const std::string_view count = line.message.substr(at + std::string_view(" expire ").size());
+    std::uint64_t lost = 0;
+    std::from_chars(count.data(), count.data() + count.size(), lost);
+    totals_.lost_lines += lost;
+    const auto found = streams_.find(line.writer);
+    if (found == streams_.end()) return;
+    Stream& stream = found->second;
+    stream.lost_lines = true;
+    if (stream.open) stream.open->lost_lines = true;
+}
+
+void TraceReader::begin(Stream& stream, TracedJob job, const LogcatLine& line) {
+    close(stream);
+    TracedCall& call = stream.open.emplace();
+    call.job = job;
+    call.writer = line.writer;
+    call.time = line.time;
+    call.line = lines_.line();
+    call.lost_lines = std::exchange(stream.lost_lines, false);
+}
+
+void TraceReader::close(Stream& stream) {
+    if (!stream.open) return;
+    ended_.push_back(std::move(*stream.open));
+    stream.open.reset();
+}
+
+TraceReader::Stream& TraceReader::stream_of(const LogWriter& writer) {
+    const auto found = streams_.find(writer);
+    if (found != streams_.end()) return found->second;
+    if (streams_.size() >= kMostStreams) {
+        const auto oldest = std::min_element(
+            streams_.begin(), streams_.end(),
+            [](const auto& a, const auto& b) { return a.second.used < b.second.used; });
+        close(oldest->second);
+        streams_.erase(oldest);
+    }
+    return streams_[writer];
+}
+
+}  // namespace imgtune::workbench

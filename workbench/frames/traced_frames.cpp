@@ -1,0 +1,163 @@
+#include "workbench/frames/traced_frames.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+namespace imgtune::workbench {
+
+namespace {
+
+// Columns of a frame log.
+enum Column : std::size_t { lv, cct, full_r, awb_r = 5, flash = 8, scene, profile, capture };
+
+constexpr std::size_t kMostOthers = 64;
+constexpr std::int64_t kSceneSlot = 1;
+constexpr std::int64_t kFlashSlot = 2;
+
+using Values = std::array<std::optional<std::int64_t>, kFrameColumns.size()>;
+
+/// The numbers of the first line that begins so; empty when there is none or it has too few.
+std::vector<std::int64_t> numbers_of(const TracedCall& call, std::string_view beginning,
+                                     std::size_t count) {
+    for (const std::string& line : call.lines) {
+        if (!std::string_view(line).starts_with(beginning)) continue;
+        std::vector<std::int64_t> numbers = trace_numbers(line);
+        if (numbers.size() == count) return numbers;
+    }
+    return {};
+}
+
+bool read_ccm(const TracedCall& call, Values& values) {
+    const auto full = numbers_of(call, "Fullgain = ", 1);
+    const auto gain = numbers_of(call, "Input AWB full Gain = ", 3);
+    const auto flash_mode = numbers_of(call, "Flash mode = ", 1);
+    const auto real_lv = numbers_of(call, "Real LV = ", 1);
+    if (full.empty() || gain.empty() || flash_mode.empty() || real_lv.empty()) return false;
+    const std::size_t first = full[0] == 1 ? Column::full_r : Column::awb_r;
+    for (std::size_t i = 0; i < gain.size(); ++i) values[first + i] = gain[i];
+    values[Column::flash] = flash_mode[0];
+    values[Column::lv] = real_lv[0];
+    return true;
+}
+
+bool read_color(const TracedCall& call, Values& values) {
+    const auto temperatures = numbers_of(call, "[SmoothCOLOR()] u4RealCT = ", 5);
+    const auto light = numbers_of(call, "[SmoothCOLOR()] u4RealLV = ", 5);
+    if (temperatures.empty() || light.empty()) return false;
+    const std::int64_t slot = light[1];
+    values[Column::cct] = temperatures[0];
+    values[Column::lv] = light[0];
+    values[Column::flash] = slot == kFlashSlot ? 1 : 0;
+    if (slot != kFlashSlot) values[Column::scene] = slot == kSceneSlot ? 1 : 0;
+    values[Column::profile] = light[2];
+    values[Column::capture] = light[3];
+    return true;
+}
+
+bool fit_columns(const Values& values) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (values[i] &&
+            (*values[i] < kFrameColumns[i].least || *values[i] > kFrameColumns[i].most))
+            return false;
+    }
+    return true;
+}
+
+/// Of one frame: the same light value, both or neither lit by the flash.
+bool agree(const Values& a, const Values& b) {
+    return a[Column::lv] == b[Column::lv] && (*a[Column::flash] != 0) == (*b[Column::flash] != 0);
+}
+
+/// Takes over what only the other call tells; the flash mode itself is the matrix's to tell.
+void join(TracedFrame& frame, Values&& values, TracedCall&& call) {
+    const bool is_ccm = call.job == TracedJob::ccm;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (values[i] && (is_ccm || !frame.values[i])) frame.values[i] = values[i];
+    }
+    (is_ccm ? frame.ccm : frame.color) = std::move(call);
+}
+
+}  // namespace
+
+std::vector<std::int64_t> trace_numbers(std::string_view line) {
+    std::vector<std::int64_t> numbers;
+    const std::size_t label = line.find_first_of("=:", line.starts_with('[') ? line.find(']') : 0);
+    if (label == std::string_view::npos) return numbers;
+    const char* at = line.data() + label + 1;
+    const char* const end = line.data() + line.size();
+    while (at != end) {
+        const char before = at[-1];
+        const bool starts =
+            before == ' ' || before == '=' || before == ',' || before == '(' || before == ':';
+        std::int64_t number = 0;
+        const auto result = std::from_chars(at, end, number);
+        if (!starts || result.ec != std::errc()) {
+            ++at;
+            continue;
+        }
+        numbers.push_back(number);
+        at = result.ptr;
+    }
+    return numbers;
+}
+
+bool TracedFrames::belongs(const LogWriter& writer) {
+    if (!camera_) camera_ = CameraChoice{writer.process, writer.thread};
+    return writer.process == camera_->process &&
+           (camera_->thread == 0 || writer.thread == camera_->thread);
+}
+
+void TracedFrames::add(TracedCall&& call) {
+    Values values;
+    const bool is_ccm = call.job == TracedJob::ccm;
+    if (!(is_ccm ? read_ccm(call, values) : read_color(call, values)) || !fit_columns(values)) {
+        ++unusable_;
+        return;
+    }
+    if (!belongs(call.writer)) {
+        const auto found = others_.find(call.writer);
+        if (found != others_.end() || others_.size() < kMostOthers) ++others_[call.writer];
+        return;
+    }
+    const bool joins =
+        open_ && !(is_ccm ? open_->ccm : open_->color) && agree(open_->values, values);
+    if (open_ && !joins) ended_.push_back(*std::exchange(open_, std::nullopt));
+    if (!open_) open_.emplace();
+    join(*open_, std::move(values), std::move(call));
+    if (open_->ccm && open_->color) ended_.push_back(*std::exchange(open_, std::nullopt));
+}
+
+bool TracedFrames::next(TracedFrame& frame) {
+    TracedCall call;
+    while (ended_.empty() && calls_.next(call)) add(std::move(call));
+    if (ended_.empty() && open_) ended_.push_back(*std::exchange(open_, std::nullopt));
+    if (ended_.empty()) return false;
+    frame = std::move(ended_.front());
+    ended_.pop_front();
+    return true;
+}
+
+std::vector<TracedWriter> TracedFrames::others() const {
+    std::vector<TracedWriter> list;
+    for (const auto& [writer, calls] : others_) list.push_back({writer, calls});
+    return list;
+}
+
+std::string traced_frame_header() {
+    std::string text = "frame";
+    for (const FrameColumn& column : kFrameColumns) text += fmt::format(",{}", column.name);
+    return text + ",x_time,x_process,x_thread,x_line\n";
+}
+
+std::string traced_frame_line(std::uint64_t number, const TracedFrame& frame) {
+    std::string text = fmt::format("{}", number);
+    for (const auto& value : frame.values) text += value ? fmt::format(",{}", *value) : ",";
+    const TracedCall& call = frame.first();
+    return text + fmt::format(",{},{},{},{}\n", call.time, call.writer.process, call.writer.thread,
+                              call.line);
+}
+
+}  // namespace imgtune::workbench

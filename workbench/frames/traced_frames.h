@@ -1,0 +1,80 @@
+#ifndef IMGTUNE_WORKBENCH_FRAMES_TRACED_FRAMES_H
+#define IMGTUNE_WORKBENCH_FRAMES_TRACED_FRAMES_H
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "workbench/frames/frame_log.h"
+#include "workbench/frames/trace_reader.h"
+
+namespace imgtune::workbench {
+
+/// A frame as a device's log tells it: one or both of its calls.
+struct TracedFrame {
+    /// In the order of kFrameColumns; none where the trace does not say.
+    std::array<std::optional<std::int64_t>, kFrameColumns.size()> values{};
+    std::optional<TracedCall> ccm;
+    std::optional<TracedCall> color;
+
+    /// The call that the log shows first.
+    const TracedCall& first() const {
+        return !color || (ccm && ccm->line < color->line) ? *ccm : *color;
+    }
+};
+
+/// The writers whose calls belong to one camera; thread 0: every thread of the process.
+struct CameraChoice {
+    std::int32_t process = 0;
+    std::int32_t thread = 0;
+};
+
+/// A writer of the log and how many usable calls it traced.
+struct TracedWriter {
+    LogWriter writer;
+    std::uint64_t calls = 0;
+};
+
+/// Streaming reader of one camera's frames out of a device's log. A call joins the call before it
+/// into one frame when the other job wrote that one, at the same light value and flash.
+class TracedFrames {
+  public:
+    /// No choice: the first writer that traces a whole call. The source stays the caller's.
+    TracedFrames(ByteSource& source, std::optional<CameraChoice> camera)
+        : calls_(source), camera_(camera) {}
+
+    /// The next frame; false at the end.
+    bool next(TracedFrame& frame);
+
+    const TraceTotals& totals() const { return calls_.totals(); }
+    /// Calls left out because the lines that tell their inputs are missing.
+    std::uint64_t unusable_calls() const { return unusable_; }
+    /// Writers of usable calls that belong to other cameras, at most 64.
+    std::vector<TracedWriter> others() const;
+
+  private:
+    bool belongs(const LogWriter& writer);
+    void add(TracedCall&& call);
+
+    TraceReader calls_;
+    std::optional<CameraChoice> camera_;
+    std::map<LogWriter, std::uint64_t> others_;
+    std::uint64_t unusable_ = 0;
+    std::optional<TracedFrame> open_;
+    std::deque<TracedFrame> ended_;
+};
+
+/// All whole numbers behind the first '=', ':' or '(' of a trace line.
+std::vector<std::int64_t> trace_numbers(std::string_view line);
+
+/// The frame log's header line and lines; values that the trace does not tell are empty.
+std::string traced_frame_header();
+std::string traced_frame_line(std::uint64_t number, const TracedFrame& frame);
+
+}  // namespace imgtune::workbench
+
+#endif
