@@ -37,12 +37,15 @@ int main(int argc, char** argv) {
     add_diff(app, context);
     add_explain(app, context);
     add_export(app, context);
+    add_frames(app, context);
     add_import(app, context);
     add_new(app, context);
     add_pack(app, context);
+    add_props(app, context);
     add_replay(app, context);
     add_sweep(app, context);
     add_unpack(app, context);
+    add_verify(app, context);
 
     // 'help VERB' is 'VERB --help'.
     std::string verb_to_explain;

@@ -33,6 +33,9 @@ void add_export(CLI::App& app, Context& context);
 void add_import(CLI::App& app, Context& context);
 void add_sweep(CLI::App& app, Context& context);
 void add_diff(CLI::App& app, Context& context);
+void add_frames(CLI::App& app, Context& context);
+void add_props(CLI::App& app, Context& context);
+void add_verify(CLI::App& app, Context& context);
 
 }  // namespace imgtune::cli
 

@@ -9,7 +9,7 @@ scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build libcli11-dev libyaml
 seconds=${1:-7}
 targets=("${@:2}")
 if [ ${#targets[@]} -eq 0 ]; then
-    targets=(smooth_ccm smooth_color blocks readers)
+    targets=(smooth_ccm smooth_color blocks readers logcat_reader)
 fi
 cmake --preset asan
 cmake --build --preset asan --target "${targets[@]/#/fuzz_}"
@@ -23,7 +23,7 @@ for target in "${targets[@]}"; do
     # The outer limit ends a program that hangs in its own report.
     if timeout -s KILL $((seconds + 60)) "build/asan/fuzz/fuzz_$target" \
         "-max_total_time=$seconds" -timeout=10 -rss_limit_mb=1024 -len_control=10 \
-        "-max_len=$([[ $target = readers ]] && echo 4096 || echo 800)" \
+        "-max_len=$([[ $target = *reader* ]] && echo 4096 || echo 800)" \
         "-artifact_prefix=build/fuzz/failures/$target-" "$found" "fuzz/corpus/$target" \
         >"$log" 2>&1; then
         printf '%-18s %s\n' "$target" "$(tail -n 1 "$log")"

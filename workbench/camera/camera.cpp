@@ -41,6 +41,10 @@ void Camera::set_weights(const std::array<std::uint32_t, 3>& weights) {
 }
 
 void Camera::run(const Frame& frame) {
+    run(frame, grid_.bracket(frame.state.u4CCT));
+}
+
+void Camera::run(const Frame& frame, const CtBracket& ct) {
     unsigned short version = 0;
     if (jobs_.ccm) {
         const CallerSettings& caller = tuning_.caller;
@@ -48,7 +52,6 @@ void Camera::run(const Frame& frame) {
                   version, frame.state, state_.ring.data(), state_.ring_index, weights_.data());
     }
     if (jobs_.color) {
-        const CtBracket ct = grid_.bracket(frame.state.u4CCT);
         SmoothCOLOR(frame.capture, ct.upper_kelvin, ct.lower_kelvin, ct.upper, ct.lower,
                     tuning_.color, tuning_.pca, frame.state, registers_.color, version, state_.boot,
                     state_.working);

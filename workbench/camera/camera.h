@@ -64,6 +64,9 @@ class Camera {
 
     void run(const Frame& frame);
 
+    /// With the camera stack's own choice of the two tuned CTs in place of the grid's.
+    void run(const Frame& frame, const CtBracket& ct);
+
     /// Goes on from another camera's state, or from the start: {}. The registers stay those of the
     /// frame run last.
     void set_state(const CameraState& state) { state_ = state; }

@@ -48,6 +48,13 @@ std::vector<std::string> color_switches() {
     return names;
 }
 
+std::vector<std::string> trace_switches(bool inputs_alone) {
+    std::vector<std::string> names = kCcmSwitches;
+    const std::vector<std::string> color = color_switches();
+    names.insert(names.end(), color.begin(), inputs_alone ? color.begin() + 1 : color.end());
+    return names;
+}
+
 void set_property(const std::string& name, const std::string& value) {
     if (name.empty()) throw BadInput("a property needs a name");
     if (value.size() >= PROPERTY_VALUE_MAX) {

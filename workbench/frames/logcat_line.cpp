@@ -62,7 +62,7 @@ std::string_view take_time(std::string_view& rest) {
     }
     std::string_view zone = after;
     const std::string_view word = take_word(zone);
-    if (word.size() == 5 && (word.front() == '+' || word.front() == '-')) after = zone;
+    if (word.size() == 5 && (is_made_of(word, "+") || is_made_of(word, "-"))) after = zone;
     const std::string_view time = rest.substr(0, rest.size() - after.size());
     rest = after;
     return trimmed(time);

@@ -1,6 +1,7 @@
 #ifndef IMGTUNE_WORKBENCH_FRAMES_LOGCAT_LINE_H
 #define IMGTUNE_WORKBENCH_FRAMES_LOGCAT_LINE_H
 
+#include <compare>
 #include <cstdint>
 #include <string_view>
 

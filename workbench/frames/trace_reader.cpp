@@ -133,11 +133,11 @@ void TraceReader::take_loss(const LogcatLine& line) {
     std::uint64_t lost = 0;
     std::from_chars(count.data(), count.data() + count.size(), lost);
     totals_.lost_lines += lost;
-    const auto found = streams_.find(line.writer);
-    if (found == streams_.end()) return;
-    Stream& stream = found->second;
-    stream.lost_lines = true;
-    if (stream.open) stream.open->lost_lines = true;
+    for (auto& [writer, stream] : streams_) {
+        if (writer.process != line.writer.process) continue;
+        stream.lost_lines.fill(true);
+        if (stream.open) stream.open->lost_lines = true;
+    }
 }
 
 void TraceReader::begin(Stream& stream, TracedJob job, const LogcatLine& line) {
@@ -147,7 +147,7 @@ void TraceReader::begin(Stream& stream, TracedJob job, const LogcatLine& line) {
     call.writer = line.writer;
     call.time = line.time;
     call.line = lines_.line();
-    call.lost_lines = std::exchange(stream.lost_lines, false);
+    call.lost_lines = std::exchange(stream.lost_lines[static_cast<std::size_t>(job)], false);
 }
 
 void TraceReader::close(Stream& stream) {

@@ -52,8 +52,8 @@ class TraceReader {
   private:
     struct Stream {
         std::optional<TracedCall> open;
-        bool lost_lines = false;
-        std::uint64_t used = 0;  ///< line of the log
+        std::array<bool, 2> lost_lines{};  ///< before the next call of each job
+        std::uint64_t used = 0;            ///< line of the log
     };
 
     struct LongHeader {

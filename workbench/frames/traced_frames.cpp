@@ -43,7 +43,7 @@ bool read_ccm(const TracedCall& call, Values& values) {
     return true;
 }
 
-bool read_color(const TracedCall& call, Values& values) {
+bool read_color(const TracedCall& call, Values& values, ColorInputs& inputs) {
     const auto temperatures = numbers_of(call, "[SmoothCOLOR()] u4RealCT = ", 5);
     const auto light = numbers_of(call, "[SmoothCOLOR()] u4RealLV = ", 5);
     if (temperatures.empty() || light.empty()) return false;
@@ -54,6 +54,8 @@ bool read_color(const TracedCall& call, Values& values) {
     if (slot != kFlashSlot) values[Column::scene] = slot == kSceneSlot ? 1 : 0;
     values[Column::profile] = light[2];
     values[Column::capture] = light[3];
+    inputs = {temperatures[2], temperatures[1], temperatures[3],
+              temperatures[4], light[3],        light[4]};
     return true;
 }
 
@@ -72,7 +74,7 @@ bool agree(const Values& a, const Values& b) {
 }
 
 /// Takes over what only the other call tells; the flash mode itself is the matrix's to tell.
-void join(TracedFrame& frame, Values&& values, TracedCall&& call) {
+void join(TracedFrame& frame, const Values& values, TracedCall&& call) {
     const bool is_ccm = call.job == TracedJob::ccm;
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (values[i] && (is_ccm || !frame.values[i])) frame.values[i] = values[i];
@@ -112,8 +114,10 @@ bool TracedFrames::belongs(const LogWriter& writer) {
 
 void TracedFrames::add(TracedCall&& call) {
     Values values;
+    ColorInputs inputs;
     const bool is_ccm = call.job == TracedJob::ccm;
-    if (!(is_ccm ? read_ccm(call, values) : read_color(call, values)) || !fit_columns(values)) {
+    if (!(is_ccm ? read_ccm(call, values) : read_color(call, values, inputs)) ||
+        !fit_columns(values)) {
         ++unusable_;
         return;
     }
@@ -126,7 +130,8 @@ void TracedFrames::add(TracedCall&& call) {
         open_ && !(is_ccm ? open_->ccm : open_->color) && agree(open_->values, values);
     if (open_ && !joins) ended_.push_back(*std::exchange(open_, std::nullopt));
     if (!open_) open_.emplace();
-    join(*open_, std::move(values), std::move(call));
+    if (!is_ccm) open_->color_inputs = inputs;
+    join(*open_, values, std::move(call));
     if (open_->ccm && open_->color) ended_.push_back(*std::exchange(open_, std::nullopt));
 }
 

@@ -14,12 +14,26 @@
 
 namespace imgtune::workbench {
 
+/// What SmoothCOLOR's trace tells beside the frame.
+struct ColorInputs {
+    std::int64_t upper_kelvin = 0;  ///< the tuned CTs around the frame's, as the camera stack chose
+    std::int64_t lower_kelvin = 0;
+    std::int64_t upper_index = 0;
+    std::int64_t lower_index = 0;
+    std::int64_t capture = 0;
+    std::int64_t boot = 0;
+
+    /// The call takes its targets at once, whatever came before.
+    bool settles() const { return (capture | boot) == 1; }
+};
+
 /// A frame as a device's log tells it: one or both of its calls.
 struct TracedFrame {
     /// In the order of kFrameColumns; none where the trace does not say.
     std::array<std::optional<std::int64_t>, kFrameColumns.size()> values{};
     std::optional<TracedCall> ccm;
     std::optional<TracedCall> color;
+    ColorInputs color_inputs{};  ///< of `color`
 
     /// The call that the log shows first.
     const TracedCall& first() const {

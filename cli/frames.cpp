@@ -1,0 +1,54 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "cli/phone_log.h"
+#include "cli/verbs.h"
+#include "workbench/files/output_file.h"
+#include "workbench/files/output_guard.h"
+
+namespace imgtune::cli {
+
+namespace {
+
+struct Options {
+    PhoneLogOptions log;
+    std::string output = "-";
+};
+
+int run(const Options& options) {
+    guard_output(options.output, {options.log.path}, Existing::replaced);
+    FileSource source(options.log.path);
+    TracedFrames frames(source, camera_of(options.log));
+    OutputFile output(options.output);
+    std::uint64_t count = 0;
+    for (TracedFrame frame; frames.next(frame);) {
+        if (count == 0) output.write(traced_frame_header());
+        output.write(traced_frame_line(++count, frame));
+        if (options.output == "-") std::fflush(output.stream());  // a live log is seen at once
+    }
+    tell_rest(source.name(), frames, count);
+    output.commit();
+    return kFine;
+}
+
+}  // namespace
+
+void add_frames(CLI::App& app, Context& context) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb = app.add_subcommand("frames", "Make a frame log of a phone's log");
+    add_phone_log(*verb, options->log);
+    verb->add_option("-o,--output", options->output,
+                     "frame log; a file that stands there is replaced")
+        ->capture_default_str();
+    verb->footer(
+        "Reads the library's own trace among all other lines: 'imgtune props' tells how to switch\n"
+        "it on. What the trace does not say stays empty, and replay takes it.\n"
+        "\n"
+        "Example:\n"
+        "  adb logcat -v threadtime | imgtune frames - | imgtune replay phone.yaml -");
+    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+}
+
+}  // namespace imgtune::cli

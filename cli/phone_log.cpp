@@ -1,0 +1,82 @@
+#include "cli/phone_log.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <optional>
+#include <sstream>
+
+#include "cli/verbs.h"
+#include "workbench/text/bad_input.h"
+
+namespace imgtune::cli {
+
+namespace {
+
+std::string name_of(const LogWriter& writer) {
+    return writer.thread == 0 ? fmt::format("{}", writer.process)
+                              : fmt::format("{}:{}", writer.process, writer.thread);
+}
+
+}  // namespace
+
+void add_phone_log(CLI::App& verb, PhoneLogOptions& options) {
+    verb.add_option("LOGCAT", options.path, "what adb logcat printed: a file or '-'")->required();
+    verb.add_option("--camera", options.camera,
+                    "PID or PID:TID: whose calls are one camera's (default: the first thread that "
+                    "traces a call; PID alone takes all its threads)");
+}
+
+std::optional<CameraChoice> camera_of(const PhoneLogOptions& options) {
+    if (options.camera.empty()) return std::nullopt;
+    CameraChoice choice;
+    std::istringstream text(options.camera);
+    char colon = ':';
+    text >> choice.process;
+    if (text && !text.eof()) text >> colon >> choice.thread;
+    if (!text || colon != ':' || text.peek() != std::istringstream::traits_type::eof()) {
+        throw BadInput(fmt::format("--camera '{}': expected PID or PID:TID, such as 1234:1250",
+                                   options.camera));
+    }
+    return choice;
+}
+
+void tell_rest(const std::string& name, const TracedFrames& frames, std::uint64_t count) {
+    std::string others;
+    for (const TracedWriter& other : frames.others()) {
+        others += fmt::format("{}{} ({} calls)", others.empty() ? "" : ", ", name_of(other.writer),
+                              other.calls);
+    }
+    if (count > 0 && !others.empty()) {
+        fmt::print(stderr, "{}: other cameras or threads: {}; choose with --camera\n", name,
+                   others);
+    }
+    const TraceTotals& totals = frames.totals();
+    if (frames.unusable_calls() > 0) {
+        fmt::print(stderr, "{}: {} calls left out: the lines with their inputs are missing\n", name,
+                   frames.unusable_calls());
+    }
+    if (totals.lost_lines > 0) {
+        fmt::print(stderr,
+                   "{}: the log reports {} lost lines; a larger buffer keeps them: adb logcat -G "
+                   "16M\n",
+                   name, totals.lost_lines);
+    }
+    if (count > 0) return;
+    if (!others.empty()) {
+        throw BadInput(fmt::format("{}: no frame of that camera; the log has {}", name, others));
+    }
+    if (totals.trace_lines == 0) {
+        throw BadInput(
+            fmt::format("{}: none of its {} lines is a trace of the library; 'imgtune "
+                        "props' tells how to switch it on, and the forms brief, tag, "
+                        "time, threadtime and long can be read",
+                        name, totals.lines));
+    }
+    throw BadInput(
+        fmt::format("{}: {} lines of the library, but no frame from its start; 'imgtune "
+                    "props' tells what to switch on",
+                    name, totals.trace_lines));
+}
+
+}  // namespace imgtune::cli

@@ -1,0 +1,112 @@
+#include "workbench/studies/verify.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+#include "cli/common.h"
+#include "cli/phone_log.h"
+#include "cli/verbs.h"
+#include "workbench/json/verify.h"
+#include "workbench/text/bad_input.h"
+
+namespace imgtune::cli {
+
+namespace {
+
+struct Options {
+    std::string tuning;
+    PhoneLogOptions log;
+    bool json = false;
+};
+
+std::string text_of(const LikelyCause& cause) {
+    const std::string where = cause.field.empty() ? "" : " (" + cause.field + ")";
+    switch (cause.cause) {
+        case TraceCause::tuning:
+            return "the phone has another tuning" + where;
+        case TraceCause::caller:
+            return "the phone's camera stack passes other settings" + where;
+        case TraceCause::state:
+            return "frames before it are missing in the log, or the phone's camera started anew";
+        case TraceCause::version:
+            return "the phone has another version of the library";
+    }
+    return "";
+}
+
+std::string text_of(const TraceDifference& first) {
+    return fmt::format(
+        "first difference: frame {}{}{}, line {} of the log\n"
+        "  {}\n"
+        "    phone  {}\n"
+        "    desk   {}\n"
+        "  likely cause: {}\n",
+        first.frame, first.time.empty() ? "" : ", ", first.time, first.line, first.value,
+        first.phone, first.desk.empty() ? "(no such line)" : first.desk, text_of(first.cause));
+}
+
+std::string text_of(const Verification& result) {
+    std::string text = fmt::format("{} frames, {} trace lines compared: {}\n", result.frames,
+                                   result.lines, result.first ? "different" : "equal");
+    if (result.first) {
+        text += fmt::format("{} of the frames differ\n", result.differing_frames);
+        text += text_of(*result.first);
+    }
+    if (result.without_tuning > 0) {
+        text += fmt::format("{} calls not compared: the tuning lacks their part\n",
+                            result.without_tuning);
+    }
+    if (result.missing_lines > 0) {
+        text += fmt::format("{} lines missing in the phone's log\n", result.missing_lines);
+    }
+    if (result.state_taken > 0) {
+        text += fmt::format("state taken anew from the log {} times\n", result.state_taken);
+    }
+    if (result.other_grid) {
+        text += "the phone's grid of colour temperatures is not caller.ct_grid; its own was used\n";
+    }
+    return text;
+}
+
+int run(const Options& options) {
+    if (options.tuning == "-" && options.log.path == "-") {
+        throw BadInput("only one of tuning and log can be standard input");
+    }
+    const Tuning tuning = tuning_to_run(options.tuning);
+    FileSource source(options.log.path);
+    TracedFrames frames(source, camera_of(options.log));
+    Verifier verifier(tuning);
+    for (TracedFrame frame; frames.next(frame);) verifier.add(frame);
+    const Verification& result = verifier.result();
+    tell_rest(source.name(), frames, result.frames);
+    if (result.lines == 0) {
+        throw BadInput(fmt::format("{}: nothing to compare: the tuning has no part for its calls",
+                                   source.name()));
+    }
+    print_report(options.json ? dumped(to_json(result)) : text_of(result), "");
+    return result.first ? kFindings : kFine;
+}
+
+}  // namespace
+
+void add_verify(CLI::App& app, Context& context) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb = app.add_subcommand("verify", "Prove a phone and this library equal");
+    verb->add_option("TUNING", options->tuning, kTuningHelp)->required();
+    add_phone_log(*verb, options->log);
+    verb->add_flag("--json", options->json, "as JSON");
+    verb->footer(
+        "Runs the frames of a phone's log through the tuning and holds every number that the\n"
+        "phone traced against what the library traces here. The state from before the log is\n"
+        "taken from the log. Exit status 0: equal; 1: different; 2: bad input.\n"
+        "\n"
+        "Example:\n"
+        "  imgtune props | sh; adb logcat -v threadtime > phone.log\n"
+        "  imgtune verify phone.yaml phone.log");
+    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+}
+
+}  // namespace imgtune::cli
