@@ -152,9 +152,9 @@ std::string report_of(const std::vector<Outcome>& outcomes, const Options& optio
 }
 
 int run(const Options& options) {
-    set_properties(options.properties);
     const Tuning tuning = tuning_to_run(options.tuning);
     const Jobs jobs = jobs_to_run(options.tuning, tuning, options.only);
+    set_properties(options.properties);  // not before: judging a tuning runs the library, too
     const auto requests = requests_of(options, {tuning.caller, jobs, options.fields});
     std::vector<Outcome> outcomes(requests.size());
     in_parallel(requests.size(), options.workers,

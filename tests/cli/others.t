@@ -3,12 +3,11 @@ The verbs that make, turn over, judge and explain tunings, and help.
     $ alias imgtune=$IMGTUNE; shopt -s expand_aliases
     $ cp $EXAMPLES/imx477-polynomial.yaml a.yaml
     $ imgtune new -o new.yaml; imgtune new -o new.yaml
-    imgtune: new.yaml: stands there already; name another file, or use --force
+    imgtune: new.yaml: stands there already; name another, or use --force
     [2]
     $ imgtune check a.yaml new.yaml
-    The following argument was not expected: new.yaml
-    Run with --help for more information.
-    [2]
+    a.yaml: no findings
+    new.yaml: no findings
     $ imgtune pack a.yaml -o images; ls images; imgtune unpack images | imgtune diff a.yaml -
     caller.yaml
     ccm.bin

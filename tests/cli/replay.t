@@ -30,22 +30,22 @@ A value keeps its sign, and what is odd about a log is told once each kind.
     1,-1,0,1200
     2,300,4000,-5
     3,301,4000,9
-    odd.csv:3: warning: lv: light value 300 is beyond 255, and 1 more such frame [F101]
+    odd.csv:3: warning: lv is 300, beyond 255, and 1 more such frame [F101]
         on the camera: the saturation ratio and the outdoor ramp see its low byte only
         try: check the unit of lv
-    odd.csv:2: warning: lv: light value -1 is negative [F102]
+    odd.csv:2: warning: lv is -1, negative [F102]
         on the camera: the library takes it as a very large one: no low-light matrix, no LSP
         try: use 0 for the dark
-    odd.csv:2: warning: cct: colour temperature 0 [F103]
+    odd.csv:2: warning: cct is 0 [F103]
         on the camera: every block takes the lower-CT image
         try: write the temperature in kelvin
-    odd.csv:3: warning: awb_r: an AWB gain of 0 for red or blue [F106]
+    odd.csv:3: warning: an AWB gain of 0 for red or blue [F106]
         on the camera: it is clipped to an end of the tuned gains
         try: gains are fixed point, 512 = 1.0
-    odd.csv:3: warning: awb_r: a negative AWB gain, -5 [F107]
+    odd.csv:3: warning: a negative AWB gain, -5 [F107]
         on the camera: it is clipped to an end of the tuned gains
         try: gains are fixed point, 512 = 1.0
-    odd.csv:3: warning: awb_g: a green gain of 0 [F108]
+    odd.csv:3: warning: a green gain of 0 [F108]
         try: write 512, which is 1.0
     $ echo lv,cct,awb_r,awb_g,awb_b | imgtune replay imx477-polynomial.yaml - --fields c0
     frame,c0

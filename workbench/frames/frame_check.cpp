@@ -33,21 +33,21 @@ enum KindIndex : std::size_t {
 };
 
 constexpr Kind kKindTable[] = {
-    {"F101", "lv", "light value {} is beyond 255",
+    {"F101", "lv", "is {}, beyond 255",
      "the saturation ratio and the outdoor ramp see its low byte only", "check the unit of lv"},
-    {"F102", "lv", "light value {} is negative",
+    {"F102", "lv", "is {}, negative",
      "the library takes it as a very large one: no low-light matrix, no LSP", "use 0 for the dark"},
-    {"F103", "cct", "colour temperature {}", "every block takes the lower-CT image",
+    {"F103", "cct", "is {}", "every block takes the lower-CT image",
      "write the temperature in kelvin"},
-    {"F104", "cct", "colour temperature {} is negative",
-     "the library takes it as a very large one, 0 mired", "write the temperature in kelvin"},
-    {"F105", "cct", "colour temperature {} is no kelvin value of a light",
+    {"F104", "cct", "is {}, negative", "the library takes it as a very large one, 0 mired",
+     "write the temperature in kelvin"},
+    {"F105", "cct", "is {}, no kelvin value of a light",
      "the images of one end of the CT grid are taken", "is it mired? write kelvin"},
-    {"F106", "awb_r", "an AWB gain of {} for red or blue",
-     "it is clipped to an end of the tuned gains", "gains are fixed point, 512 = 1.0"},
-    {"F107", "awb_r", "a negative AWB gain, {}", "it is clipped to an end of the tuned gains",
+    {"F106", "", "an AWB gain of {} for red or blue", "it is clipped to an end of the tuned gains",
      "gains are fixed point, 512 = 1.0"},
-    {"F108", "awb_g", "a green gain of {}", "", "write 512, which is 1.0"},
+    {"F107", "", "a negative AWB gain, {}", "it is clipped to an end of the tuned gains",
+     "gains are fixed point, 512 = 1.0"},
+    {"F108", "", "a green gain of {}", "", "write 512, which is 1.0"},
 };
 
 constexpr std::int64_t kFewestKelvin = 1000;  // what is below is more likely mired
