@@ -1,0 +1,54 @@
+#include "binding.h"
+#include "workbench/text/bad_input.h"
+
+namespace imgtune::python {
+
+namespace {
+
+py::object input_error() {
+    return py::module_::import("imgtune._errors").attr("InputError");
+}
+
+[[noreturn]] void raise(const py::object& error) {
+    PyErr_SetObject(error.get_type().ptr(), error.ptr());
+    throw py::error_already_set();
+}
+
+}  // namespace
+
+void raise_findings(const std::string& message, const workbench::Faults& faults) {
+    raise(input_error()(message, from_json(faults.json())["findings"]));
+}
+
+void raise_input_error(const std::string& message, const std::string& field) {
+    py::object error = input_error()(message);
+    error.attr("field") = field;
+    raise(error);
+}
+
+std::string path_text(const py::object& path) {
+    return py::cast<std::string>(py::module_::import("os").attr("fspath")(path));
+}
+
+py::object from_json(const std::string& text) {
+    return py::module_::import("json").attr("loads")(text);
+}
+
+}  // namespace imgtune::python
+
+PYBIND11_MODULE(_core, module) {
+    using namespace imgtune::python;
+    module.doc() = "The compiled half of imgtune: the shipped library and its workbench.";
+    py::register_exception_translator([](std::exception_ptr thrown) {
+        try {
+            if (thrown) std::rethrow_exception(thrown);
+        } catch (const imgtune::workbench::BadInput& error) {
+            const py::object raised = input_error()(error.what());
+            PyErr_SetObject(raised.get_type().ptr(), raised.ptr());
+        }
+    });
+    bind_tuning(module);
+    bind_replay(module);
+    bind_studies(module);
+    bind_library(module);
+}

@@ -1,0 +1,272 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <sstream>
+
+#include "binding.h"
+#include "field_paths.h"
+#include "workbench/files/output_file.h"
+#include "workbench/files/tuning_files.h"
+#include "workbench/tuning/check.h"
+#include "workbench/tuning/fields.h"
+#include "workbench/tuning/starter.h"
+#include "workbench/tuning/yaml_io.h"
+
+namespace imgtune::python {
+
+namespace {
+
+using workbench::Faults;
+using workbench::FieldRef;
+using workbench::Part;
+
+Tuning load(const py::object& path) {
+    Faults faults;
+    Tuning tuning = workbench::load_tuning(path_text(path), faults);
+    if (faults.has_errors()) {
+        faults.sort();
+        raise_findings(faults.text(), faults);
+    }
+    return tuning;
+}
+
+Tuning from_yaml(const std::string& text, const std::string& name) {
+    Faults faults;
+    std::istringstream in(text);
+    Tuning tuning = workbench::read_yaml(in, name, faults);
+    if (faults.has_errors()) {
+        faults.sort();
+        raise_findings(faults.text(), faults);
+    }
+    return tuning;
+}
+
+std::string to_yaml(const Tuning& tuning, bool comments) {
+    std::ostringstream out;
+    workbench::write_yaml(out, tuning, comments);
+    return out.str();
+}
+
+void save(const Tuning& tuning, const py::object& path, const std::string& form, bool comments) {
+    if (form == "yaml") {
+        workbench::write_file(path_text(path), to_yaml(tuning, comments));
+    } else if (form == "images") {
+        workbench::write_images(path_text(path), tuning);
+    } else {
+        raise_input_error(fmt::format("form is '{}'; allowed are 'yaml' and 'images'", form),
+                          "form");
+    }
+}
+
+py::object check(const Tuning& tuning) {
+    Faults faults;
+    workbench::check_tuning(tuning, faults);
+    faults.sort();
+    return from_json(faults.json())["findings"];
+}
+
+[[noreturn]] void raise_unknown(const std::string& path) {
+    const std::string near = workbench::nearest_name(path, field_paths());
+    raise_input_error(
+        fmt::format("no field '{}'{}; imgtune.Tuning.paths() names all", path,
+                    near.empty() ? std::string() : fmt::format(", did you mean '{}'?", near)),
+        path);
+}
+
+std::uint32_t* words_of(Tuning& tuning, Part part) {
+    switch (part) {
+        case Part::ccm:
+            return reinterpret_cast<std::uint32_t*>(&tuning.ccm);
+        case Part::color:
+            return tuning.color[0][0].u4Word;
+        case Part::pca:
+            return &tuning.pca[0].u4RatioHighLV;
+        default:
+            return nullptr;
+    }
+}
+
+/// Where a value is a whole word of a record; null where it is not.
+std::uint32_t* place_of(Tuning& tuning, const FieldRef& field) {
+    const BitField at = field.definition->place(field.element);
+    std::uint32_t* const words = words_of(tuning, field.record->part);
+    if (words == nullptr || at.width != 32 || at.low != 0 ||
+        field.definition->form != workbench::Form::integer) {
+        return nullptr;
+    }
+    return words + field.record->first_word + at.word;
+}
+
+/// A view of the record where its words are the values, else a read-only copy.
+py::array array_of(const py::object& self, const Selection& selection) {
+    auto& tuning = self.cast<Tuning&>();
+    const std::vector<py::ssize_t> shape(selection.shape.begin(), selection.shape.end());
+    std::uint32_t* const first = place_of(tuning, *selection.values.front());
+    const bool all_signed = std::all_of(selection.values.begin(), selection.values.end(),
+                                        [](const FieldRef* f) { return f->definition->is_signed; });
+    bool in_order = first != nullptr;
+    for (std::size_t i = 0; in_order && i < selection.values.size(); ++i) {
+        in_order = place_of(tuning, *selection.values[i]) == first + i;
+    }
+    if (in_order) {
+        const py::dtype type =
+            all_signed ? py::dtype::of<std::int32_t>() : py::dtype::of<std::uint32_t>();
+        return py::array(type, shape, {}, first, self);
+    }
+    py::array_t<std::int64_t> copy(shape);
+    for (std::size_t i = 0; i < selection.values.size(); ++i) {
+        copy.mutable_data()[i] = selection.values[i]->read(tuning);
+    }
+    copy.attr("setflags")(py::arg("write") = false);
+    return copy;
+}
+
+py::object get(const py::object& self, const std::string& path) {
+    const Selection selection = select(path);
+    switch (selection.kind) {
+        case Selection::Kind::value:
+            return py::int_(selection.values.front()->read(self.cast<Tuning&>()));
+        case Selection::Kind::array:
+            return array_of(self, selection);
+        case Selection::Kind::group: {
+            py::dict members;
+            for (const std::string& name : selection.members) {
+                members[py::str(name)] = get(self, path.empty() ? name : path + '.' + name);
+            }
+            return members;
+        }
+        default:
+            raise_unknown(path);
+    }
+}
+
+void set(Tuning& tuning, const std::string& path, const py::object& value) {
+    const Selection selection = select(path);
+    if (selection.kind == Selection::Kind::none) raise_unknown(path);
+    if (selection.kind == Selection::Kind::group) {
+        raise_input_error(fmt::format("'{}' is a group of fields; set them one by one", path),
+                          path);
+    }
+    const py::module_ numpy = py::module_::import("numpy");
+    const py::array given = numpy.attr("asarray")(value);
+    if (given.dtype().kind() != 'i' && given.dtype().kind() != 'u') {
+        raise_input_error(fmt::format("'{}' takes whole numbers, not {}", path,
+                                      py::cast<std::string>(py::str(given.dtype()))),
+                          path);
+    }
+    const std::vector<py::ssize_t> shape(selection.shape.begin(), selection.shape.end());
+    py::array_t<std::int64_t, py::array::c_style> values;
+    try {
+        values = numpy.attr("ascontiguousarray")(numpy.attr("broadcast_to")(given, py::cast(shape)),
+                                                 py::arg("dtype") = "int64");
+    } catch (py::error_already_set& error) {
+        if (!error.matches(PyExc_ValueError)) throw;
+        raise_input_error(fmt::format("'{}' has {} values; {} were given", path,
+                                      selection.values.size(), given.size()),
+                          path);
+    }
+    Tuning tried = tuning;  // all of them or none
+    for (std::size_t i = 0; i < selection.values.size(); ++i) {
+        const FieldRef& field = *selection.values[i];
+        const std::int64_t wanted = values.data()[i];
+        field.write_bits(tried, static_cast<std::uint32_t>(wanted));
+        if (field.read(tried) != wanted) {
+            raise_input_error(fmt::format("{} is {}; allowed are {}..{}", field.path(), wanted,
+                                          field.definition->lowest(), field.definition->highest()),
+                              field.path());
+        }
+    }
+    tuning = tried;
+}
+
+py::array words(const py::object& self, const std::string& part) {
+    auto& tuning = self.cast<Tuning&>();
+    const py::dtype type = py::dtype::of<std::uint32_t>();
+    if (part == "ccm") {
+        return py::array(type, std::vector<py::ssize_t>{sizeof(tuning.ccm) / 4}, {},
+                         words_of(tuning, Part::ccm), self);
+    }
+    if (part == "color") {
+        return py::array(type, {4, 5, 117}, {}, words_of(tuning, Part::color), self);
+    }
+    if (part == "pca") return py::array(type, {4, 17}, {}, words_of(tuning, Part::pca), self);
+    raise_input_error(fmt::format("part is '{}'; allowed are 'ccm', 'color' and 'pca'", part),
+                      "part");
+}
+
+bool same(const Tuning& a, const Tuning& b) {
+    return a.name == b.name && a.has_ccm == b.has_ccm && a.has_color == b.has_color &&
+           a.caller.full_gain == b.caller.full_gain && a.caller.int_bits == b.caller.int_bits &&
+           a.caller.frac_bits == b.caller.frac_bits && a.caller.weights == b.caller.weights &&
+           a.caller.ct_grid == b.caller.ct_grid &&
+           std::memcmp(&a.ccm, &b.ccm, sizeof(a.ccm)) == 0 &&
+           std::memcmp(a.color, b.color, sizeof(a.color)) == 0 &&
+           std::memcmp(a.pca, b.pca, sizeof(a.pca)) == 0;
+}
+
+}  // namespace
+
+void bind_tuning(py::module_& module) {
+    py::class_<Tuning>(
+        module, "Tuning",
+        R"(One tuning: the stored records bit for bit, and what the camera stack adds.
+
+Indexed by field path. A value is an int; a list of values is an array. Arrays of whole 32-bit
+words (gains, polynomials, smoothing parameters) are views of the record: writing to them changes
+the tuning. Others (matrices, packed colour fields) are read-only copies: assign to the path.
+
+Examples
+--------
+>>> t = imgtune.Tuning.starter()
+>>> t["ccm.i4NumCT"]
+5
+>>> t["ccm.rows.normal.gains"].shape
+(8, 3)
+>>> t["color.tuning.normal.hue_speed"] = 2
+)")
+        .def(py::init<>(), "An empty tuning: no part present, all words zero.")
+        .def_static(
+            "load", &load, py::arg("path"),
+            "Reads a YAML file or a folder of stored images.\n\nRaises\n------\nInputError\n"
+            "    With every finding, when it cannot be read.")
+        .def_static("from_yaml", &from_yaml, py::arg("text"), py::arg("name") = "text",
+                    "Reads the YAML form; `name` stands for the file in findings.")
+        .def_static("starter", &workbench::starter_tuning,
+                    "A plausible tuning with every part, to start from; no sensor's own figures.")
+        .def("save", &save, py::arg("path"), py::kw_only(), py::arg("form") = "yaml",
+             py::arg("comments") = false,
+             "Writes the tuning whole or not at all: form 'yaml' is a file, 'images' a folder of\n"
+             "stored images. comments: explain each field where it stands first.")
+        .def("to_yaml", &to_yaml, py::kw_only(), py::arg("comments") = false,
+             "The YAML form as text.")
+        .def("check", &check,
+             "What the tuning would do wrong on the camera.\n\nReturns\n-------\nlist of dict\n"
+             "    severity, code, file, line, path, message, value, allowed, effect, suggestion.")
+        .def(
+            "copy", [](const Tuning& tuning) { return tuning; }, "An independent copy.")
+        .def("words", &words, py::arg("part"),
+             "The record itself as a uint32 view: 'ccm' (1102,), 'color' (4, 5, 117) by slot and\n"
+             "CT index, 'pca' (4, 17) by slot.")
+        .def_static("paths", &field_paths, "Every field path, in the order of the YAML form.")
+        .def("__getitem__", &get, py::arg("path"))
+        .def("__setitem__", &set, py::arg("path"), py::arg("value"))
+        .def("__eq__", &same, py::is_operator())
+        .def("__copy__", [](const Tuning& tuning) { return tuning; })
+        .def("__deepcopy__", [](const Tuning& tuning, const py::dict&) { return tuning; })
+        .def("__repr__",
+             [](const Tuning& tuning) {
+                 return fmt::format("<imgtune.Tuning '{}'{}{}>", tuning.name,
+                                    tuning.has_ccm ? " ccm" : "", tuning.has_color ? " color" : "");
+             })
+        .def(py::pickle([](const Tuning& tuning) { return py::make_tuple(to_yaml(tuning, false)); },
+                        [](const py::tuple& state) {
+                            return from_yaml(state[0].cast<std::string>(), "pickle");
+                        }))
+        .def_readwrite("name", &Tuning::name)
+        .def_readwrite("has_ccm", &Tuning::has_ccm, "Whether SmoothCCM has a tuning.")
+        .def_readwrite("has_color", &Tuning::has_color, "Whether SmoothCOLOR has one.")
+        .attr("__hash__") = py::none();
+}
+
+}  // namespace imgtune::python
