@@ -53,7 +53,8 @@ Load loader(char kind, py::ssize_t size) {
 std::vector<std::pair<std::string, py::object>> named_columns(const py::object& frames) {
     std::vector<std::pair<std::string, py::object>> columns;
     const bool is_array = py::isinstance<py::array>(frames);
-    py::object names = is_array ? frames.attr("dtype").attr("names") : py::none();
+    py::object names = py::none();
+    if (is_array) names = frames.attr("dtype").attr("names");
     if (is_array && names.is_none()) {
         raise_input_error(
             "frames has no named columns; give a structured array, a DataFrame or a dict of arrays",

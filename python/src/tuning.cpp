@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <sstream>
 
 #include "binding.h"
 #include "field_paths.h"
@@ -33,8 +32,7 @@ Tuning load(const py::object& path) {
 
 Tuning from_yaml(const std::string& text, const std::string& name) {
     Faults faults;
-    std::istringstream in(text);
-    Tuning tuning = workbench::read_yaml(in, name, faults);
+    Tuning tuning = workbench::read_yaml(text, name, faults);
     if (faults.has_errors()) {
         faults.sort();
         raise_findings(faults.text(), faults);
@@ -42,15 +40,9 @@ Tuning from_yaml(const std::string& text, const std::string& name) {
     return tuning;
 }
 
-std::string to_yaml(const Tuning& tuning, bool comments) {
-    std::ostringstream out;
-    workbench::write_yaml(out, tuning, comments);
-    return out.str();
-}
-
 void save(const Tuning& tuning, const py::object& path, const std::string& form, bool comments) {
     if (form == "yaml") {
-        workbench::write_file(path_text(path), to_yaml(tuning, comments));
+        workbench::write_file(path_text(path), workbench::write_yaml(tuning, comments));
     } else if (form == "images") {
         workbench::write_images(path_text(path), tuning);
     } else {
@@ -202,7 +194,8 @@ bool same(const Tuning& a, const Tuning& b) {
            a.caller.ct_grid == b.caller.ct_grid &&
            std::memcmp(&a.ccm, &b.ccm, sizeof(a.ccm)) == 0 &&
            std::memcmp(a.color, b.color, sizeof(a.color)) == 0 &&
-           std::memcmp(a.pca, b.pca, sizeof(a.pca)) == 0;
+           std::memcmp(a.pca, b.pca, sizeof(a.pca)) == 0 &&
+           std::memcmp(a.kelvin, b.kelvin, sizeof(a.kelvin)) == 0;
 }
 
 }  // namespace
@@ -238,7 +231,7 @@ Examples
              py::arg("comments") = false,
              "Writes the tuning whole or not at all: form 'yaml' is a file, 'images' a folder of\n"
              "stored images. comments: explain each field where it stands first.")
-        .def("to_yaml", &to_yaml, py::kw_only(), py::arg("comments") = false,
+        .def("to_yaml", &workbench::write_yaml, py::kw_only(), py::arg("comments") = false,
              "The YAML form as text.")
         .def("check", &check,
              "What the tuning would do wrong on the camera.\n\nReturns\n-------\nlist of dict\n"
@@ -259,10 +252,19 @@ Examples
                  return fmt::format("<imgtune.Tuning '{}'{}{}>", tuning.name,
                                     tuning.has_ccm ? " ccm" : "", tuning.has_color ? " color" : "");
              })
-        .def(py::pickle([](const Tuning& tuning) { return py::make_tuple(to_yaml(tuning, false)); },
-                        [](const py::tuple& state) {
-                            return from_yaml(state[0].cast<std::string>(), "pickle");
-                        }))
+        .def(py::pickle(
+            [](const Tuning& tuning) { return py::make_tuple(workbench::write_yaml(tuning)); },
+            [](const py::tuple& state) {
+                return from_yaml(state[0].cast<std::string>(), "pickle");
+            }))
+        .def_property_readonly(
+            "kelvin",
+            [](const py::object& self) {
+                auto& tuning = self.cast<Tuning&>();
+                return py::array(py::dtype::of<std::uint32_t>(), std::vector<py::ssize_t>{8, 8}, {},
+                                 tuning.kelvin, self);
+            },
+            "CT of each tuned point (LV row, CT index), 0 where unknown: a (8, 8) uint32 view.")
         .def_readwrite("name", &Tuning::name)
         .def_readwrite("has_ccm", &Tuning::has_ccm, "Whether SmoothCCM has a tuning.")
         .def_readwrite("has_color", &Tuning::has_color, "Whether SmoothCOLOR has one.")
