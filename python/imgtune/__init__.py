@@ -1,6 +1,15 @@
 """The imgtune library and its workbench: arrays in, registers out.
 
-All functions run the shipped library itself; nothing is computed here.
+Every register comes from the shipped library itself; nothing is computed here.
+
+Examples
+--------
+>>> import imgtune
+>>> t = imgtune.Tuning.starter()
+>>> r = imgtune.replay(t, {"lv": [80], "cct": [4000], "awb_r": [800], "awb_g": [512],
+...                        "awb_b": [1000]})
+>>> r["matrix"].shape
+(1, 3, 3)
 """
 
 import numpy as _np
@@ -12,7 +21,18 @@ FRAME_DTYPE = _np.dtype(
 )
 """A frame: light value, colour temperature (kelvin), AWB gains (512 = 1.0), conditions."""
 
-from ._core import State, Tuning, library, load_frames, register_fields, replay
+from ._core import (
+    State,
+    Tuning,
+    diff,
+    explain,
+    library,
+    load_frames,
+    register_fields,
+    replay,
+    summary,
+    sweep,
+)
 from ._errors import InputError
 
 __all__ = [
@@ -20,8 +40,12 @@ __all__ = [
     "InputError",
     "State",
     "Tuning",
+    "diff",
+    "explain",
     "library",
     "load_frames",
     "register_fields",
     "replay",
+    "summary",
+    "sweep",
 ]

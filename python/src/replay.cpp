@@ -1,11 +1,11 @@
 #include <fmt/format.h>
-#include <fnmatch.h>
 
 #include <array>
 #include <cstring>
 
 #include "binding.h"
 #include "workbench/files/file_source.h"
+#include "workbench/text/glob.h"
 #include "workbench/tuning/fields.h"
 
 namespace imgtune::python {
@@ -68,7 +68,7 @@ std::vector<Output> chosen_outputs(workbench::Jobs jobs, const py::object& patte
             const auto pattern = py::cast<std::string>(item);
             bool found = false;
             for (std::size_t i = 0; i < all.size(); ++i) {
-                if (fnmatch(pattern.c_str(), all[i].name.c_str(), 0) != 0) continue;
+                if (!workbench::matches_glob(pattern, all[i].name)) continue;
                 found = used[i] = true;
             }
             if (found) continue;

@@ -1,7 +1,186 @@
+#include <fmt/format.h>
+
+#include <cstring>
+#include <nlohmann/json.hpp>
+
 #include "binding.h"
+#include "workbench/json/diff.h"
+#include "workbench/json/explanation.h"
+#include "workbench/json/summary.h"
+#include "workbench/studies/diff.h"
+#include "workbench/studies/explanation.h"
+#include "workbench/studies/resting.h"
+#include "workbench/studies/summary.h"
+#include "workbench/studies/sweep.h"
 
 namespace imgtune::python {
 
-void bind_studies(py::module_&) {}
+namespace {
+
+using workbench::Camera;
+using workbench::Frame;
+using workbench::Jobs;
+
+constexpr std::size_t kChunk = 512;
+
+py::object as_python(const nlohmann::ordered_json& json) {
+    return from_json(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+}
+
+Jobs all_jobs(const Tuning& tuning) {
+    const Jobs jobs{tuning.has_ccm, tuning.has_color};
+    if (!jobs.ccm && !jobs.color) {
+        raise_input_error("the tuning has neither part 'ccm' nor part 'color'", "tuning");
+    }
+    return jobs;
+}
+
+/// One frame given as a mapping of numbers.
+Frame frame_of(const py::dict& values) {
+    py::dict columns;
+    for (const auto& [name, value] : values) columns[name] = py::make_tuple(value);
+    Frame frame;
+    FrameColumns(columns).read(0, 1, &frame);
+    return frame;
+}
+
+/// Hands every frame to `take`, without the interpreter lock.
+template <class Take>
+void for_each_frame(const FrameColumns& columns, const Take& take) {
+    const py::gil_scoped_release unlocked;
+    std::vector<Frame> chunk(kChunk);
+    for (std::size_t first = 0; first < columns.size(); first += kChunk) {
+        const std::size_t count = std::min(kChunk, columns.size() - first);
+        columns.read(first, count, chunk.data());
+        for (std::size_t i = 0; i < count; ++i) take(chunk[i]);
+    }
+}
+
+py::object explain(const Tuning& tuning, const py::dict& frame, const py::object& after) {
+    Camera camera(tuning, all_jobs(tuning));
+    if (!after.is_none()) workbench::run_to_rest(camera, frame_of(py::dict(after)));
+    return as_python(to_json(workbench::explain_at_rest(camera, frame_of(frame))));
+}
+
+py::object summary(const Tuning& tuning, const py::object& frames, double fps, double noise) {
+    const FrameColumns columns(frames);
+    Camera camera(tuning, all_jobs(tuning));
+    workbench::Summary gathered(camera, {fps, noise});
+    std::uint64_t number = 0;
+    for_each_frame(columns, [&](const Frame& frame) {
+        camera.run(frame);
+        gathered.add(++number, frame, camera);
+    });
+    return as_python(to_json(gathered.finish()));
+}
+
+py::object diff(const Tuning& a, const Tuning& b, const py::object& frames) {
+    nlohmann::ordered_json out = {{"differences", to_json(workbench::diff_tunings(a, b))}};
+    if (!frames.is_none()) {
+        const FrameColumns columns(frames);
+        workbench::FrameComparer comparer(a, b);
+        for_each_frame(columns, [&](const Frame& frame) { comparer.add(frame); });
+        out["frames"] = to_json(comparer.result());
+    }
+    return as_python(out);
+}
+
+py::dict sweep(const Tuning& tuning, const py::object& cct, const std::vector<std::uint32_t>& lv,
+               std::int32_t flash, std::int32_t scene) {
+    const workbench::SweepGrid grid{
+        cct.is_none() ? workbench::tuned_range(tuning) : cct.cast<std::vector<std::uint32_t>>(), lv,
+        flash, scene};
+    const Jobs jobs = all_jobs(tuning);
+    const workbench::Sweep result =
+        workbench::run_sweep(tuning, jobs, grid, workbench::tuned_locus(tuning));
+    const auto rows = static_cast<py::ssize_t>(grid.lv.size());
+    const auto columns = static_cast<py::ssize_t>(grid.cct.size());
+    py::dict out;
+    out["cct"] = py::array_t<std::uint32_t>(columns, grid.cct.data());
+    out["lv"] = py::array_t<std::uint32_t>(rows, grid.lv.data());
+    if (jobs.ccm) {
+        py::array_t<std::int32_t> matrix(std::vector<py::ssize_t>{rows, columns, 3, 3});
+        std::int32_t* at = matrix.mutable_data();
+        for (const auto& point : result.points) {
+            const auto coefficients = workbench::decode(point.registers.ccm, tuning.caller);
+            at = std::copy(coefficients.begin(), coefficients.end(), at);
+        }
+        out["matrix"] = matrix;
+    }
+    if (jobs.color) {
+        py::array_t<std::uint32_t> words(std::vector<py::ssize_t>{rows, columns, 117});
+        std::uint32_t* at = words.mutable_data();
+        for (const auto& point : result.points) {
+            at = std::copy(std::begin(point.registers.color.u4Word),
+                           std::end(point.registers.color.u4Word), at);
+        }
+        out["color"] = words;
+    }
+    return out;
+}
+
+}  // namespace
+
+void bind_studies(py::module_& module) {
+    module.def("explain", &explain, py::arg("tuning"), py::arg("frame"), py::kw_only(),
+               py::arg("after") = py::none(),
+               R"(What the library does with one frame, once the camera has come to rest in it.
+
+Parameters
+----------
+tuning : Tuning
+frame : dict
+    The columns of a frame, one number each.
+after : dict, optional
+    Light that the camera had come to rest in before; default: just switched on.
+
+Returns
+-------
+dict
+    As `imgtune explain --json` prints it.
+)");
+    module.def("summary", &summary, py::arg("tuning"), py::arg("frames"), py::kw_only(),
+               py::arg("fps") = 30.0, py::arg("noise") = 5.0,
+               R"(How the registers move over a log: settling, steps, clipping, flicker.
+
+Parameters
+----------
+tuning : Tuning
+frames : as for `replay`
+fps : float
+    Frames per second of the log.
+noise : float
+    Noise that is no change of light: percent of gains and CT, tenths of an EV of the light value.
+
+Returns
+-------
+dict
+    As `imgtune replay --summary --json` prints it; None for what could not be measured.
+)");
+    module.def("diff", &diff, py::arg("a"), py::arg("b"), py::arg("frames") = py::none(),
+               R"(What differs between two tunings, and with frames, between their registers.
+
+Returns
+-------
+dict
+    differences: list of {field, a, b}; frames: counts, worst frames and largest differences.
+)");
+    module.def("sweep", &sweep, py::arg("tuning"), py::kw_only(), py::arg("cct") = py::none(),
+               py::arg("lv") = std::vector<std::uint32_t>{0, 20, 40, 60, 80, 100, 120, 140},
+               py::arg("flash") = 0, py::arg("scene") = 0,
+               R"(The result over a grid of light, without average and temporal step.
+
+Parameters
+----------
+cct, lv : sequence of int
+    Kelvin (default: the tuning's grid, 100 K apart) and light values.
+
+Returns
+-------
+dict
+    cct (C,), lv (L,), matrix (L, C, 3, 3) int32 in 1/512, color (L, C, 117) uint32. Gains follow
+    the tuned locus.
+)");
+}
 
 }  // namespace imgtune::python
