@@ -61,6 +61,9 @@ class FrameColumns {
     bool sized_ = false;
 };
 
+/// Findings as a list of dicts.
+py::object findings_of(const workbench::Faults& faults);
+
 /// JSON text as Python values.
 py::object from_json(const std::string& text);
 

@@ -77,10 +77,37 @@ bool stack(const std::string& prefix,
     return true;
 }
 
+/// The points of an LV row by what they hold: "ccm.rows.normal.gains" is every point's gain,
+/// "ccm.rows.normal.gains.2" that of point 2. False for any other path.
+bool select_across_points(const std::string& path, Selection& selection) {
+    for (const auto& [plural, single] : {std::pair{".gains", ".gain"}, {".matrices", ".matrix"}}) {
+        const std::size_t at = path.find(plural);
+        if (path.compare(0, 9, "ccm.rows.") != 0 || at == std::string::npos) continue;
+        const std::string row = path.substr(0, at);
+        const std::string rest = path.substr(at + std::string_view(plural).size());
+        if (!rest.empty()) {
+            const std::size_t end = std::min(rest.find('.', 1), rest.size());
+            selection = select(row + rest.substr(0, end) + single + rest.substr(end));
+            return true;
+        }
+        for (std::size_t point = 0;; ++point) {
+            const auto list = index().lists.find(row + '.' + std::to_string(point) + single);
+            if (list == index().lists.end()) break;
+            selection.values.insert(selection.values.end(), list->second.begin(),
+                                    list->second.end());
+            selection.shape = {point + 1, list->second.size()};
+        }
+        if (!selection.values.empty()) selection.kind = Selection::Kind::array;
+        return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 Selection select(const std::string& path) {
     Selection selection;
+    if (select_across_points(path, selection)) return selection;
     const Index& all = index();
     if (const auto list = all.lists.find(path); list != all.lists.end()) {
         selection.kind = is_single(list->second) ? Selection::Kind::value : Selection::Kind::array;

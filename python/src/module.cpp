@@ -1,4 +1,7 @@
+#include <nlohmann/json.hpp>
+
 #include "binding.h"
+#include "workbench/json/findings.h"
 #include "workbench/text/bad_input.h"
 
 namespace imgtune::python {
@@ -17,13 +20,19 @@ py::object input_error() {
 }  // namespace
 
 void raise_findings(const std::string& message, const workbench::Faults& faults) {
-    raise(input_error()(message, from_json(faults.json())["findings"]));
+    raise(input_error()(message, findings_of(faults)));
 }
 
 void raise_input_error(const std::string& message, const std::string& field) {
     py::object error = input_error()(message);
     error.attr("field") = field;
     raise(error);
+}
+
+py::object findings_of(const workbench::Faults& faults) {
+    const nlohmann::ordered_json json = workbench::to_json(faults);
+    return from_json(
+        json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace))["findings"];
 }
 
 std::string path_text(const py::object& path) {

@@ -55,7 +55,7 @@ py::object check(const Tuning& tuning) {
     Faults faults;
     workbench::check_tuning(tuning, faults);
     faults.sort();
-    return from_json(faults.json())["findings"];
+    return findings_of(faults);
 }
 
 [[noreturn]] void raise_unknown(const std::string& path) {
@@ -213,7 +213,7 @@ Examples
 --------
 >>> t = imgtune.Tuning.starter()
 >>> t["ccm.i4NumCT"]
-5
+4
 >>> t["ccm.rows.normal.gains"].shape
 (8, 3)
 >>> t["color.tuning.normal.hue_speed"] = 2
