@@ -1,33 +1,45 @@
 #!/usr/bin/env bash
-# Counts the instructions of a call of every scene (callgrind) and compares them with
-# bench/instructions.txt: more than 4 per cent above the record is a failure.
+# Counts the instructions of a call of every scene, on x86-64 (callgrind) and on 64-bit Arm
+# (one-instruction blocks under qemu-user), and compares them with bench/instructions.txt, one scene a
+# line with both counts: more than 4 per cent above the record is a failure.
 # Usage: scripts/count-instructions.sh [--renew]
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh g++ cmake ninja-build valgrind libbenchmark-dev
+scripts/setup.sh g++ g++-aarch64-linux-gnu qemu-user cmake ninja-build valgrind libbenchmark-dev
 
-cmake --preset release -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_TESTS=OFF -B build/count >/dev/null
-cmake --build build/count --target run_scene >/dev/null
-run=build/count/bench/run_scene
+build() {  # build PRESET FOLDER
+    cmake --preset "$1" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_TESTS=OFF \
+        -DIMGTUNE_BUILD_BENCH=ON -B "$2" >/dev/null
+    cmake --build "$2" --target run_scene >/dev/null
+}
+build release build/count
+build aarch64 build/count-aarch64
 
-instructions() {
-    valgrind --tool=callgrind --callgrind-out-file=/dev/null "$run" "$1" "$2" 2>&1 |
-        awk '/Collected/ { print $NF }'
+x86_64() {
+    valgrind --tool=callgrind --callgrind-out-file=/dev/null build/count/bench/run_scene "$1" "$2" \
+        2>&1 | awk '/Collected/ { print $NF }'
+}
+aarch64() {  # a line of the log is a block that is entered
+    qemu-aarch64 -singlestep -d exec,nochain -D /dev/stdout \
+        build/count-aarch64/bench/run_scene "$1" "$2" | grep -c '^Trace'
 }
 count() {  # the start-up is in both runs and falls out
-    echo "$1 $(( ($(instructions "$1" 1100) - $(instructions "$1" 100)) / 1000 ))"
+    echo "$1 $(( ($(x86_64 "$1" 1100) - $(x86_64 "$1" 100)) / 1000 ))" \
+        "$(( ($(aarch64 "$1" 60) - $(aarch64 "$1" 10)) / 50 ))"
 }
-export -f count instructions
-export run
-counts=$("$run" | xargs -P "$(nproc)" -I{} bash -c 'count {}' | sort)
+export -f count x86_64 aarch64
+counts=$(build/count/bench/run_scene | xargs -P "$(nproc)" -I{} bash -c 'count {}' | sort)
 
 if [ "${1:-}" = --renew ]; then
     printf '%s\n' "$counts" >bench/instructions.txt
     exit 0
 fi
-printf '%s\n' "$counts" | join - bench/instructions.txt | awk '
-    { change = 100 * ($2 - $3) / $3
-      printf "%-32s %6d  recorded %6d  %+5.1f %%%s\n", $1, $2, $3, change, (change > 4 ? "  TOO MANY" : "")
-      if (change > 4) bad = 1
-      ++n }
-    END { if (n == 0 || bad) exit 1 }'
+printf '%s\n' "$counts" | join -a 1 - bench/instructions.txt | awk '
+    function line(machine, now, recorded) {
+        change = recorded ? 100 * (now - recorded) / recorded : 100
+        verdict = change > 4 ? "  TOO MANY" : ""
+        printf "%-34s %-8s %6d  recorded %6d  %+5.1f %%%s\n", $1, machine, now, recorded, change, verdict
+        if (change > 4) bad = 1
+    }
+    { line("x86-64", $2, $4); line("aarch64", $3, $5); ++scenes }
+    END { if (scenes == 0 || bad) exit 1 }'
