@@ -12,8 +12,10 @@
 #include <vector>
 
 #include "cli/verbs.h"
+#include "workbench/files/file_source.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/tuning_files.h"
+#include "workbench/frames/frame_check.h"
 #include "workbench/json/findings.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/text/shown_text.h"
@@ -28,10 +30,11 @@ struct Options {
     bool json = false;
 };
 
-/// A file that cannot be read, or is no YAML at all, says nothing about a tuning.
+/// A file that cannot be read, or is no YAML at all, says nothing about a tuning; nor does a frame
+/// log about the frames behind a bad line.
 bool is_unreadable(const Faults& faults) {
     return std::any_of(faults.list().begin(), faults.list().end(), [](const Fault& fault) {
-        return fault.code == "T001" || fault.code == "T010";
+        return fault.code == "T001" || fault.code == "T010" || fault.code == "F001";
     });
 }
 
@@ -62,6 +65,18 @@ std::set<std::string> known_codes(const std::vector<std::string>& codes) {
     return {codes.begin(), codes.end()};
 }
 
+Faults findings_of(const std::string& input) {
+    Faults faults;
+    if (holds_frame_log(input)) {
+        FileSource source(input);
+        check_frames(source.name(), source, faults);
+        return faults;
+    }
+    const Tuning tuning = load_tuning(input, faults);
+    if (!is_unreadable(faults)) check_tuning(tuning, faults);
+    return faults;
+}
+
 int run(const Options& options) {
     const std::set<std::string> allowed = known_codes(options.allowed);
     const bool color = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
@@ -69,12 +84,10 @@ int run(const Options& options) {
     Faults all;
     bool unreadable = false;
     for (const std::string& input : options.inputs) {
-        Faults faults;
-        const Tuning tuning = load_tuning(input, faults);
+        Faults faults = findings_of(input);
         if (is_unreadable(faults)) {
             unreadable = true;
         } else {
-            check_tuning(tuning, faults);
             faults.allow(allowed);
         }
         faults.sort();
@@ -91,15 +104,16 @@ int run(const Options& options) {
 
 void add_check(CLI::App& app, Context& context) {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("check", "Report every fault of tunings");
-    verb->add_option("TUNING", options->inputs, "YAML files, folders of stored images, or -")
+    CLI::App* verb = app.add_subcommand("check", "Report every fault of tunings and frame logs");
+    verb->add_option("FILE", options->inputs,
+                     "tunings (YAML files, folders of stored images, or -) and frame logs (CSV)")
         ->required();
     verb->add_option("--allow", options->allowed, "Leave out findings of this code (repeatable)")
         ->type_name("CODE")
         ->allow_extra_args(false);
     verb->add_flag("--json", options->json, "Write the findings as JSON");
     verb->footer(
-        "Example:\n  imgtune check day.yaml night.yaml --allow T112\n"
+        "Example:\n  imgtune check day.yaml night.yaml walk.csv --allow T112\n"
         "Exit status: 0 no findings, 1 warnings alone, 2 an input cannot be read, 3 errors.");
     verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
 }

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "workbench/files/text_file.h"
 #include "workbench/text/bad_input.h"
 
 namespace imgtune::workbench {
@@ -34,6 +35,14 @@ std::size_t FileSource::read(char* into, std::size_t room) {
     } while (count < 0 && errno == EINTR);
     if (count < 0) throw BadInput(fmt::format("{}: cannot read: {}", name_, std::strerror(errno)));
     return static_cast<std::size_t>(count);
+}
+
+bool holds_frame_log(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+    if (path.ends_with(".csv")) return true;
+    constexpr std::size_t kStart = 1 << 16;
+    return begins_frame_log(read_text(path, kStart));
 }
 
 }  // namespace imgtune::workbench

@@ -27,6 +27,10 @@ class FileSource : public ByteSource {
     std::uint64_t size_ = 0;
 };
 
+/// Whether a file, by its name or its first line, holds a frame log. Only regular files are looked
+/// into: a pipe would lose what is read.
+bool holds_frame_log(const std::string& path);
+
 /// A frame log in a file.
 class FrameFile {
   public:

@@ -81,22 +81,24 @@ void FrameCheck::add(const FrameValues& values, std::uint64_t line) {
 }
 
 void FrameCheck::report(const std::string& log, Faults& faults) const {
-    static_assert(std::size(kKindTable) == kKinds);
     if (frames_ == 0) {
         Fault fault;
-        fault.severity = Severity::warning;
         fault.code = "F100";
         fault.file = log;
         fault.message = "the log has no frames, only a header";
         fault.suggestion = "add one line a frame below the header";
         faults.add(std::move(fault));
     }
+    report_odd(log, faults);
+}
+
+void FrameCheck::report_odd(const std::string& log, Faults& faults) const {
+    static_assert(std::size(kKindTable) == kKinds);
     for (std::size_t i = 0; i < kKinds; ++i) {
         const Seen& seen = seen_[i];
         if (seen.count == 0) continue;
         const Kind& kind = kKindTable[i];
         Fault fault;
-        fault.severity = Severity::warning;
         fault.code = kind.code;
         fault.file = log;
         fault.line = static_cast<int>(seen.line);
@@ -112,10 +114,21 @@ void FrameCheck::report(const std::string& log, Faults& faults) const {
     }
 }
 
-void check_frames(FrameLog& log, Faults& faults) {
+void check_frames(const std::string& log, ByteSource& source, Faults& faults) {
     FrameCheck check;
-    for (Frame frame; log.next(frame);) check.add(log.values(), log.line());
-    check.report(log.name(), faults);
+    try {
+        FrameLog frames(log, source);
+        for (Frame frame; frames.next(frame);) check.add(frames.values(), frames.line());
+        check.report(log, faults);
+    } catch (const BadFrames& bad) {
+        check.report_odd(log, faults);
+        Fault fault;
+        fault.code = "F001";
+        fault.file = log;
+        fault.line = static_cast<int>(bad.line);
+        fault.message = bad.message;
+        faults.add(std::move(fault));
+    }
 }
 
 }  // namespace imgtune::workbench

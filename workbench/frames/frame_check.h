@@ -21,6 +21,9 @@ class FrameCheck {
     /// After the last frame: what was found in the log of that name.
     void report(const std::string& log, Faults& faults) const;
 
+    /// The same without a word about a log without frames: for one that was not read to its end.
+    void report_odd(const std::string& log, Faults& faults) const;
+
   private:
     static constexpr std::size_t kKinds = 8;
     struct Seen {
@@ -33,8 +36,8 @@ class FrameCheck {
     std::uint64_t frames_ = 0;
 };
 
-/// Reads a whole log and adds what is found. Throws BadInput where it cannot be read.
-void check_frames(FrameLog& log, Faults& faults);
+/// Reads a whole log and adds what is found; a line that cannot be read is the last finding.
+void check_frames(const std::string& log, ByteSource& source, Faults& faults);
 
 }  // namespace imgtune::workbench
 

@@ -6,7 +6,6 @@
 #include <charconv>
 #include <utility>
 
-#include "workbench/text/bad_input.h"
 #include "workbench/tuning/faults.h"
 
 namespace imgtune::workbench {
@@ -102,13 +101,34 @@ FrameValues to_values(const Frame& frame) {
             state.u4FlashMode, state.u4SceneFlag, state.profile, frame.capture};
 }
 
+BadFrames::BadFrames(const std::string& log, std::uint64_t at_line, std::string what_is_wrong)
+    : BadInput(fmt::format("{}:{}: {}", log, at_line, what_is_wrong)),
+      line(at_line),
+      message(std::move(what_is_wrong)) {}
+
+bool begins_frame_log(std::string_view start) {
+    MemorySource source(start);
+    LineReader lines(source);
+    for (std::string_view text; lines.next(text);) {
+        if (trimmed(text).empty() || trimmed(text).front() == '#') continue;
+        while (!text.empty()) {
+            const std::string_view name = bare(take_value(text));
+            if (std::any_of(kFrameColumns.begin(), kFrameColumns.end(),
+                            [&](const FrameColumn& column) { return column.name == name; })) {
+                return true;
+            }
+        }
+        return false;
+    }
+    return false;
+}
+
 FrameLog::FrameLog(std::string name, ByteSource& source) : name_(std::move(name)), lines_(source) {
     read_header();
 }
 
 void FrameLog::fail(std::string_view what) const {
-    throw BadInput(
-        fmt::format("{}:{}: {}", name_, std::max<std::uint64_t>(lines_.line(), 1), what));
+    throw BadFrames(name_, std::max<std::uint64_t>(lines_.line(), 1), std::string(what));
 }
 
 /// The next line that is neither blank nor a comment.

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "workbench/text/bad_input.h"
 #include "workbench/text/line_reader.h"
 
 namespace imgtune::workbench {
@@ -52,6 +53,18 @@ using FrameValues = std::array<std::int64_t, kFrameColumns.size()>;
 Frame to_frame(const FrameValues& values);
 FrameValues to_values(const Frame& frame);
 
+/// A log that cannot be read on: what is wrong, and in which line.
+class BadFrames : public BadInput {
+  public:
+    BadFrames(const std::string& log, std::uint64_t at_line, std::string what_is_wrong);
+
+    std::uint64_t line;
+    std::string message;  ///< without log and line
+};
+
+/// Whether a text that starts so is a frame log, by its header, and no tuning.
+bool begins_frame_log(std::string_view start);
+
 /// Streaming reader of frame logs: CSV, one frame a line, whole numbers.
 ///
 /// The first line that is neither blank nor a comment (#) names the columns, in any order. lv, cct
@@ -59,7 +72,7 @@ FrameValues to_values(const Frame& frame);
 /// scene, profile and capture are 0. A single value other than lv may be empty: what is not told in
 /// one frame is treated alike, but a cct, or both gains, stay those of the frame before (0 before
 /// any). Columns whose name begins with "x_", and "frame", are
-/// skipped. Lines end in LF or CRLF. Anything else throws BadInput with file, line, column, value
+/// skipped. Lines end in LF or CRLF. Anything else throws BadFrames with file, line, column, value
 /// and what is allowed. Memory does not grow with the log.
 class FrameLog {
   public:

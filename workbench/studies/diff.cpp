@@ -56,7 +56,7 @@ std::vector<FieldDifference> diff_tunings(const Tuning& a, const Tuning& b) {
     add("ccm", presence(a.has_ccm), presence(b.has_ccm));
     add("color", presence(a.has_color), presence(b.has_color));
     const auto in_both = [&](Part part) {
-        if (part == Part::ccm) return a.has_ccm && b.has_ccm;
+        if (part == Part::ccm || part == Part::kelvin) return a.has_ccm && b.has_ccm;
         return part == Part::caller || (a.has_color && b.has_color);
     };
     for (const FieldRef& field : fields()) {

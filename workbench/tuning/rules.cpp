@@ -8,6 +8,16 @@ constexpr Severity kError = Severity::error;
 constexpr Severity kWarning = Severity::warning;
 
 constexpr Rule kRules[] = {
+    {"F001", kError, "frame log that cannot be read on"},
+    {"F100", kWarning, "frame log without frames"},
+    {"F101", kWarning, "light value beyond 255"},
+    {"F102", kWarning, "negative light value"},
+    {"F103", kWarning, "colour temperature of 0"},
+    {"F104", kWarning, "negative colour temperature"},
+    {"F105", kWarning, "colour temperature that is no light's kelvin"},
+    {"F106", kWarning, "red or blue gain of 0"},
+    {"F107", kWarning, "negative red or blue gain"},
+    {"F108", kWarning, "green gain of 0 or less"},
     {"T001", kError, "not one YAML document"},
     {"T002", kError, "`format` missing or unknown"},
     {"T003", kError, "unknown key"},

@@ -8,7 +8,8 @@ namespace imgtune::workbench {
 
 enum class Severity { warning, error };
 
-/// A kind of finding. T0..: the text cannot be read as a tuning; T1..: matrices; T2..: colour.
+/// A kind of finding. F: frame logs. T0..: the text cannot be read as a tuning; T1..: matrices;
+/// T2..: colour.
 struct Rule {
     const char* code;
     Severity severity;
