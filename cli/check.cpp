@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
@@ -32,10 +31,13 @@ struct Options {
 
 /// A file that cannot be read, or is no YAML at all, says nothing about a tuning; nor does a frame
 /// log about the frames behind a bad line.
+bool means_unreadable(const std::string& code) {
+    return code == "T001" || code == "T010" || code == "F001";
+}
+
 bool is_unreadable(const Faults& faults) {
-    return std::any_of(faults.list().begin(), faults.list().end(), [](const Fault& fault) {
-        return fault.code == "T001" || fault.code == "T010" || fault.code == "F001";
-    });
+    return std::any_of(faults.list().begin(), faults.list().end(),
+                       [](const Fault& fault) { return means_unreadable(fault.code); });
 }
 
 std::string counted(std::ptrdiff_t count, const char* what) {
@@ -61,6 +63,10 @@ std::set<std::string> known_codes(const std::vector<std::string>& codes) {
                             "behind each finding, as T112",
                             shown_text(code)));
         }
+        if (means_unreadable(code)) {
+            throw BadInput(
+                fmt::format("--allow {}: an input that cannot be read cannot be allowed", code));
+        }
     }
     return {codes.begin(), codes.end()};
 }
@@ -85,11 +91,8 @@ int run(const Options& options) {
     bool unreadable = false;
     for (const std::string& input : options.inputs) {
         Faults faults = findings_of(input);
-        if (is_unreadable(faults)) {
-            unreadable = true;
-        } else {
-            faults.allow(allowed);
-        }
+        unreadable |= is_unreadable(faults);
+        faults.allow(allowed);
         faults.sort();
         text += faults.text(color) + summary(input, faults);
         for (const Fault& fault : faults.list()) all.add(fault);
@@ -102,20 +105,20 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_check(CLI::App& app, Context& context) {
+void add_check(const Verbs& verbs) {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("check", "Report every fault of tunings and frame logs");
-    verb->add_option("FILE", options->inputs,
-                     "tunings (YAML files, folders of stored images, or -) and frame logs (CSV)")
-        ->required();
-    verb->add_option("--allow", options->allowed, "Leave out findings of this code (repeatable)")
-        ->type_name("CODE")
-        ->allow_extra_args(false);
-    verb->add_flag("--json", options->json, "Write the findings as JSON");
-    verb->footer(
+    const Verb verb = verbs.add("check", "Report every fault of tunings and frame logs");
+    verb.option("FILE", options->inputs,
+                "tunings (YAML files, folders of stored images, or -) and frame logs (CSV)")
+        .required();
+    verb.option("--allow", options->allowed, "Leave out findings of this code (repeatable)")
+        .type_name("CODE")
+        .one_value_each();
+    verb.flag("--json", options->json, "Write the findings as JSON");
+    verb.footer(
         "Example:\n  imgtune check day.yaml night.yaml walk.csv --allow T112\n"
         "Exit status: 0 no findings, 1 warnings alone, 2 an input cannot be read, 3 errors.");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -46,19 +45,17 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_convert(CLI::App& app, Context& context) {
+void add_convert(const Verbs& verbs) {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("convert", "Write a tuning in the current YAML form");
-    verb->add_option("TUNING", options->tuning, "YAML file, folder of stored images, or -")
-        ->required();
-    verb->add_option("-o,--output", options->output, "YAML file; - is standard output")
-        ->capture_default_str();
-    verb->add_flag("--bare", options->bare, "Without explanations of the fields");
-    verb->add_flag("--force", options->force, "Overwrite a file that holds something");
-    verb->footer(
+    const Verb verb = verbs.add("convert", "Write a tuning in the current YAML form");
+    verb.option("TUNING", options->tuning, "YAML file, folder of stored images, or -").required();
+    verb.option("-o,--output", options->output, "YAML file; - is standard output").shows_default();
+    verb.flag("--bare", options->bare, "Without explanations of the fields");
+    verb.flag("--force", options->force, "Overwrite a file that holds something");
+    verb.footer(
         "Example:\n  imgtune convert old.yaml -o new.yaml\n"
         "Comments at the top are kept; others are not, and standard error says so.");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

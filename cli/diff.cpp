@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -98,24 +97,24 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_diff(CLI::App& app, Context& context) {
+void add_diff(const Verbs& verbs) {
     auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("diff", "Tell what differs between two tunings");
-    verb->add_option("A", options->a, kTuningHelp)->required();
-    verb->add_option("B", options->b, "the other tuning")->required();
-    CLI::Option* frames = verb->add_option("--frames", options->frames,
-                                           "run this frame log through both, compare registers");
-    verb->add_option("-o,--output", options->output,
-                     "write every difference of the registers as CSV: frame,field,a,b; a file that "
-                     "stands there is replaced")
-        ->needs(frames);
-    verb->add_flag("--json", options->json, "as JSON");
-    verb->footer(
+    const Verb verb = verbs.add("diff", "Tell what differs between two tunings");
+    verb.option("A", options->a, kTuningHelp).required();
+    verb.option("B", options->b, "the other tuning").required();
+    const Option frames = verb.option("--frames", options->frames,
+                                      "run this frame log through both, compare registers");
+    verb.option("-o,--output", options->output,
+                "write every difference of the registers as CSV: frame,field,a,b; a file that "
+                "stands there is replaced")
+        .needs(frames);
+    verb.flag("--json", options->json, "as JSON");
+    verb.footer(
         "Exit status 0: equal; 1: they differ; 2: bad input.\n"
         "\n"
         "Example:\n"
         "  imgtune diff old.yaml new.yaml --frames walk.csv");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

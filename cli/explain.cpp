@@ -1,9 +1,10 @@
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
+#include <charconv>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "cli/common.h"
@@ -38,15 +39,18 @@ struct Options {
 
 /// --from LV,CCT,R,G,B, as a frame.
 Frame light_before(const std::string& text) {
-    const std::vector<std::string> parts = CLI::detail::split(text, ',');
     FrameValues values{};
-    bool sound = parts.size() == 5;
-    for (std::size_t i = 0; sound && i < parts.size(); ++i) {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    bool sound = true;
+    for (std::size_t i = 0; sound && i < 5; ++i) {
         // The gain stands in both triples.
         const std::size_t column = i < 2 ? i : i + 3;
-        sound = CLI::detail::lexical_cast(parts[i], values[column]) &&
-                values[column] >= kFrameColumns[column].least &&
-                values[column] <= kFrameColumns[column].most;
+        const auto number = std::from_chars(at, end, values[column]);
+        sound = number.ec == std::errc() && values[column] >= kFrameColumns[column].least &&
+                values[column] <= kFrameColumns[column].most &&
+                (i == 4 ? number.ptr == end : number.ptr != end && *number.ptr == ',');
+        at = number.ptr + 1;
         if (i >= 2) values[i] = values[column];
     }
     if (!sound) {
@@ -103,41 +107,39 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_explain(CLI::App& app, Context& context) {
+void add_explain(const Verbs& verbs) {
     auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("explain", "Tell what happens to one frame, in order");
-    verb->add_option("TUNING", options->tuning, kTuningHelp)->required();
-    const CLI::Range int32(kInt32Least, kInt32Most);
-    const CLI::Range word(kInt32Least, kUint32Most);
-    CLI::Option* log = verb->add_option("--log", options->log, "take the frame from a frame log");
-    CLI::Option* number = verb->add_option("--frame", options->frame, "its number, from 1")
-                              ->check(CLI::PositiveNumber)
-                              ->needs(log);
-    log->needs(number);
-    CLI::Option* lv = verb->add_option("--lv", options->lv, "light value")->check(word);
-    CLI::Option* cct =
-        verb->add_option("--cct", options->cct, "colour temperature in kelvin")->check(word);
+    const Verb verb = verbs.add("explain", "Tell what happens to one frame, in order");
+    verb.option("TUNING", options->tuning, kTuningHelp).required();
+    const Option log = verb.option("--log", options->log, "take the frame from a frame log");
+    const Option number = verb.option("--frame", options->frame, "its number, from 1")
+                              .range(std::uint64_t{1}, std::uint64_t{1000000000000})
+                              .needs(log);
+    log.needs(number);
+    const Option lv =
+        verb.option("--lv", options->lv, "light value").range(kInt32Least, kUint32Most);
+    const Option cct = verb.option("--cct", options->cct, "colour temperature in kelvin")
+                           .range(kInt32Least, kUint32Most);
     const auto gain = [&](const char* name, std::vector<std::int64_t>& values, const char* text) {
-        CLI::Option* option = verb->add_option(name, values, text);
-        option->delimiter(',')->expected(3)->type_name("R,G,B")->check(int32);
-        return option->excludes(log)->needs(lv)->needs(cct);
+        const Option option = verb.option(name, values, text);
+        option.separated_by_commas().exactly(3).type_name("R,G,B").range(kInt32Least, kInt32Most);
+        return option.excludes(log).needs(lv).needs(cct);
     };
     gain("--gain", options->gain, "AWB gain, 512 = 1.0");
     gain("--full-gain", options->full_gain, "full AWB gain (default: the AWB gain)");
-    verb->add_option("--flash", options->flash, "0: no flash")->check(int32);
-    verb->add_option("--scene", options->scene, "1: scene images")->check(int32);
-    verb->add_option("--profile", options->profile, "ISP profile")->check(int32);
-    verb->add_option("--capture", options->capture, "1: still capture")->check(int32);
-    verb->add_option("--from", options->from,
-                     "what the camera saw before: cold, just switched on, or LV,CCT,R,G,B, a light "
-                     "that it had come to rest in")
-        ->capture_default_str()
-        ->excludes(log);
-    verb->add_option("--only", options->only, "tell one job alone")
-        ->check(CLI::IsMember({"ccm", "color"}));
-    verb->add_flag("--verbose", options->verbose, "every value and register, not a screenful");
-    verb->add_flag("--json", options->json, "as JSON");
-    verb->footer(
+    verb.option("--flash", options->flash, "0: no flash").range(kInt32Least, kInt32Most);
+    verb.option("--scene", options->scene, "1: scene images").range(kInt32Least, kInt32Most);
+    verb.option("--profile", options->profile, "ISP profile").range(kInt32Least, kInt32Most);
+    verb.option("--capture", options->capture, "1: still capture").range(kInt32Least, kInt32Most);
+    verb.option("--from", options->from,
+                "what the camera saw before: cold, just switched on, or LV,CCT,R,G,B, a light "
+                "that it had come to rest in")
+        .shows_default()
+        .excludes(log);
+    verb.option("--only", options->only, "tell one job alone").one_of({"ccm", "color"});
+    verb.flag("--verbose", options->verbose, "every value and register, not a screenful");
+    verb.flag("--json", options->json, "as JSON");
+    verb.footer(
         "A frame given by its light is run until nothing moves, and told then: with the frames it\n"
         "took, and what stays short of its target. A frame of a log is told as the frames before\n"
         "it leave it.\n"
@@ -147,7 +149,7 @@ void add_explain(CLI::App& app, Context& context) {
         "  imgtune explain phone.yaml --lv 35 --cct 4200 --gain 780,512,1010 --from "
         "100,2800,640,512,1650\n"
         "  imgtune explain phone.yaml --log dusk.csv --frame 118");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -1,6 +1,5 @@
 #include "workbench/calibration/export.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <vector>
@@ -38,25 +37,23 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_export(CLI::App& app, Context& context) {
+void add_export(const Verbs& verbs) {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb =
-        app.add_subcommand("export", "Write a tuning's points as another camera stack's file");
-    verb->add_option("TUNING", options->tuning, kTuningHelp)->required();
-    verb->add_option("-o,--output", options->output, "File; - is standard output")
-        ->capture_default_str();
-    verb->add_option("--form", options->form,
-                     "json: of the Raspberry Pi; yaml: of libcamera's other pipelines")
-        ->check(CLI::IsMember({"json", "yaml"}))
-        ->capture_default_str();
-    verb->add_option("--cts", options->kelvins,
-                     "CT of each tuned point in kelvin, where the tuning does not say")
-        ->delimiter(',');
-    verb->add_flag("--force", options->force, "Overwrite a file that holds something");
-    verb->footer(
+    const Verb verb = verbs.add("export", "Write a tuning's points as another camera stack's file");
+    verb.option("TUNING", options->tuning, kTuningHelp).required();
+    verb.option("-o,--output", options->output, "File; - is standard output").shows_default();
+    verb.option("--form", options->form,
+                "json: of the Raspberry Pi; yaml: of libcamera's other pipelines")
+        .one_of({"json", "yaml"})
+        .shows_default();
+    verb.option("--cts", options->kelvins,
+                "CT of each tuned point in kelvin, where the tuning does not say")
+        .separated_by_commas();
+    verb.flag("--force", options->force, "Overwrite a file that holds something");
+    verb.footer(
         "Example:\n  imgtune export imx708.yaml --form yaml -o awb_ccm.yaml\n"
         "What a calibration has no place for is told on standard error.");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -35,20 +34,19 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_frames(CLI::App& app, Context& context) {
+void add_frames(const Verbs& verbs) {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("frames", "Make a frame log of a phone's log");
-    add_phone_log(*verb, options->log);
-    verb->add_option("-o,--output", options->output,
-                     "frame log; a file that stands there is replaced")
-        ->capture_default_str();
-    verb->footer(
+    const Verb verb = verbs.add("frames", "Make a frame log of a phone's log");
+    add_phone_log(verb, options->log);
+    verb.option("-o,--output", options->output, "frame log; a file that stands there is replaced")
+        .shows_default();
+    verb.footer(
         "Reads the library's own trace among all other lines: 'imgtune props' tells how to switch\n"
         "it on. What the trace does not say stays empty, and replay takes it.\n"
         "\n"
         "Example:\n"
         "  adb logcat -v threadtime | imgtune frames - | imgtune replay phone.yaml -");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -103,62 +102,60 @@ int run(const Options& options) {
     return kFine;
 }
 
-void add_choices(CLI::App& verb, Options& options) {
+void add_choices(const Verb& verb, Options& options) {
     ImportChoices& choices = options.choices;
-    verb.add_option("--name", choices.name, "Name of the tuning; else that of the file");
-    verb.add_option("--method", options.method, "What the camera does with the points")
-        ->check(CLI::IsMember({"blend", "polynomial"}))
-        ->capture_default_str();
-    verb.add_option("--cts", choices.kelvins, "Tuned CTs in kelvin, 3 to 8; else chosen")
-        ->delimiter(',');
-    verb.add_option("--most", choices.most_cts, "How many CTs to choose at most")
-        ->check(CLI::Range(3, 8))
-        ->capture_default_str();
-    verb.add_option("--low-light-saturation", choices.low_light_saturation,
-                    "Saturation of the low-light row, 1: as the normal row")
-        ->check(CLI::Range(0.0, 1.0))
-        ->capture_default_str();
-    verb.add_option("--flash-ct", choices.flash_kelvin, "Light of the flash in kelvin")
-        ->check(CLI::Range(1000.0, 1000000.0))
-        ->capture_default_str();
-    verb.add_option("--flash-share", choices.flash_share,
-                    "Share of the flash's matrix in the flash row, 0: as the normal row")
-        ->check(CLI::Range(0.0, 1.0))
-        ->capture_default_str();
-    verb.add_option("--rows", options.rows,
-                    "Matrix rows that do not sum to 1: divide them by their sum, or let the "
-                    "diagonal close them")
-        ->check(CLI::IsMember({"divide", "diagonal"}))
-        ->capture_default_str();
-    verb.add_flag("--extrapolate", choices.points.extrapolate,
-                  "Keep matrices outside the locus, on its continuation");
-    verb.add_option("--stretch", choices.stretch,
-                    "Multiply the gains: a synthetic locus, for trials of the blend")
-        ->check(CLI::Range(0.1, 10.0));
+    verb.option("--name", choices.name, "Name of the tuning; else that of the file");
+    verb.option("--method", options.method, "What the camera does with the points")
+        .one_of({"blend", "polynomial"})
+        .shows_default();
+    verb.option("--cts", choices.kelvins, "Tuned CTs in kelvin, 3 to 8; else chosen")
+        .separated_by_commas();
+    verb.option("--most", choices.most_cts, "How many CTs to choose at most")
+        .range(3, 8)
+        .shows_default();
+    verb.option("--low-light-saturation", choices.low_light_saturation,
+                "Saturation of the low-light row, 1: as the normal row")
+        .range(0.0, 1.0)
+        .shows_default();
+    verb.option("--flash-ct", choices.flash_kelvin, "Light of the flash in kelvin")
+        .range(1000.0, 1000000.0)
+        .shows_default();
+    verb.option("--flash-share", choices.flash_share,
+                "Share of the flash's matrix in the flash row, 0: as the normal row")
+        .range(0.0, 1.0)
+        .shows_default();
+    verb.option("--rows", options.rows,
+                "Matrix rows that do not sum to 1: divide them by their sum, or let the "
+                "diagonal close them")
+        .one_of({"divide", "diagonal"})
+        .shows_default();
+    verb.flag("--extrapolate", choices.points.extrapolate,
+              "Keep matrices outside the locus, on its continuation");
+    verb.option("--stretch", choices.stretch,
+                "Multiply the gains: a synthetic locus, for trials of the blend")
+        .range(0.1, 10.0);
 }
 
 }  // namespace
 
-void add_import(CLI::App& app, Context& context) {
+void add_import(const Verbs& verbs) {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb =
-        app.add_subcommand("import", "Make a tuning of another camera stack's calibration");
-    verb->add_option("FILE", options->file,
-                     "libcamera tuning file (JSON of the Raspberry Pi, YAML of other pipelines), "
-                     "or CSV: ct,r_gain,b_gain,c0..c8")
-        ->required();
-    verb->add_option("-o,--output", options->output, "YAML file; - is standard output")
-        ->capture_default_str();
-    add_choices(*verb, *options);
-    verb->add_option("--color-from", options->color_from,
-                     "Tuning whose colour tables and caller settings are taken over");
-    verb->add_flag("--force", options->force, "Overwrite a file that holds something");
-    verb->add_flag("--json", options->json, "Report as JSON");
-    verb->footer(
+    const Verb verb = verbs.add("import", "Make a tuning of another camera stack's calibration");
+    verb.option("FILE", options->file,
+                "libcamera tuning file (JSON of the Raspberry Pi, YAML of other pipelines), "
+                "or CSV: ct,r_gain,b_gain,c0..c8")
+        .required();
+    verb.option("-o,--output", options->output, "YAML file; - is standard output").shows_default();
+    add_choices(verb, *options);
+    verb.option("--color-from", options->color_from,
+                "Tuning whose colour tables and caller settings are taken over");
+    verb.flag("--force", options->force, "Overwrite a file that holds something");
+    verb.flag("--json", options->json, "Report as JSON");
+    verb.footer(
         "Example:\n  imgtune import imx708.json -o imx708.yaml && imgtune check imx708.yaml\n"
         "Faults go to standard error with file, line and what was done. docs/import.md tells how\n"
         "figures are converted.");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,34 +32,35 @@ int main(int argc, char** argv) {
         "Exit status: 0 fine, 1 findings, 2 bad input, 3 errors found by check. 'imgtune VERB "
         "--help' shows an example.");
 
-    Context context;
-    add_check(app, context);
-    add_convert(app, context);
-    add_diff(app, context);
-    add_explain(app, context);
-    add_export(app, context);
-    add_frames(app, context);
-    add_import(app, context);
-    add_new(app, context);
-    add_pack(app, context);
-    add_props(app, context);
-    add_replay(app, context);
-    add_sweep(app, context);
-    add_unpack(app, context);
-    add_verify(app, context);
+    std::function<int()> chosen;
+    const Verbs verbs(app, chosen);
+    add_check(verbs);
+    add_convert(verbs);
+    add_diff(verbs);
+    add_explain(verbs);
+    add_export(verbs);
+    add_frames(verbs);
+    add_import(verbs);
+    add_new(verbs);
+    add_pack(verbs);
+    add_props(verbs);
+    add_replay(verbs);
+    add_sweep(verbs);
+    add_unpack(verbs);
+    add_verify(verbs);
 
     // 'help VERB' is 'VERB --help'.
     std::string verb_to_explain;
     CLI::App* help = app.add_subcommand("help", "Explain a verb");
     help->add_option("VERB", verb_to_explain, "the verb to explain; without one, all of them");
     help->callback([&] {
-        context.run = [&] {
+        chosen = [&] {
             const CLI::App* verb = &app;
             if (!verb_to_explain.empty()) {
-                const auto verbs = app.get_subcommands(
+                const auto named = app.get_subcommands(
                     [&](const CLI::App* each) { return each->get_name() == verb_to_explain; });
-                if (verbs.empty()) throw BadInput(unknown_verb(app, verb_to_explain));
-                verb = verbs.front();
+                if (named.empty()) throw BadInput(unknown_verb(app, verb_to_explain));
+                verb = named.front();
             }
             std::fputs(verb->help(verb == &app ? "" : app.get_name()).c_str(), stdout);
             return int{kFine};
@@ -75,7 +77,7 @@ int main(int argc, char** argv) {
         return app.exit(error) == 0 ? kFine : kBadInput;
     }
     try {
-        return context.run();
+        return chosen();
     } catch (const BadInput& error) {
         std::fprintf(stderr, "imgtune: %s\n", error.what());
     } catch (const std::exception& error) {

@@ -20,11 +20,11 @@ std::string name_of(const LogWriter& writer) {
 
 }  // namespace
 
-void add_phone_log(CLI::App& verb, PhoneLogOptions& options) {
-    verb.add_option("LOGCAT", options.path, "what adb logcat printed: a file or '-'")->required();
-    verb.add_option("--camera", options.camera,
-                    "PID or PID:TID: whose calls are one camera's (default: the first thread that "
-                    "traces a call; PID alone takes all its threads)");
+void add_phone_log(const Verb& verb, PhoneLogOptions& options) {
+    verb.option("LOGCAT", options.path, "what adb logcat printed: a file or '-'").required();
+    verb.option("--camera", options.camera,
+                "PID or PID:TID: whose calls are one camera's (default: the first thread that "
+                "traces a call; PID alone takes all its threads)");
 }
 
 std::optional<CameraChoice> camera_of(const PhoneLogOptions& options) {

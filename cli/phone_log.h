@@ -1,9 +1,10 @@
 #ifndef IMGTUNE_CLI_PHONE_LOG_H
 #define IMGTUNE_CLI_PHONE_LOG_H
 
-#include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 
+#include "cli/verb.h"
 #include "workbench/files/file_source.h"
 #include "workbench/frames/traced_frames.h"
 
@@ -17,7 +18,7 @@ struct PhoneLogOptions {
 };
 
 /// Adds LOGCAT and --camera.
-void add_phone_log(CLI::App& verb, PhoneLogOptions& options);
+void add_phone_log(const Verb& verb, PhoneLogOptions& options);
 
 /// Throws BadInput for what is neither PID nor PID:TID.
 std::optional<workbench::CameraChoice> camera_of(const PhoneLogOptions& options);

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdio>
 #include <memory>
@@ -174,49 +173,47 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_replay(CLI::App& app, Context& context) {
+void add_replay(const Verbs& verbs) {
     auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("replay", "Run a frame log through a tuning");
-    verb->add_option("TUNING", options->tuning, kTuningHelp)->required();
-    verb->add_option("FRAMES", options->logs, "frame logs: CSV files or '-'")->required();
-    CLI::Option* output = verb->add_option(
+    const Verb verb = verbs.add("replay", "Run a frame log through a tuning");
+    verb.option("TUNING", options->tuning, kTuningHelp).required();
+    verb.option("FRAMES", options->logs, "frame logs: CSV files or '-'").required();
+    const Option output = verb.option(
         "-o,--output", options->output,
         "where the rows go; a file that stands there is replaced (default: standard output; with "
         "--summary: nowhere)");
-    CLI::Option* folder = verb->add_option(
+    const Option folder = verb.option(
         "-O,--output-folder", options->folder,
         "folder for the rows of several logs, NAME.csv each; files that stand there are replaced");
-    folder->excludes(output);
-    verb->add_option("--jobs", options->workers, "logs that run at the same time (0: one a core)")
-        ->capture_default_str()
-        ->check(CLI::Range(0U, 64U));
-    verb->add_option("--only", options->only, "run one job alone")
-        ->check(CLI::IsMember({"ccm", "color"}));
-    verb->add_option("--fields", options->fields,
-                     "columns to write: names with * and ?, such as 'c*,Global.*'")
-        ->delimiter(',');
-    verb->add_option("--set", options->properties,
-                     "NAME=VALUE: set a debug property for the run (repeatable)")
-        ->allow_extra_args(false);
-    verb->add_option("--every", options->every, "write every Nth frame; all of them are run")
-        ->capture_default_str()
-        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1000000000}));
-    CLI::Option* summary = verb->add_flag("--summary", options->summary,
-                                          "tell how the registers move: settling, steps, clipped "
-                                          "gains, overshoot, flicker");
-    verb->add_option("--fps", options->summary_options.frames_per_second,
-                     "frames per second of the log")
-        ->capture_default_str()
-        ->check(CLI::Range(0.001, 1e6))
-        ->needs(summary);
-    verb->add_option("--noise", options->summary_options.noise_percent,
-                     "noise that is no change of light: percent of gains and CT, tenths of an EV "
-                     "of the light value")
-        ->capture_default_str()
-        ->check(CLI::Range(0.0, 50.0))
-        ->needs(summary);
-    verb->add_flag("--json", options->json, "the summary as JSON")->needs(summary);
-    verb->footer(
+    folder.excludes(output);
+    verb.option("--jobs", options->workers, "logs that run at the same time (0: one a core)")
+        .shows_default()
+        .range(0U, 64U);
+    verb.option("--only", options->only, "run one job alone").one_of({"ccm", "color"});
+    verb.option("--fields", options->fields,
+                "columns to write: names with * and ?, such as 'c*,Global.*'")
+        .separated_by_commas();
+    verb.option("--set", options->properties,
+                "NAME=VALUE: set a debug property for the run (repeatable)")
+        .one_value_each();
+    verb.option("--every", options->every, "write every Nth frame; all of them are run")
+        .shows_default()
+        .range(std::uint64_t{1}, std::uint64_t{1000000000});
+    const Option summary = verb.flag("--summary", options->summary,
+                                     "tell how the registers move: settling, steps, clipped "
+                                     "gains, overshoot, flicker");
+    verb.option("--fps", options->summary_options.frames_per_second, "frames per second of the log")
+        .shows_default()
+        .range(0.001, 1e6)
+        .needs(summary);
+    verb.option("--noise", options->summary_options.noise_percent,
+                "noise that is no change of light: percent of gains and CT, tenths of an EV "
+                "of the light value")
+        .shows_default()
+        .range(0.0, 50.0)
+        .needs(summary);
+    verb.flag("--json", options->json, "the summary as JSON").needs(summary);
+    verb.footer(
         "One row a frame: frame number, inputs, matrix coefficients c0..c8 (512 = 1.0), register\n"
         "words ccm0..ccm5, then the colour fields by name.\n"
         "\n"
@@ -229,7 +226,7 @@ void add_replay(CLI::App& app, Context& context) {
         "  imgtune replay phone.yaml walk.csv -o walk-registers.csv\n"
         "  imgtune replay phone.yaml walk.csv --summary\n"
         "  imgtune replay phone.yaml day1.csv day2.csv day3.csv -O results");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

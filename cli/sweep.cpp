@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <vector>
@@ -77,35 +76,34 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_sweep(CLI::App& app, Context& context) {
+void add_sweep(const Verbs& verbs) {
     auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("sweep", "Show the un-smoothed result over CT and LV");
-    verb->add_option("TUNING", options->tuning, kTuningHelp)->required();
-    verb->add_option("-o,--output", options->output, "CSV file; one that stands there is replaced")
-        ->capture_default_str();
-    verb->add_option("--cct", options->cct,
-                     "FROM:TO:STEP in kelvin (default: the tuning's ct_grid, step 100)");
-    verb->add_option("--lv", options->lv, "FROM:TO:STEP")->capture_default_str();
-    verb->add_option("--gains", options->gains,
-                     "frame log whose cct and awb columns give the gain at each CT (default: the "
-                     "tuned gains of LV row 0, spread over the ct_grid)");
-    verb->add_option("--flash", options->flash, "0: no flash");
-    verb->add_option("--scene", options->scene, "1: scene images");
-    verb->add_option("--only", options->only, "run one job alone")
-        ->check(CLI::IsMember({"ccm", "color"}));
-    verb->add_option("--fields", options->fields,
-                     "columns to write: names with * and ?, such as 'c*,Global.*'")
-        ->delimiter(',');
-    verb->add_flag("--slope", options->slope,
-                   "add the largest change to a neighbour in CT or LV, its field, and a mark (1) "
-                   "at the largest of all");
-    verb->footer(
+    const Verb verb = verbs.add("sweep", "Show the un-smoothed result over CT and LV");
+    verb.option("TUNING", options->tuning, kTuningHelp).required();
+    verb.option("-o,--output", options->output, "CSV file; one that stands there is replaced")
+        .shows_default();
+    verb.option("--cct", options->cct,
+                "FROM:TO:STEP in kelvin (default: the tuning's ct_grid, step 100)");
+    verb.option("--lv", options->lv, "FROM:TO:STEP").shows_default();
+    verb.option("--gains", options->gains,
+                "frame log whose cct and awb columns give the gain at each CT (default: the "
+                "tuned gains of LV row 0, spread over the ct_grid)");
+    verb.option("--flash", options->flash, "0: no flash");
+    verb.option("--scene", options->scene, "1: scene images");
+    verb.option("--only", options->only, "run one job alone").one_of({"ccm", "color"});
+    verb.option("--fields", options->fields,
+                "columns to write: names with * and ?, such as 'c*,Global.*'")
+        .separated_by_commas();
+    verb.flag("--slope", options->slope,
+              "add the largest change to a neighbour in CT or LV, its field, and a mark (1) "
+              "at the largest of all");
+    verb.footer(
         "Rows are those of replay, one a point, light value by light value, without average and\n"
         "temporal step. Gains between two known ones are linear in mired (1000000 / kelvin).\n"
         "\n"
         "Example:\n"
         "  imgtune sweep phone.yaml --cct 2300:6500:50 --lv 0:120:5 --slope -o sweep.csv");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -1,11 +1,7 @@
 #ifndef IMGTUNE_CLI_VERBS_H
 #define IMGTUNE_CLI_VERBS_H
 
-#include <functional>
-
-namespace CLI {
-class App;
-}
+#include "cli/verb.h"
 
 namespace imgtune::workbench {}
 
@@ -15,27 +11,21 @@ using namespace workbench;
 
 enum ExitStatus : int { kFine = 0, kFindings = 1, kBadInput = 2, kErrors = 3 };
 
-/// Filled in by the chosen verb's CLI callback; main runs it after parsing, and reports a BadInput
-/// that it throws with exit status 2.
-struct Context {
-    std::function<int()> run;
-};
-
 // Each adds its verb with options, help and an example.
-void add_check(CLI::App& app, Context& context);
-void add_convert(CLI::App& app, Context& context);
-void add_pack(CLI::App& app, Context& context);
-void add_unpack(CLI::App& app, Context& context);
-void add_new(CLI::App& app, Context& context);
-void add_replay(CLI::App& app, Context& context);
-void add_explain(CLI::App& app, Context& context);
-void add_export(CLI::App& app, Context& context);
-void add_import(CLI::App& app, Context& context);
-void add_sweep(CLI::App& app, Context& context);
-void add_diff(CLI::App& app, Context& context);
-void add_frames(CLI::App& app, Context& context);
-void add_props(CLI::App& app, Context& context);
-void add_verify(CLI::App& app, Context& context);
+void add_check(const Verbs& verbs);
+void add_convert(const Verbs& verbs);
+void add_pack(const Verbs& verbs);
+void add_unpack(const Verbs& verbs);
+void add_new(const Verbs& verbs);
+void add_replay(const Verbs& verbs);
+void add_explain(const Verbs& verbs);
+void add_export(const Verbs& verbs);
+void add_import(const Verbs& verbs);
+void add_sweep(const Verbs& verbs);
+void add_diff(const Verbs& verbs);
+void add_frames(const Verbs& verbs);
+void add_props(const Verbs& verbs);
+void add_verify(const Verbs& verbs);
 
 }  // namespace imgtune::cli
 

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 
@@ -92,13 +91,13 @@ int run(const Options& options) {
 
 }  // namespace
 
-void add_verify(CLI::App& app, Context& context) {
+void add_verify(const Verbs& verbs) {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = app.add_subcommand("verify", "Prove a phone and this library equal");
-    verb->add_option("TUNING", options->tuning, kTuningHelp)->required();
-    add_phone_log(*verb, options->log);
-    verb->add_flag("--json", options->json, "as JSON");
-    verb->footer(
+    const Verb verb = verbs.add("verify", "Prove a phone and this library equal");
+    verb.option("TUNING", options->tuning, kTuningHelp).required();
+    add_phone_log(verb, options->log);
+    verb.flag("--json", options->json, "as JSON");
+    verb.footer(
         "Runs the frames of a phone's log through the tuning and holds every number that the\n"
         "phone traced against what the library traces here. The state from before the log is\n"
         "taken from the log. Exit status 0: equal; 1: different; 2: bad input.\n"
@@ -106,7 +105,7 @@ void add_verify(CLI::App& app, Context& context) {
         "Example:\n"
         "  imgtune props | sh; adb logcat -v threadtime > phone.log\n"
         "  imgtune verify phone.yaml phone.log");
-    verb->callback([options, &context] { context.run = [options] { return run(*options); }; });
+    verb.run([options] { return run(*options); });
 }
 
 }  // namespace imgtune::cli

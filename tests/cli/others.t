@@ -8,6 +8,31 @@ The verbs that make, turn over, judge and explain tunings, and help.
     $ imgtune check a.yaml new.yaml
     a.yaml: no findings
     new.yaml: no findings
+    $ printf 'lv,cct,awb_r,awb_g,awb_b\n300,0,512,512,900\n300,0,512,512,900\nx\n' > odd.csv
+    $ imgtune check a.yaml odd.csv --allow F103
+    a.yaml: no findings
+    odd.csv:2: warning: lv is 300, beyond 255, and 1 more such frame [F101]
+        on the camera: the saturation ratio and the outdoor ramp see its low byte only
+        try: check the unit of lv
+    odd.csv:4: error: column 'lv': 'x' is not a whole number; allowed are whole numbers -2147483648..4294967295 [F001]
+    odd.csv: 1 error, 1 warning
+    [2]
+    $ imgtune check odd.csv --allow F001
+    imgtune: --allow F001: an input that cannot be read cannot be allowed
+    [2]
+    $ sed 's/weights: .*/weights: [1, 9, 9]/' a.yaml > stall.yaml; imgtune check stall.yaml | grep -o 'T118'
+    T118
+    $ imgtune check stall.yaml --allow T118
+    stall.yaml: no findings
+    $ imgtune check stall.yaml > stall.txt
+    [1]
+    $ sed 's/i4Method: .*/i4Method: 3/' a.yaml | imgtune check - > bad.txt
+    [3]
+    $ sed 's/^caller:/# mine\n&/' a.yaml > mine.yaml; imgtune convert mine.yaml -o out.yaml; head -n 3 out.yaml
+    imgtune: 17 comments of mine.yaml are not carried over, the first in line 8: # mine
+    # Sony IMX477, polynomial method.
+    # Gains and matrices from a published calibration; NOTICE beside this file names source and licence.
+    # The low-light row is the normal one at saturation 0.6, the flash row lies half way to the matrix
     $ imgtune pack a.yaml -o images; ls images; imgtune unpack images | imgtune diff a.yaml -
     caller.yaml
     ccm.bin
