@@ -23,7 +23,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct CheckOptions {
     std::vector<std::string> inputs;
     std::vector<std::string> allowed;
     bool json = false;
@@ -83,7 +83,7 @@ Faults findings_of(const std::string& input) {
     return faults;
 }
 
-int run(const Options& options) {
+int run_check(const CheckOptions& options) {
     const std::set<std::string> allowed = known_codes(options.allowed);
     const bool color = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
     std::string text;
@@ -106,7 +106,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_check(const Verbs& verbs) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CheckOptions>();
     const Verb verb = verbs.add("check", "Report every fault of tunings and frame logs");
     verb.option("FILE", options->inputs,
                 "tunings (YAML files, folders of stored images, or -) and frame logs (CSV)")
@@ -118,7 +118,7 @@ void add_check(const Verbs& verbs) {
     verb.footer(
         "Example:\n  imgtune check day.yaml night.yaml walk.csv --allow T112\n"
         "Exit status: 0 no findings, 1 warnings alone, 2 an input cannot be read, 3 errors.");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_check(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -16,7 +16,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct ConvertOptions {
     std::string tuning;
     std::string output = "-";
     bool bare = false;
@@ -33,7 +33,7 @@ void tell_lost_comments(const std::string& name, const std::string& from, const 
         lost.size() == 1 ? "is" : "are", lost[0].line, shown_text(lost[0].text, kLongest).c_str());
 }
 
-int run(const Options& options) {
+int run_convert(const ConvertOptions& options) {
     if (!options.force) guard_output(options.output, {options.tuning}, Existing::kept);
     std::string before;
     const Tuning tuning = require_tuning(options.tuning, &before);
@@ -46,7 +46,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_convert(const Verbs& verbs) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ConvertOptions>();
     const Verb verb = verbs.add("convert", "Write a tuning in the current YAML form");
     verb.option("TUNING", options->tuning, "YAML file, folder of stored images, or -").required();
     verb.option("-o,--output", options->output, "YAML file; - is standard output").shows_default();
@@ -55,7 +55,7 @@ void add_convert(const Verbs& verbs) {
     verb.footer(
         "Example:\n  imgtune convert old.yaml -o new.yaml\n"
         "Comments at the top are kept; others are not, and standard error says so.");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_convert(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -20,7 +20,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct DiffOptions {
     std::string a;
     std::string b;
     std::string frames;
@@ -28,7 +28,7 @@ struct Options {
     bool json = false;
 };
 
-FramesComparison compare_frames(const Tuning& a, const Tuning& b, const Options& options) {
+FramesComparison compare_frames(const Tuning& a, const Tuning& b, const DiffOptions& options) {
     FrameFile file(options.frames);
     std::optional<OutputFile> rows;
     FrameComparer::Told told;
@@ -46,12 +46,12 @@ FramesComparison compare_frames(const Tuning& a, const Tuning& b, const Options&
     return comparer.result();
 }
 
-std::string text_of(const FieldDifference::Value& value) {
+std::string value_text(const FieldDifference::Value& value) {
     if (const auto* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
     return std::get<std::string>(value);
 }
 
-std::string text_of(const FramesComparison& comparison) {
+std::string value_text(const FramesComparison& comparison) {
     std::string out = fmt::format("\n{} of {} frames differ in their registers\n",
                                   comparison.differing, comparison.frames);
     for (const JobComparison& job : comparison.jobs) {
@@ -66,7 +66,7 @@ std::string text_of(const FramesComparison& comparison) {
     return out;
 }
 
-int run(const Options& options) {
+int run_diff(const DiffOptions& options) {
     if (options.a == "-" && options.b == "-") {
         throw BadInput("only one of the tunings can be standard input");
     }
@@ -84,11 +84,11 @@ int run(const Options& options) {
         text = dumped(out);
     } else {
         for (const FieldDifference& difference : differences) {
-            text += fmt::format("{}: {} -> {}\n", difference.field, text_of(difference.a),
-                                text_of(difference.b));
+            text += fmt::format("{}: {} -> {}\n", difference.field, value_text(difference.a),
+                                value_text(difference.b));
         }
         if (differences.empty()) text += "the tunings are equal\n";
-        if (comparison) text += text_of(*comparison);
+        if (comparison) text += value_text(*comparison);
     }
     print_report(text, options.output);
     const bool frames_differ = comparison && comparison->differing > 0;
@@ -98,7 +98,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_diff(const Verbs& verbs) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<DiffOptions>();
     const Verb verb = verbs.add("diff", "Tell what differs between two tunings");
     verb.option("A", options->a, kTuningHelp).required();
     verb.option("B", options->b, "the other tuning").required();
@@ -114,7 +114,7 @@ void add_diff(const Verbs& verbs) {
         "\n"
         "Example:\n"
         "  imgtune diff old.yaml new.yaml --frames walk.csv");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_diff(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -19,7 +19,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct ExplainOptions {
     std::string tuning;
     std::int64_t lv = 0;
     std::int64_t cct = 0;
@@ -61,7 +61,7 @@ Frame light_before(const std::string& text) {
     return to_frame(values);
 }
 
-Frame frame_of(const Options& options) {
+Frame frame_of(const ExplainOptions& options) {
     const std::vector<std::int64_t>& awb = options.gain.empty() ? options.full_gain : options.gain;
     const std::vector<std::int64_t>& full =
         options.full_gain.empty() ? options.gain : options.full_gain;
@@ -69,13 +69,13 @@ Frame frame_of(const Options& options) {
                      options.flash, options.scene, options.profile, options.capture});
 }
 
-Explanation explain_light(Camera& camera, const Options& options) {
+Explanation explain_light(Camera& camera, const ExplainOptions& options) {
     if (options.from != "cold") run_to_rest(camera, light_before(options.from));
     return explain_at_rest(camera, frame_of(options));
 }
 
 /// Runs the log up to the wanted frame, and explains that.
-Explanation explain_logged(Camera& camera, const Options& options) {
+Explanation explain_logged(Camera& camera, const ExplainOptions& options) {
     FrameFile file(options.log);
     FrameLog& log = file.log();
     Frame frame;
@@ -88,7 +88,7 @@ Explanation explain_logged(Camera& camera, const Options& options) {
         fmt::format("--frame {}: {} has only {} frames", options.frame, options.log, number));
 }
 
-int run(const Options& options) {
+int run_explain(const ExplainOptions& options) {
     if (options.log.empty() && options.gain.empty() && options.full_gain.empty()) {
         throw BadInput(
             "the frame is missing: give --lv, --cct and --gain R,G,B, or --log and "
@@ -108,7 +108,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_explain(const Verbs& verbs) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ExplainOptions>();
     const Verb verb = verbs.add("explain", "Tell what happens to one frame, in order");
     verb.option("TUNING", options->tuning, kTuningHelp).required();
     const Option log = verb.option("--log", options->log, "take the frame from a frame log");
@@ -149,7 +149,7 @@ void add_explain(const Verbs& verbs) {
         "  imgtune explain phone.yaml --lv 35 --cct 4200 --gain 780,512,1010 --from "
         "100,2800,640,512,1650\n"
         "  imgtune explain phone.yaml --log dusk.csv --frame 118");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_explain(*options); });
 }
 
 }  // namespace imgtune::cli

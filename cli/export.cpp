@@ -14,7 +14,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct ExportOptions {
     std::string tuning;
     std::string output = "-";
     std::string form = "json";
@@ -22,7 +22,7 @@ struct Options {
     bool force = false;
 };
 
-int run(const Options& options) {
+int run_export(const ExportOptions& options) {
     guard_output(options.output, {options.tuning},
                  options.force ? Existing::replaced : Existing::kept);
     const Tuning tuning = require_tuning(options.tuning);
@@ -38,7 +38,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_export(const Verbs& verbs) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ExportOptions>();
     const Verb verb = verbs.add("export", "Write a tuning's points as another camera stack's file");
     verb.option("TUNING", options->tuning, kTuningHelp).required();
     verb.option("-o,--output", options->output, "File; - is standard output").shows_default();
@@ -53,7 +53,7 @@ void add_export(const Verbs& verbs) {
     verb.footer(
         "Example:\n  imgtune export imx708.yaml --form yaml -o awb_ccm.yaml\n"
         "What a calibration has no place for is told on standard error.");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_export(*options); });
 }
 
 }  // namespace imgtune::cli

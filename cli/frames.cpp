@@ -11,12 +11,12 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct FramesOptions {
     PhoneLogOptions log;
     std::string output = "-";
 };
 
-int run(const Options& options) {
+int run_frames(const FramesOptions& options) {
     guard_output(options.output, {options.log.path}, Existing::replaced);
     FileSource source(options.log.path);
     TracedFrames frames(source, camera_of(options.log));
@@ -35,7 +35,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_frames(const Verbs& verbs) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<FramesOptions>();
     const Verb verb = verbs.add("frames", "Make a frame log of a phone's log");
     add_phone_log(verb, options->log);
     verb.option("-o,--output", options->output, "frame log; a file that stands there is replaced")
@@ -46,7 +46,7 @@ void add_frames(const Verbs& verbs) {
         "\n"
         "Example:\n"
         "  adb logcat -v threadtime | imgtune frames - | imgtune replay phone.yaml -");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_frames(*options); });
 }
 
 }  // namespace imgtune::cli

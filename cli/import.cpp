@@ -22,7 +22,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct ImportOptions {
     std::string file;
     std::string output = "-";
     std::string color_from;
@@ -79,7 +79,7 @@ std::string report(const Calibration& calibration, const Import& import,
                       import_error(import.other_method_errors, true, true));
 }
 
-int run(const Options& options) {
+int run_import(const ImportOptions& options) {
     guard_output(options.output, {options.file, options.color_from},
                  options.force ? Existing::replaced : Existing::kept);
     ImportChoices choices = options.choices;
@@ -102,7 +102,7 @@ int run(const Options& options) {
     return kFine;
 }
 
-void add_choices(const Verb& verb, Options& options) {
+void add_choices(const Verb& verb, ImportOptions& options) {
     ImportChoices& choices = options.choices;
     verb.option("--name", choices.name, "Name of the tuning; else that of the file");
     verb.option("--method", options.method, "What the camera does with the points")
@@ -139,7 +139,7 @@ void add_choices(const Verb& verb, Options& options) {
 }  // namespace
 
 void add_import(const Verbs& verbs) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ImportOptions>();
     const Verb verb = verbs.add("import", "Make a tuning of another camera stack's calibration");
     verb.option("FILE", options->file,
                 "libcamera tuning file (JSON of the Raspberry Pi, YAML of other pipelines), "
@@ -155,7 +155,7 @@ void add_import(const Verbs& verbs) {
         "Example:\n  imgtune import imx708.json -o imx708.yaml && imgtune check imx708.yaml\n"
         "Faults go to standard error with file, line and what was done. docs/import.md tells how\n"
         "figures are converted.");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_import(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -23,7 +23,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct ReplayOptions {
     std::string tuning;
     std::vector<std::string> logs;
     std::string output;  ///< empty: not named
@@ -90,7 +90,7 @@ struct Outcome {
     std::optional<SummaryRecord> summary;
 };
 
-Outcome run_one(const Tuning& tuning, const ReplayRequest& request, const Options& options) {
+Outcome run_one(const Tuning& tuning, const ReplayRequest& request, const ReplayOptions& options) {
     Outcome outcome;
     try {
         std::optional<Summary> summary;
@@ -111,7 +111,7 @@ Outcome run_one(const Tuning& tuning, const ReplayRequest& request, const Option
     return outcome;
 }
 
-std::vector<ReplayRequest> requests_of(const Options& options, const RowColumns& columns) {
+std::vector<ReplayRequest> requests_of(const ReplayOptions& options, const RowColumns& columns) {
     std::vector<std::string> inputs = options.logs;
     inputs.push_back(options.tuning);
     guard_output(options.output, inputs, Existing::replaced);
@@ -132,7 +132,7 @@ std::vector<ReplayRequest> requests_of(const Options& options, const RowColumns&
     return requests;
 }
 
-std::string report_of(const std::vector<Outcome>& outcomes, const Options& options) {
+std::string report_of(const std::vector<Outcome>& outcomes, const ReplayOptions& options) {
     if (options.json) {
         if (outcomes.size() == 1) return dumped(to_json(*outcomes[0].summary));
         nlohmann::ordered_json all = nlohmann::ordered_json::object();
@@ -150,7 +150,7 @@ std::string report_of(const std::vector<Outcome>& outcomes, const Options& optio
     return text;
 }
 
-int run(const Options& options) {
+int run_replay(const ReplayOptions& options) {
     const Tuning tuning = tuning_to_run(options.tuning);
     const Jobs jobs = jobs_to_run(options.tuning, tuning, options.only);
     set_properties(options.properties);  // not before: judging a tuning runs the library, too
@@ -174,7 +174,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_replay(const Verbs& verbs) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ReplayOptions>();
     const Verb verb = verbs.add("replay", "Run a frame log through a tuning");
     verb.option("TUNING", options->tuning, kTuningHelp).required();
     verb.option("FRAMES", options->logs, "frame logs: CSV files or '-'").required();
@@ -226,7 +226,7 @@ void add_replay(const Verbs& verbs) {
         "  imgtune replay phone.yaml walk.csv -o walk-registers.csv\n"
         "  imgtune replay phone.yaml walk.csv --summary\n"
         "  imgtune replay phone.yaml day1.csv day2.csv day3.csv -O results");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_replay(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -17,7 +17,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct SweepOptions {
     std::string tuning;
     std::string output = "-";
     std::string cct;
@@ -49,7 +49,7 @@ std::string slope_values(const std::vector<SweepSlopes>& slopes, std::size_t poi
     return values;
 }
 
-int run(const Options& options) {
+int run_sweep(const SweepOptions& options) {
     guard_output(options.output, {options.tuning, options.gains}, Existing::replaced);
     const Tuning tuning = tuning_to_run(options.tuning);
     const Jobs jobs = jobs_to_run(options.tuning, tuning, options.only);
@@ -77,7 +77,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_sweep(const Verbs& verbs) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<SweepOptions>();
     const Verb verb = verbs.add("sweep", "Show the un-smoothed result over CT and LV");
     verb.option("TUNING", options->tuning, kTuningHelp).required();
     verb.option("-o,--output", options->output, "CSV file; one that stands there is replaced")
@@ -103,7 +103,7 @@ void add_sweep(const Verbs& verbs) {
         "\n"
         "Example:\n"
         "  imgtune sweep phone.yaml --cct 2300:6500:50 --lv 0:120:5 --slope -o sweep.csv");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_sweep(*options); });
 }
 
 }  // namespace imgtune::cli

@@ -15,7 +15,7 @@ namespace imgtune::cli {
 
 namespace {
 
-struct Options {
+struct VerifyOptions {
     std::string tuning;
     PhoneLogOptions log;
     bool json = false;
@@ -70,7 +70,7 @@ std::string text_of(const Verification& result) {
     return text;
 }
 
-int run(const Options& options) {
+int run_verify(const VerifyOptions& options) {
     if (options.tuning == "-" && options.log.path == "-") {
         throw BadInput("only one of tuning and log can be standard input");
     }
@@ -92,7 +92,7 @@ int run(const Options& options) {
 }  // namespace
 
 void add_verify(const Verbs& verbs) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<VerifyOptions>();
     const Verb verb = verbs.add("verify", "Prove a phone and this library equal");
     verb.option("TUNING", options->tuning, kTuningHelp).required();
     add_phone_log(verb, options->log);
@@ -105,7 +105,7 @@ void add_verify(const Verbs& verbs) {
         "Example:\n"
         "  imgtune props | sh; adb logcat -v threadtime > phone.log\n"
         "  imgtune verify phone.yaml phone.log");
-    verb.run([options] { return run(*options); });
+    verb.run([options] { return run_verify(*options); });
 }
 
 }  // namespace imgtune::cli

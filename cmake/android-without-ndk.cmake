@@ -3,7 +3,7 @@
 set(CMAKE_SYSTEM_NAME Android)
 set(CMAKE_SYSTEM_VERSION 1)  # CMake's own search for an NDK is off, as under the NDK's file
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
-set(CMAKE_CXX_COMPILER clang++-19)
+set(CMAKE_CXX_COMPILER /usr/lib/llvm-19/bin/clang++)  # beside its lld, where the flags below look
 set(CMAKE_CXX_COMPILER_TARGET aarch64-none-linux-android28)
 set(CMAKE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/android/sysroot)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)  # a program would need Android's start-up files

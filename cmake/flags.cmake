@@ -34,3 +34,10 @@ endif()
 if(NOT IMGTUNE_SANITIZE)
   target_link_options(imgtune_library_link INTERFACE -Wl,--no-undefined)
 endif()
+
+# Puts a target's files together as IMGTUNE_UNITY says.
+function(imgtune_unity target)
+  if(NOT IMGTUNE_UNITY STREQUAL "")
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${IMGTUNE_UNITY})
+  endif()
+endfunction()

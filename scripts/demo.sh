@@ -8,7 +8,7 @@ scripts/setup.sh g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev n
 
 mkdir -p build
 echo "building (log: build/demo.log) ..." >&2
-if ! { cmake --preset release -DIMGTUNE_BUILD_TESTS=OFF -DIMGTUNE_BUILD_BENCH=OFF -B build/demo &&
+if ! { cmake --preset release -DIMGTUNE_BUILD_TESTS=OFF -DIMGTUNE_BUILD_BENCH=OFF -DIMGTUNE_UNITY=8 -B build/demo &&
        cmake --build build/demo --target imgtune; } >build/demo.log 2>&1; then
     tail -n 40 build/demo.log
     exit 1

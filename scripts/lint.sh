@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Formatting of all our sources, and clang-tidy over what differs from the last commit; over all of
-# them with --all; over the library in CI. Usage: scripts/lint.sh [--fix | --all]
+# them with --all, and in CI. Usage: scripts/lint.sh [--fix | --all]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh clang clang-format clang-tidy cmake ninja-build libgtest-dev libbenchmark-dev \
@@ -13,15 +13,22 @@ else
     clang-format --dry-run --Werror "${sources[@]}"
 fi
 
+# Workbench and command line are read together, in two units: their files share most headers.
+tidy() { clang-tidy --quiet --config-file=.clang-tidy "$@"; }
+export -f tidy
 library=('common/*.cpp' 'ccm/*.cpp' 'color/*.cpp' 'matrix/*.cpp' 'platform/*.cpp'
     ':!platform/import')
-mapfile -t units < <(git ls-files "${library[@]}" 'workbench/**/*.cpp' 'cli/*.cpp' | sort -u)
-if [ "${CI:-}" = true ]; then
-    mapfile -t units < <(git ls-files "${library[@]}")
-elif [ "${1:-}" != --all ]; then
-    mapfile -t units < <(comm -12 <(printf '%s\n' "${units[@]}") \
-        <({ git diff --name-only HEAD; git ls-files --others --exclude-standard; } | sort -u))
+if [ "${CI:-}" = true ] || [ "${1:-}" = --all ]; then
+    cmake --preset clang -B build/lint -DIMGTUNE_UNITY=0 >/dev/null
+    {
+        find build/lint/workbench build/lint/cli -name 'unity_*.cxx'
+        git ls-files "${library[@]}"
+    } | xargs -P "$(nproc)" -I{} bash -c 'tidy -p build/lint {}'
+    exit 0
 fi
+mapfile -t units < <(comm -12 \
+    <(git ls-files "${library[@]}" 'workbench/**/*.cpp' 'cli/*.cpp' | sort -u) \
+    <({ git diff --name-only HEAD; git ls-files --others --exclude-standard; } | sort -u))
 [ ${#units[@]} -eq 0 ] && { echo "lint: no changed source for clang-tidy"; exit 0; }
-cmake --preset clang -B build/lint >/dev/null
-printf '%s\n' "${units[@]}" | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/lint
+cmake --preset clang -B build/lint -DIMGTUNE_UNITY= >/dev/null
+printf '%s\n' "${units[@]}" | xargs -P "$(nproc)" -I{} bash -c 'tidy -p build/lint {}'

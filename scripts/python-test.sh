@@ -6,11 +6,10 @@ scripts/setup.sh g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev n
     libeigen3-dev pybind11-dev python3-pybind11 python3-dev python3-numpy python3-pytest \
     python3-pandas python3-matplotlib python3-distributed
 
-cmake --preset release -B build/python -DIMGTUNE_BUILD_PYTHON=ON -DIMGTUNE_BUILD_TESTS=OFF \
-    -DIMGTUNE_BUILD_BENCH=OFF
-cmake --build build/python --target imgtune_python imgtune
-export PYTHONPATH=$PWD/build/python/python PYTHONDONTWRITEBYTECODE=1 MPLBACKEND=Agg
-export IMGTUNE_EXAMPLES=$PWD/examples IMGTUNE_TOOL=$PWD/build/python/cli/imgtune
+cmake --preset release -DIMGTUNE_BUILD_PYTHON=ON
+cmake --build --preset release --target imgtune_python imgtune
+export PYTHONPATH=$PWD/build/release/python PYTHONDONTWRITEBYTECODE=1 MPLBACKEND=Agg
+export IMGTUNE_EXAMPLES=$PWD/examples IMGTUNE_TOOL=$PWD/build/release/cli/imgtune
 /usr/bin/python3 -m pytest -q -p no:cacheprovider python/tests
 /usr/bin/python3 - <<'PY'
 import doctest, sys

@@ -6,10 +6,10 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build pkg-config libgtest-dev libcli11-dev \
     libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev locales
 
-cmake --preset asan
+cmake --preset asan -DIMGTUNE_UNITY=8
 cmake --build --preset asan
 ctest --preset asan -j "$(nproc)"
 
-cmake --preset tsan
+cmake --preset tsan -DIMGTUNE_UNITY=8
 cmake --build --preset tsan --target threads_test platform_test
 ctest --preset tsan -R 'Thread'

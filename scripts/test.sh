@@ -31,7 +31,7 @@ suite() {
 }
 
 # The workbench is built once here and once more under the sanitizers; the library by everything.
-step "release suite" suite release
+step "release suite" suite release -DIMGTUNE_UNITY=8
 for preset in clang debug clang-debug; do
     step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF
 done

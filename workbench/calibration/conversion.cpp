@@ -19,7 +19,7 @@ std::int32_t round_half_up(double value) {
         std::clamp(std::floor(value + 0.5), -2147483648.0, 2147483647.0));
 }
 
-double mix(double a, double b, double share_of_b) {
+double between(double a, double b, double share_of_b) {
     return a + (b - a) * share_of_b;
 }
 
@@ -54,10 +54,10 @@ LocusPoint locus_at(std::span<const LocusPoint> locus, double kelvin) {
     const LocusPoint& b = locus[upper];
     const double share = share_of_upper(kelvin, a.kelvin, b.kelvin);
     if (share >= 0.0 && share <= 1.0) {
-        return {kelvin, mix(a.red, b.red, share), mix(a.blue, b.blue, share), 0};
+        return {kelvin, between(a.red, b.red, share), between(a.blue, b.blue, share), 0};
     }
-    return {kelvin, std::exp(mix(std::log(a.red), std::log(b.red), share)),
-            std::exp(mix(std::log(a.blue), std::log(b.blue), share)), 0};
+    return {kelvin, std::exp(between(std::log(a.red), std::log(b.red), share)),
+            std::exp(between(std::log(a.blue), std::log(b.blue), share)), 0};
 }
 
 RealMatrix matrix_at(std::span<const CalibratedMatrix> matrices, double kelvin) {
@@ -108,7 +108,7 @@ RealMatrix desaturate(const RealMatrix& matrix, double saturation) {
 
 RealMatrix mix(const RealMatrix& a, const RealMatrix& b, double share_of_b) {
     RealMatrix mixed{};
-    for (std::size_t k = 0; k < 9; ++k) mixed[k] = mix(a[k], b[k], share_of_b);
+    for (std::size_t k = 0; k < 9; ++k) mixed[k] = between(a[k], b[k], share_of_b);
     return mixed;
 }
 

@@ -103,6 +103,7 @@ void fill_derived_rows(Tuning& tuning, const std::vector<TunedPoint>& points,
             return mix(matrix, flash, choices.flash_share);
         });
     std::vector<AWB_GAIN_T> gains;
+    gains.reserve(points.size());
     for (const TunedPoint& point : points) gains.push_back(point.gain);
     tuning.ccm.rCCMPoly22Flash = fit_polynomial(gains, matrices);
 }

@@ -77,7 +77,7 @@ bool fits(const RealMatrix& matrix) {
 }
 
 /// False for an error.
-bool close_rows(CalibratedMatrix& matrix, bool divide, Remarks& remarks) {
+bool close_matrix(CalibratedMatrix& matrix, bool divide, Remarks& remarks) {
     double farthest = 1.0;
     for (std::size_t row = 0; row < 3; ++row) {
         const double sum = row_sum(matrix.coefficients, row);
@@ -170,7 +170,7 @@ void Sensor::take_matrices(const Calibration& calibration, const PointChoices& c
                                 : "left out; extrapolation would take it in");
             if (!choices.extrapolate) continue;
         }
-        if (!close_rows(matrix, choices.divide_rows, remarks)) continue;
+        if (!close_matrix(matrix, choices.divide_rows, remarks)) continue;
         judge_offsets(matrix, remarks);
         if (!fits(matrix.coefficients)) {
             remarks.error(matrix.line,

@@ -13,10 +13,6 @@ namespace imgtune::workbench {
 
 namespace {
 
-int line_of(const YAML::Node& node) {
-    return node.Mark().line + 1;
-}
-
 /// A section of the file, "rpi.awb" or "Ccm".
 struct Section {
     std::string name;
@@ -230,7 +226,7 @@ class SectionReader {
 };
 
 /// The first character that is neither blank nor in a comment line; 0: none.
-char first_character(const std::string& text) {
+char opening_character(const std::string& text) {
     bool comment = false;
     for (const char c : text) {
         if (c == '#') comment = true;
@@ -262,7 +258,7 @@ Calibration read_calibration(const std::string& text, Remarks& remarks) {
     const std::string plain = text.substr(text.compare(0, 3, "\xef\xbb\xbf") == 0 ? 3 : 0);
     if (is_table(plain)) return read_calibration_table(plain, remarks);
     const std::string blanked = blank_json_comments(plain);
-    const bool json = first_character(blanked) == '{';
+    const bool json = opening_character(blanked) == '{';
     try {
         const std::string& yaml = json ? blanked : plain;
         if (const char* count = documents_if_not_one(yaml)) {

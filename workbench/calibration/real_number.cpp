@@ -12,15 +12,15 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr std::size_t kLongestNumber = 64;
-constexpr std::size_t kLongestValue = 40;
+constexpr std::size_t kLongestReal = 64;
+constexpr std::size_t kLongestShown = 40;
 
 }  // namespace
 
 std::optional<double> parse_real(std::string_view text) {
     while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
     while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-    if (text.empty() || text.size() > kLongestNumber) return std::nullopt;
+    if (text.empty() || text.size() > kLongestReal) return std::nullopt;
     if (text.find_first_not_of("0123456789+-.eE") != text.npos) return std::nullopt;
     std::istringstream in{std::string(text)};
     in.imbue(std::locale::classic());
@@ -30,7 +30,7 @@ std::optional<double> parse_real(std::string_view text) {
 }
 
 std::string quoted_value(std::string_view text) {
-    return fmt::format("'{}'", shown_text(text, kLongestValue));
+    return fmt::format("'{}'", shown_text(text, kLongestShown));
 }
 
 }  // namespace imgtune::workbench

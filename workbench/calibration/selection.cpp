@@ -48,7 +48,7 @@ class Bench {
     Camera camera_;
 };
 
-std::int32_t largest_difference(const ISP_CCM_T& a, const ISP_CCM_T& b) {
+std::int32_t farthest_coefficient(const ISP_CCM_T& a, const ISP_CCM_T& b) {
     std::int32_t largest = 0;
     for (std::size_t k = 0; k < 9; ++k) {
         largest = std::max(largest, std::abs(a.i4Coef[k] - b.i4Coef[k]));
@@ -82,7 +82,7 @@ class Judge {
         Score score{0, 0, 0};
         for (std::size_t i = 0; i < points_.size(); ++i) {
             const std::int32_t error =
-                largest_difference(bench.matrix_at(points_[i]), references_[i]);
+                farthest_coefficient(bench.matrix_at(points_[i]), references_[i]);
             const bool dropped = std::find(kept.begin(), kept.end(), i) == kept.end();
             if (dropped) std::get<0>(score) = std::max(std::get<0>(score), error);
             std::get<1>(score) = std::max(std::get<1>(score), error);
@@ -174,7 +174,7 @@ std::vector<PointError> point_errors(const Tuning& tuning, std::span<const Tuned
         const ISP_CCM_T actual = bench.matrix_at(point);
         const ChartError chart = chart_error(to_real(reference), to_real(actual));
         errors.push_back({point.kelvin, is_tuned(tuning, point),
-                          largest_difference(actual, reference), chart.mean, chart.largest});
+                          farthest_coefficient(actual, reference), chart.mean, chart.largest});
     }
     return errors;
 }

@@ -8,6 +8,7 @@
 #include "workbench/calibration/reader.h"
 #include "workbench/calibration/real_number.h"
 #include "workbench/text/byte_source.h"
+#include "workbench/text/characters.h"
 #include "workbench/text/line_reader.h"
 
 namespace imgtune::workbench {
@@ -18,12 +19,6 @@ constexpr std::size_t kColumns = 12;
 constexpr std::array<std::string_view, kColumns> kNames = {
     "ct", "r_gain", "b_gain", "c0", "c1", "c2", "c3", "c4", "c5", "c6", "c7", "c8"};
 constexpr const char* kHeader = "ct,r_gain,b_gain,c0,c1,c2,c3,c4,c5,c6,c7,c8";
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-    return text;
-}
 
 std::vector<std::string_view> cells(std::string_view line) {
     std::vector<std::string_view> out;

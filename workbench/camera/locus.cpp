@@ -14,19 +14,19 @@ namespace {
 
 constexpr std::size_t kMostPoints = 100000;
 
-double to_mired(double kelvin) {
-    return 1e6 / std::max(kelvin, 1.0);
+double mired_of(double kelvin) {
+    return 1e6 / std::max(kelvin, 1.0);  // a log may say 0
 }
 
-std::int32_t mix(std::int32_t a, std::int32_t b, double share_of_b) {
+std::int32_t blended(std::int32_t a, std::int32_t b, double share_of_b) {
     const double from = a;
     const double to = b;
     return static_cast<std::int32_t>(std::lround(from + (to - from) * share_of_b));
 }
 
-AWB_GAIN_T mix(const AWB_GAIN_T& a, const AWB_GAIN_T& b, double share_of_b) {
-    return {mix(a.i4R, b.i4R, share_of_b), mix(a.i4G, b.i4G, share_of_b),
-            mix(a.i4B, b.i4B, share_of_b)};
+AWB_GAIN_T blended(const AWB_GAIN_T& a, const AWB_GAIN_T& b, double share_of_b) {
+    return {blended(a.i4R, b.i4R, share_of_b), blended(a.i4G, b.i4G, share_of_b),
+            blended(a.i4B, b.i4B, share_of_b)};
 }
 
 }  // namespace
@@ -37,14 +37,14 @@ Locus::Locus(std::vector<Point> points) : points_(std::move(points)) {
 }
 
 AWB_GAIN_T Locus::at(std::uint32_t kelvin) const {
-    const double mired = to_mired(kelvin);
+    const double mired = mired_of(kelvin);
     const auto above =
         std::lower_bound(points_.begin(), points_.end(), mired,
                          [](const Point& point, double to) { return point.mired < to; });
     if (above == points_.begin()) return points_.front().gain;
     if (above == points_.end()) return points_.back().gain;
     const Point& a = *(above - 1);
-    return mix(a.gain, above->gain, (mired - a.mired) / (above->mired - a.mired));
+    return blended(a.gain, above->gain, (mired - a.mired) / (above->mired - a.mired));
 }
 
 Locus tuned_locus(const Tuning& tuning) {
@@ -59,7 +59,7 @@ Locus tuned_locus(const Tuning& tuning) {
         const auto lower = std::min(static_cast<std::size_t>(place), grid.size() - 2);
         const double share = place - static_cast<double>(lower);
         const double mired =
-            to_mired(grid[lower]) * (1.0 - share) + to_mired(grid[lower + 1]) * share;
+            mired_of(grid[lower]) * (1.0 - share) + mired_of(grid[lower + 1]) * share;
         AWB_GAIN_T gain = tuning.ccm.rCTAWBGain[0][t];
         gain.i4G = 512;  // not tuned: the library does not read it
         points.push_back({mired, gain});
@@ -73,7 +73,7 @@ Locus read_locus(FrameLog& log) {
         if (points.size() == kMostPoints) {
             throw BadInput(log.name() + ": more than 100000 gains; take fewer frames");
         }
-        points.push_back({to_mired(frame.state.u4CCT), frame.state.rAWBGain});
+        points.push_back({mired_of(frame.state.u4CCT), frame.state.rAWBGain});
     }
     if (points.empty()) throw BadInput(log.name() + ": no frame to take a gain from");
     return Locus(std::move(points));

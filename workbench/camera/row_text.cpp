@@ -53,6 +53,7 @@ char* copy_text(char* at, const char* text, std::size_t length) {
 
 std::vector<std::string> row_column_names(Jobs jobs) {
     std::vector<std::string> names;
+    names.reserve(kFrameColumns.size());
     for (const FrameColumn& column : kFrameColumns) names.emplace_back(column.name);
     if (jobs.ccm) {
         for (std::size_t k = 0; k < kCoefficients; ++k) names.push_back(fmt::format("c{}", k));

@@ -6,14 +6,8 @@ namespace imgtune::workbench {
 
 namespace {
 
-// Indices into kFrameColumns.
-constexpr std::size_t kLv = 0;
-constexpr std::size_t kCct = 1;
-constexpr std::size_t kFullGain = 2;
-constexpr std::size_t kAwbGain = 5;
-
 /// What may be odd about a frame.
-struct Kind {
+struct Oddity {
     const char* code;
     const char* column;
     const char* message;  ///< the value stands in place of {}
@@ -32,7 +26,7 @@ enum KindIndex : std::size_t {
     kGreenZero,
 };
 
-constexpr Kind kKindTable[] = {
+constexpr Oddity kKindTable[] = {
     {"F101", "lv", "is {}, beyond 255",
      "the saturation ratio and the outdoor ramp see its low byte only", "check the unit of lv"},
     {"F102", "lv", "is {}, negative",
@@ -97,7 +91,7 @@ void FrameCheck::report_odd(const std::string& log, Faults& faults) const {
     for (std::size_t i = 0; i < kKinds; ++i) {
         const Seen& seen = seen_[i];
         if (seen.count == 0) continue;
-        const Kind& kind = kKindTable[i];
+        const Oddity& kind = kKindTable[i];
         Fault fault;
         fault.code = kind.code;
         fault.file = log;

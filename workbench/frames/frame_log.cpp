@@ -6,6 +6,8 @@
 #include <charconv>
 #include <utility>
 
+#include "workbench/text/characters.h"
+#include "workbench/text/shown_text.h"
 #include "workbench/tuning/faults.h"
 
 namespace imgtune::workbench {
@@ -13,17 +15,6 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr std::size_t kLongestQuote = 40;  ///< of a value in a message
-
-constexpr std::size_t kLightValue = 0;
-constexpr std::size_t kFullGain = 2;  ///< first column of each triple
-constexpr std::size_t kAwbGain = 5;
-constexpr std::size_t kFlash = 8;
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-    return text;
-}
 
 /// Without blanks around it and without a pair of double quotes.
 std::string_view bare(std::string_view text) {
@@ -35,17 +26,8 @@ std::string_view bare(std::string_view text) {
 }
 
 /// The text in quotes, printable and not too long.
-std::string quoted(std::string_view text) {
-    std::string result = "'";
-    for (const char c : text.substr(0, kLongestQuote)) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7f) {
-            result += fmt::format("\\x{:02x}", byte);
-        } else {
-            result += c;
-        }
-    }
-    return result + (text.size() > kLongestQuote ? "...'" : "'");
+std::string value_text(std::string_view text) {
+    return fmt::format("'{}'", shown_text(text, kLongestQuote));
 }
 
 /// Cuts the next value off the front of a line.
@@ -167,7 +149,7 @@ void FrameLog::read_header() {
             }
             if (!is_skipped(name)) {
                 fail(fmt::format("column {}: unknown name {}; {}", targets_.size() + 1,
-                                 quoted(name), hint_for(name)));
+                                 value_text(name), hint_for(name)));
             }
             targets_.push_back(-1);
             continue;
@@ -214,10 +196,10 @@ std::int64_t FrameLog::read_number(std::string_view text, const FrameColumn& col
     std::int64_t value = 0;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (result.ptr != digits.data() + digits.size() || result.ec == std::errc::invalid_argument) {
-        complain(quoted(text) + " is not a whole number");
+        complain(value_text(text) + " is not a whole number");
     }
     if (result.ec != std::errc() || value < column.least || value > column.most) {
-        complain(quoted(text) + " is out of range");
+        complain(value_text(text) + " is out of range");
     }
     return value;
 }
@@ -225,7 +207,7 @@ std::int64_t FrameLog::read_number(std::string_view text, const FrameColumn& col
 /// A value in any other form than a few digits; an empty one keeps what the line before said, or
 /// stands for 0.
 void FrameLog::read_value(std::string_view text, std::size_t column) {
-    if (column == kLightValue || !bare(text).empty()) {
+    if (column == kLv || !bare(text).empty()) {
         values_[column] = read_number(text, kFrameColumns[column]);
         return;
     }

@@ -48,6 +48,18 @@ inline constexpr std::array<FrameColumn, 12> kFrameColumns = {{
     {"capture", kInt32Least, kInt32Most},
 }};
 
+/// Where each stands among kFrameColumns.
+enum Column : std::size_t {
+    kLv,
+    kCct,
+    kFullGain,     ///< red; green and blue follow
+    kAwbGain = 5,  ///< likewise
+    kFlash = 8,
+    kScene,
+    kProfile,
+    kCapture,
+};
+
 /// Values in the order of kFrameColumns.
 using FrameValues = std::array<std::int64_t, kFrameColumns.size()>;
 Frame to_frame(const FrameValues& values);

@@ -2,22 +2,14 @@
 
 #include <charconv>
 
+#include "workbench/text/characters.h"
+
 namespace imgtune::workbench {
 
 namespace {
 
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 void skip_blanks(std::string_view& rest) {
     while (!rest.empty() && rest.front() == ' ') rest.remove_prefix(1);
-}
-
-std::string_view trimmed(std::string_view text) {
-    skip_blanks(text);
-    while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-    return text;
 }
 
 /// The next run of characters other than blanks; empty at the end.

@@ -13,7 +13,9 @@ struct LogWriter {
     std::int32_t thread = 0;  ///< 0 where the form of the log does not name it
 
     friend bool operator==(const LogWriter&, const LogWriter&) = default;
-    friend auto operator<=>(const LogWriter&, const LogWriter&) = default;
+    friend bool operator<(const LogWriter& a, const LogWriter& b) {
+        return a.process != b.process ? a.process < b.process : a.thread < b.thread;
+    }
 };
 
 /// A line of a device's log, cut into its parts. The texts are views into the line.

@@ -6,16 +6,13 @@
 #include <charconv>
 #include <utility>
 
+#include "workbench/tuning/fields.h"
+
 namespace imgtune::workbench {
 
 namespace {
 
-// Columns of a frame log.
-enum Column : std::size_t { lv, cct, full_r, awb_r = 5, flash = 8, scene, profile, capture };
-
 constexpr std::size_t kMostOthers = 64;
-constexpr std::int64_t kSceneSlot = 1;
-constexpr std::int64_t kFlashSlot = 2;
 
 using Values = std::array<std::optional<std::int64_t>, kFrameColumns.size()>;
 
@@ -36,10 +33,10 @@ bool read_ccm(const TracedCall& call, Values& values) {
     const auto flash_mode = numbers_of(call, "Flash mode = ", 1);
     const auto real_lv = numbers_of(call, "Real LV = ", 1);
     if (full.empty() || gain.empty() || flash_mode.empty() || real_lv.empty()) return false;
-    const std::size_t first = full[0] == 1 ? Column::full_r : Column::awb_r;
+    const std::size_t first = full[0] == 1 ? kFullGain : kAwbGain;
     for (std::size_t i = 0; i < gain.size(); ++i) values[first + i] = gain[i];
-    values[Column::flash] = flash_mode[0];
-    values[Column::lv] = real_lv[0];
+    values[kFlash] = flash_mode[0];
+    values[kLv] = real_lv[0];
     return true;
 }
 
@@ -47,13 +44,13 @@ bool read_color(const TracedCall& call, Values& values, ColorInputs& inputs) {
     const auto temperatures = numbers_of(call, "[SmoothCOLOR()] u4RealCT = ", 5);
     const auto light = numbers_of(call, "[SmoothCOLOR()] u4RealLV = ", 5);
     if (temperatures.empty() || light.empty()) return false;
-    const std::int64_t slot = light[1];
-    values[Column::cct] = temperatures[0];
-    values[Column::lv] = light[0];
-    values[Column::flash] = slot == kFlashSlot ? 1 : 0;
-    if (slot != kFlashSlot) values[Column::scene] = slot == kSceneSlot ? 1 : 0;
-    values[Column::profile] = light[2];
-    values[Column::capture] = light[3];
+    const auto slot = static_cast<std::size_t>(light[1]);
+    values[kCct] = temperatures[0];
+    values[kLv] = light[0];
+    values[kFlash] = slot == kFlashSlot ? 1 : 0;
+    if (slot != kFlashSlot) values[kScene] = slot == kSceneSlot ? 1 : 0;
+    values[kProfile] = light[2];
+    values[kCapture] = light[3];
     inputs = {temperatures[2], temperatures[1], temperatures[3],
               temperatures[4], light[3],        light[4]};
     return true;
@@ -70,7 +67,7 @@ bool fit_columns(const Values& values) {
 
 /// Of one frame: the same light value, both or neither lit by the flash.
 bool agree(const Values& a, const Values& b) {
-    return a[Column::lv] == b[Column::lv] && (*a[Column::flash] != 0) == (*b[Column::flash] != 0);
+    return a[kLv] == b[kLv] && (*a[kFlash] != 0) == (*b[kFlash] != 0);
 }
 
 /// Takes over what only the other call tells; the flash mode itself is the matrix's to tell.

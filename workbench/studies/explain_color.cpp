@@ -17,8 +17,6 @@ using Image = NSIspTuning::ISP_NVRAM_COLOR_T;
 using Param = ISP_SMOOTH_COLOR_PARAM_T;
 using BlockFunction = void(Param&, const Image&, const Image&, Image&);
 
-constexpr std::size_t kOutdoorSlot = 3;
-
 const ColorField* find_field(std::string_view name) {
     for (const ColorField& field : color_fields()) {
         if (field.name == name) return &field;

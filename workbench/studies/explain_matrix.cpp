@@ -53,7 +53,7 @@ MatrixPass explain_pass(const TraceLines& pass) {
 
 /// Without a gamut matrix the average is what was written; with one only the rows tell, which
 /// summed to the unity before.
-std::vector<WrappedValue> find_wrapped(const MatrixExplanation& told) {
+std::vector<WrappedValue> wrapped_values(const MatrixExplanation& told) {
     std::vector<WrappedValue> wrapped;
     const bool has_gamut = told.gamut == 1 || told.gamut == 2;
     const MatrixValues& written = told.written;
@@ -92,7 +92,7 @@ MatrixExplanation explain_matrix(const TraceLines& trace, const TraceLines& unav
     told.average = values<9>(trace, kAverage);
     told.gamut = trace.integer("PQ type = ");
     std::copy(written.begin(), written.end(), told.written.begin());
-    told.wrapped = find_wrapped(told);
+    told.wrapped = wrapped_values(told);
     return told;
 }
 

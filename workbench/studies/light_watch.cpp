@@ -7,8 +7,6 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr std::size_t kLightValue = 0;
-
 /// A hold whose mean lies at least this far on the way to the light that ends it was a drift; a
 /// steady ramp's lies half way.
 constexpr double kShareOfDrift = 1.0 / 3.0;
@@ -26,7 +24,7 @@ void put_values(Frame& frame, const LightValues& values, bool full_gain, Jobs jo
         return static_cast<std::int32_t>(
             std::llround(std::clamp(value, -2147483648.0, 2147483647.0)));
     };
-    frame.state.u4RealLV = word(values[kLightValue]);
+    frame.state.u4RealLV = word(values[kLv]);
     if (jobs.color) frame.state.u4CCT = word(values[1]);
     if (!jobs.ccm) return;
     AWB_GAIN_T& gain = full_gain ? frame.state.rAWBFullGain : frame.state.rAWBGain;
@@ -99,7 +97,7 @@ LightValues LightWatch::values_of(const Frame& frame) const {
 
 /// How far a value may lie from the light held.
 double LightWatch::tolerance(std::size_t value) const {
-    if (value == kLightValue) return noise_percent_;  // a unit of the light value: a tenth of an EV
+    if (value == kLv) return noise_percent_;  // a unit of the light value: a tenth of an EV
     return std::abs(mean_[value]) * noise_percent_ / 100.0;
 }
 

@@ -12,11 +12,10 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr std::size_t kOutdoorSlot = 3;
 constexpr std::string_view kDriver = "SmoothCOLOR ";
 
 /// What a line's first numbers are; empty when the call has no such line.
-std::vector<std::int64_t> numbers_of(const TracedCall& call, std::string_view beginning) {
+std::vector<std::int64_t> numbers_after(const TracedCall& call, std::string_view beginning) {
     for (const std::string& line : call.lines) {
         if (std::string_view(line).starts_with(beginning)) return trace_numbers(line);
     }
@@ -24,7 +23,7 @@ std::vector<std::int64_t> numbers_of(const TracedCall& call, std::string_view be
 }
 
 bool flash_row(const TracedCall& call) {
-    const auto flash = numbers_of(call, "Flash mode = ");
+    const auto flash = numbers_after(call, "Flash mode = ");
     return !flash.empty() && flash[0] != 0;
 }
 
@@ -76,7 +75,7 @@ LikelyCause ccm_cause(const TracedCall& call, const LineDifference& difference) 
 }
 
 /// "PY_Low[3]" of the luma block is "Luma.PY[3]" of an image.
-std::string image_field(std::string_view function, std::string name) {
+std::string field_of_image(std::string_view function, std::string name) {
     for (const char* kind : {"_Low", "_High", "(Low) ", "(High) "}) {
         const std::size_t at = name.find(kind);
         if (at != std::string::npos) name.erase(at, std::string_view(kind).size());
@@ -104,8 +103,8 @@ std::string image_field(std::string_view function, std::string name) {
 /// The images of the call that a block's Low or High line comes from.
 std::string image_of(const TracedCall& call, const LineDifference& difference,
                      std::string_view function, bool high) {
-    const auto cts = numbers_of(call, "[SmoothCOLOR()] u4RealCT = ");
-    const auto light = numbers_of(call, "[SmoothCOLOR()] u4RealLV = ");
+    const auto cts = numbers_after(call, "[SmoothCOLOR()] u4RealCT = ");
+    const auto light = numbers_after(call, "[SmoothCOLOR()] u4RealLV = ");
     if (cts.size() < 5 || light.size() < 2 || light[1] < 0 || light[1] > 2) return "color.images";
     const std::string slot = kSlotNames[static_cast<std::size_t>(light[1])];
     const bool outdoor = std::any_of(
@@ -134,7 +133,7 @@ LikelyCause color_cause(const TracedCall& call, const LineDifference& difference
     const std::string& name = difference.name;
     if (name.starts_with(kDriver)) {
         if (!name.starts_with("SmoothCOLOR In Ram[")) return {};
-        const auto light = numbers_of(call, "[SmoothCOLOR()] u4RealLV = ");
+        const auto light = numbers_after(call, "[SmoothCOLOR()] u4RealLV = ");
         if (light.size() < 2 || light[1] < 0 || light[1] > 2) return {TraceCause::tuning, ""};
         return {TraceCause::tuning,
                 fmt::format("color.tuning.{}.{}", kSlotNames[static_cast<std::size_t>(light[1])],
@@ -147,7 +146,7 @@ LikelyCause color_cause(const TracedCall& call, const LineDifference& difference
     if (high || map || value.find("Low)") != std::string::npos ||
         value.find("_Low") != std::string::npos) {
         return {TraceCause::tuning, fmt::format("{}.{}", image_of(call, difference, function, high),
-                                                image_field(function, value))};
+                                                field_of_image(function, value))};
     }
     const bool smoothed = value.starts_with("(Out)") || value.starts_with("P") ||
                           value.starts_with("SG1") || value.starts_with("SG2") ||

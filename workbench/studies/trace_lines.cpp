@@ -8,13 +8,11 @@
 #include <locale>
 #include <sstream>
 
+#include "workbench/text/characters.h"
+
 namespace imgtune::workbench {
 
 namespace {
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 /// A number in the plain form that the library traces: sign, digits, point, digits.
 double real_of(const std::string& text) {

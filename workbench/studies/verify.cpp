@@ -28,7 +28,7 @@ constexpr std::array<SmoothedOutput, 6> kSmoothedOutputs = {{
     {"[InterParamPartialS()] SG3_Out", "Saturation.SG3["},
 }};
 
-const std::string* line_of(const TracedCall& call, std::string_view label) {
+const std::string* traced_line(const TracedCall& call, std::string_view label) {
     const auto found = std::find_if(call.lines.begin(), call.lines.end(),
                                     [&](std::string_view l) { return trace_label(l) == label; });
     return found == call.lines.end() ? nullptr : &*found;
@@ -125,7 +125,7 @@ bool Verifier::fits(const CameraState& state, const Ring& ring) const {
 bool Verifier::enter_ring(const TracedCall& call) {
     Ring ring;
     for (std::size_t i = 0; i < ring.matrices.size(); ++i) {
-        const std::string* line = line_of(call, i == 0 ? "Temporal CCM 0" : "Temporal CCM 1");
+        const std::string* line = traced_line(call, i == 0 ? "Temporal CCM 0" : "Temporal CCM 1");
         const auto values = line == nullptr ? std::vector<std::int64_t>() : trace_numbers(*line);
         if (values.size() != 9) return ring_known_ && !call.lost_lines && !other_ring_;
         std::transform(values.begin(), values.end(), ring.matrices[i].begin(),
@@ -184,7 +184,7 @@ void Verifier::take_outputs(const TracedCall& call, bool all) {
     CameraState state = color_.state();
     for (std::size_t i = 0; i < kSmoothedOutputs.size(); ++i) {
         if (output_known_[i] && !all) continue;
-        const std::string* line = line_of(call, kSmoothedOutputs[i].label);
+        const std::string* line = traced_line(call, kSmoothedOutputs[i].label);
         output_known_[i] = line != nullptr;
         if (line != nullptr) store(*line, kSmoothedOutputs[i].fields, state.working);
     }
@@ -207,7 +207,7 @@ bool Verifier::verify_color(const TracedFrame& traced, const Frame& frame) {
         ++result_.state_taken;
     }
     ++result_.color_calls;
-    set_lock(line_of(call, "[SmoothCOLOR()] Force Lock!!") != nullptr);
+    set_lock(traced_line(call, "[SmoothCOLOR()] Force Lock!!") != nullptr);
     if (settles && !locked_) output_known_.fill(true);
 
     CameraState state = color_.state();

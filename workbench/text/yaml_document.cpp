@@ -36,4 +36,8 @@ const char* documents_if_not_one(const std::string& text) {
     return parser.HandleNextDocument(ignore) ? "2 or more YAML documents" : nullptr;
 }
 
+int line_of(const YAML::Node& node) {
+    return node.Mark().line + 1;
+}
+
 }  // namespace imgtune::workbench

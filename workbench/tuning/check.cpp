@@ -10,8 +10,6 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr std::int64_t kFieldBits = 12;  ///< of a coefficient, without its sign
-
 /// In this order: a value out of its range keeps quiet what follows from it.
 constexpr void (*kChecks[])(Checked&) = {check_caller,      check_ranges,    check_rows,
                                          check_polynomials, check_smoothing, check_images};
@@ -77,8 +75,8 @@ NSIspTuning::ISP_CCM_T Checked::matrix(std::size_t row, std::size_t ct) const {
 bool Checked::codec_fits() const {
     const CallerSettings& c = tuning_.caller;
     return c.int_bits >= 0 && c.frac_bits >= 0 &&
-           std::int64_t{c.int_bits} + c.frac_bits <= kFieldBits && !is_unread("caller.int_bits") &&
-           !is_unread("caller.frac_bits");
+           std::int64_t{c.int_bits} + c.frac_bits <= kCoefficientBits &&
+           !is_unread("caller.int_bits") && !is_unread("caller.frac_bits");
 }
 
 std::int32_t Checked::unity() const {

@@ -11,8 +11,6 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr double kHundredths = 100.0;
-constexpr double kTenThousandths = 10000.0;
 constexpr double kFarFromTuned = 0.25;  ///< root mean square over coefficients, 1.0 = unity
 constexpr std::array<std::size_t, 6> kOffDiagonals = {1, 2, 3, 5, 6, 7};
 
@@ -65,14 +63,14 @@ void check_ends(Checked& checked, const Block& block) {
 
 // ---- factors left out
 
-struct Spread {
+struct GainSpread {
     double lowest;
     double highest;
     double width() const { return highest - lowest; }
 };
 
-Spread gain_spread(const Checked& checked, std::size_t row, std::int32_t AWB_GAIN_T::*color) {
-    Spread spread{1e9, 0.0};
+GainSpread gain_spread(const Checked& checked, std::size_t row, std::int32_t AWB_GAIN_T::*color) {
+    GainSpread spread{1e9, 0.0};
     for (std::size_t ct = 0; ct < checked.points(row); ++ct) {
         const double gain = checked.ccm().rCTAWBGain[row][ct].*color;
         spread.lowest = std::min(spread.lowest, gain);
@@ -99,15 +97,15 @@ bool report_factor(Checked& checked, const Block& block, const char* field, std:
 bool check_gain_factors(Checked& checked, const Block& block, std::int32_t AWB_GAIN_T::*color,
                         const char* mean_name, std::int32_t mean, const char* deviation_name,
                         std::int32_t deviation) {
-    const Spread gains = gain_spread(checked, block.row, color);
+    const GainSpread gains = gain_spread(checked, block.row, color);
     bool found = false;
-    if (mean / kHundredths < gains.lowest / 2 && mean >= gains.lowest / 2 &&
+    if (mean / double{kHundredths} < gains.lowest / 2 && mean >= gains.lowest / 2 &&
         mean <= gains.highest * 2) {
         found = report_factor(checked, block, mean_name, mean, 100,
                               fmt::format("the tuned gains of row {} run from {} to {}",
                                           kRowNames[block.row], gains.lowest, gains.highest));
     }
-    if (deviation / kHundredths < gains.width() / 50 && deviation >= gains.width() / 10 &&
+    if (deviation / double{kHundredths} < gains.width() / 50 && deviation >= gains.width() / 10 &&
         deviation <= gains.width()) {
         found = report_factor(checked, block, deviation_name, deviation, 100,
                               fmt::format("the tuned gains of row {} spread over {}",

@@ -11,7 +11,6 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr double kLargestJump = 0.5;  // between neighbouring CTs, 1.0 = unity
-constexpr std::int32_t kGainUnity = 512;
 
 using Matrix = NSIspTuning::ISP_CCM_T;
 

@@ -14,11 +14,6 @@ namespace imgtune::workbench {
 
 inline constexpr std::int32_t kPolynomialMethod = 1;
 inline constexpr std::int32_t kBlendMethod = 2;
-inline constexpr std::size_t kNormalRow = 0;
-inline constexpr std::size_t kLowLightRow = 1;
-inline constexpr std::size_t kFlashRow = 6;
-inline constexpr std::size_t kNormalSlot = 0;
-inline constexpr std::size_t kOutdoorSlot = 3;
 
 /// A tuning under check: what of it the library will use, and the way to report findings.
 class Checked {

@@ -10,12 +10,12 @@ namespace {
 constexpr std::int64_t kMaxWord = 0xffffffff;
 
 // Allowed ranges and what values beyond them do.
-constexpr RangeRule kFullGain{0, 1, "T120", "any value but 1 means the plain AWB gain"};
+constexpr RangeRule kWhichGain{0, 1, "T120", "any value but 1 means the plain AWB gain"};
 constexpr RangeRule kCodecBits{0, 12, "T114",
                                "coefficients do not fit their 13-bit fields and wrap"};
 constexpr RangeRule kWeight{0, 100000, "T101", "the temporal average wraps: wrong colours"};
-constexpr RangeRule kKelvin{1000, 1000000, "T101",
-                            "beyond 1000000 the CT counts as unknown: no interpolation"};
+constexpr RangeRule kKelvinRange{1000, 1000000, "T101",
+                                 "beyond 1000000 the CT counts as unknown: no interpolation"};
 constexpr RangeRule kMethod{1, 2, "T101",
                             "no matrix is generated: the identity, pale and tinted colours"};
 constexpr RangeRule kPqType{0, 2, "T120", "no output gamut matrix is applied"};
@@ -40,9 +40,6 @@ constexpr RangeRule kOutdoorBase{0, 29343, "T101", "the outdoor blend wraps: wil
 constexpr Choice kMethods[] = {{1, "polynomial"}, {2, "blend"}};
 constexpr Choice kGamuts[] = {{0, "none"}, {1, "display_p3"}, {2, "wide_green"}};
 
-constexpr std::int64_t kGainUnity = 512;
-constexpr std::int64_t kHundredths = 100;
-constexpr std::int64_t kTenThousandths = 10000;
 constexpr std::int64_t kRatioUnity = 16;
 
 // Makers of table rows.
@@ -117,15 +114,15 @@ constexpr BitField kLsp2[4] = {{70, 23, 7}, {70, 16, 7}, {70, 8, 7}, {70, 0, 7}}
 std::vector<FieldDefinition> caller_fields() {
     return {
         as_optional(as_signed_field(
-            word("full_gain", 0, "", "1: CCM smoothing uses the full AWB gain", &kFullGain))),
+            word("full_gain", 0, "", "1: CCM smoothing uses the full AWB gain", &kWhichGain))),
         as_optional(as_signed_field(
             word("int_bits", 1, "bits", "integer bits of a coefficient", &kCodecBits))),
         as_optional(as_signed_field(
             word("frac_bits", 2, "bits", "fraction bits of a coefficient", &kCodecBits))),
         as_optional(words("weights", 3, 3, "",
                           "temporal average: new matrix, first and second kept one", &kWeight)),
-        as_optional(
-            words("ct_grid", 6, 5, "K", "colour temperatures of the five colour images", &kKelvin)),
+        as_optional(words("ct_grid", 6, 5, "K", "colour temperatures of the five colour images",
+                          &kKelvinRange)),
     };
 }
 

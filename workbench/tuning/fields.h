@@ -90,6 +90,23 @@ inline constexpr const char* kRowNames[8] = {"normal", "low_light", "row2",  "ro
                                              "row4",   "row5",      "flash", "row7"};
 inline constexpr const char* kSlotNames[4] = {"normal", "scene", "flash", "outdoor"};
 
+/// Those that the library picks by name.
+inline constexpr std::size_t kNormalRow = 0;
+inline constexpr std::size_t kLowLightRow = 1;
+inline constexpr std::size_t kFlashRow = 6;
+inline constexpr std::size_t kNormalSlot = 0;
+inline constexpr std::size_t kSceneSlot = 1;
+inline constexpr std::size_t kFlashSlot = 2;
+inline constexpr std::size_t kOutdoorSlot = 3;
+
+/// Stored for 1.0 of an AWB gain.
+inline constexpr std::int32_t kGainUnity = 512;
+/// Stored for 1 of a polynomial's means and deviations, and of its terms.
+inline constexpr std::int32_t kHundredths = 100;
+inline constexpr std::int32_t kTenThousandths = 10000;
+/// Of a coefficient, without its sign.
+inline constexpr std::int64_t kCoefficientBits = 12;
+
 /// A record at its place in a tuning.
 struct Record {
     const RecordDefinition* definition;

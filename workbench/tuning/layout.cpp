@@ -9,8 +9,6 @@ namespace imgtune::workbench {
 
 namespace {
 
-using Kind = LayoutNode::Kind;
-
 std::vector<std::string_view> split(std::string_view path) {
     std::vector<std::string_view> parts;
     for (std::size_t dot = 0; (dot = path.find('.')) != path.npos; path.remove_prefix(dot + 1)) {
@@ -28,7 +26,7 @@ LayoutNode& node_at(LayoutNode& node, std::string_view path) {
             std::find_if(at->children.begin(), at->children.end(),
                          [&](const LayoutNode& candidate) { return candidate.name == name; });
         if (child == at->children.end()) {
-            if (name[0] >= '0' && name[0] <= '9') at->kind = Kind::list;
+            if (name[0] >= '0' && name[0] <= '9') at->kind = LayoutKind::list;
             LayoutNode made;
             made.name = name;
             made.path = at->path.empty() ? std::string(name) : at->path + '.' + std::string(name);
@@ -64,14 +62,14 @@ void add_record(LayoutNode& root, const Record& record, Layout layout) {
     LayoutNode& top = node_at(root, place);
     top.path = record.path;
     if (record.definition->as_list) {
-        top.kind = Kind::values;
+        top.kind = LayoutKind::values;
         top.record = &record;
         top.optional = record.definition->optional;
         return;
     }
     for (const FieldDefinition& definition : record.definition->fields) {
         LayoutNode& leaf = node_at(top, definition.name);
-        leaf.kind = Kind::field;
+        leaf.kind = LayoutKind::field;
         leaf.record = &record;
         leaf.definition = &definition;
         leaf.optional = definition.optional;

@@ -16,15 +16,16 @@ enum class Layout {
     settings,  ///< caller.yaml beside stored images: what these have no place for
 };
 
+enum class LayoutKind {
+    map,     ///< children by name
+    list,    ///< children by index
+    values,  ///< a record shown as a value, or as a list of its values
+    field,
+};
+
 /// A YAML form: maps and lists down to records, and their fields.
 struct LayoutNode {
-    enum class Kind {
-        map,     ///< children by name
-        list,    ///< children by index
-        values,  ///< a record shown as a value, or as a list of its values
-        field,
-    };
-    Kind kind = Kind::map;
+    LayoutKind kind = LayoutKind::map;
     std::string name;  ///< key or index
     std::string path;  ///< what findings call it: a record's own path in every layout
     bool optional = false;

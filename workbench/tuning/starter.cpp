@@ -14,24 +14,24 @@ namespace {
 constexpr std::size_t kCts = 4;
 
 // Gains and off-diagonals (places 1, 2, 3, 5, 6, 7) from tungsten light to daylight.
-constexpr std::uint32_t kKelvin[kCts] = {2850, 4000, 5000, 6500};
+constexpr std::uint32_t kPointKelvin[kCts] = {2850, 4000, 5000, 6500};
 constexpr AWB_GAIN_T kGains[kCts] = {
     {700, 512, 1250}, {860, 512, 980}, {960, 512, 840}, {1080, 512, 720}};
-constexpr std::int32_t kOffDiagonals[kCts][6] = {{-230, -90, -190, -60, -40, -330},
-                                                 {-250, -70, -170, -80, -30, -290},
-                                                 {-260, -60, -150, -100, -20, -260},
-                                                 {-270, -40, -130, -120, -10, -240}};
+constexpr std::int32_t kOffDiagonalValues[kCts][6] = {{-230, -90, -190, -60, -40, -330},
+                                                      {-250, -70, -170, -80, -30, -290},
+                                                      {-260, -60, -150, -100, -20, -260},
+                                                      {-270, -40, -130, -120, -10, -240}};
 constexpr std::size_t kPlaces[6] = {1, 2, 3, 5, 6, 7};
 
 /// Strength in sixteenths: 16 corrects in full, 0 not at all.
-void fill_row(Tuning& t, std::size_t row, std::int32_t strength) {
+void fill_points(Tuning& t, std::size_t row, std::int32_t strength) {
     const CoefficientCodec codec(t.caller.int_bits, t.caller.frac_bits);
     for (std::size_t ct = 0; ct < kCts; ++ct) {
-        t.kelvin[row][ct] = kKelvin[ct];
+        t.kelvin[row][ct] = kPointKelvin[ct];
         t.ccm.rCTAWBGain[row][ct] = kGains[ct];
         NSIspTuning::ISP_CCM_T matrix{};
         for (std::size_t i = 0; i < 6; ++i) {
-            matrix.i4Coef[kPlaces[i]] = kOffDiagonals[ct][i] * strength / 16;
+            matrix.i4Coef[kPlaces[i]] = kOffDiagonalValues[ct][i] * strength / 16;
         }
         close_rows(matrix, kUnity);
         codec.encode(matrix, t.ccm.rCCM_Nvram[row][ct]);
@@ -46,8 +46,8 @@ ISP_CCM_POLY22_T polynomial(std::int32_t strength) {
     p.i4B_AVG = 95000;
     p.i4B_STD = 20000;
     for (std::size_t i = 0; i < 6; ++i) {
-        const std::int32_t middle = (kOffDiagonals[1][i] + kOffDiagonals[2][i]) / 2;
-        const std::int32_t span = kOffDiagonals[3][i] - kOffDiagonals[0][i];
+        const std::int32_t middle = (kOffDiagonalValues[1][i] + kOffDiagonalValues[2][i]) / 2;
+        const std::int32_t span = kOffDiagonalValues[3][i] - kOffDiagonalValues[0][i];
         p.i4P00[kPlaces[i]] = middle * strength / 16 * 10000;
         p.i4P10[kPlaces[i]] = span * strength / 16 * 2000;
         p.i4P01[kPlaces[i]] = span * strength / 16 * -1500;
@@ -135,9 +135,9 @@ Tuning starter_tuning() {
     t.ccm.i4NumLV = 2;
     t.ccm.i4NumFlash = 1;
     t.ccm.i4NumCT = kCts;
-    fill_row(t, 0, 16);
-    fill_row(t, 1, 10);
-    fill_row(t, 6, 14);
+    fill_points(t, 0, 16);
+    fill_points(t, 1, 10);
+    fill_points(t, 6, 14);
     t.ccm.rCCMPoly22 = polynomial(16);
     t.ccm.rCCMPoly22Flash = polynomial(14);
 

@@ -24,10 +24,6 @@ void TextFaults::add(int line, Fault fault) {
     faults_.add(std::move(fault));
 }
 
-int line_of(const YAML::Node& node) {
-    return node.Mark().line + 1;
-}
-
 std::string shown(const YAML::Node& node) {
     constexpr std::size_t kLongest = 80;
     if (node.IsScalar()) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "workbench/text/yaml_document.h"
 #include "workbench/tuning/faults.h"
 
 // What reading a YAML text stands on: findings with their line, and the entries of its maps.
@@ -27,8 +28,6 @@ class TextFaults {
     std::string file_;
     Faults& faults_;
 };
-
-int line_of(const YAML::Node& node);
 
 /// What a node is, for a sentence: "17", "a map", "a list of 3".
 std::string shown(const YAML::Node& node);

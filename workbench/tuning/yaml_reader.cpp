@@ -15,8 +15,6 @@ namespace imgtune::workbench {
 
 namespace {
 
-using Kind = LayoutNode::Kind;
-
 constexpr const char* kFormat = "imgtune-tuning/2";
 constexpr const char* kFirstFormat = "imgtune-tuning/1";
 
@@ -151,16 +149,16 @@ class Reader {
     void read_node(const LayoutNode& node, const YAML::Node& yaml) {
         faults_.set_place(node.path, line_of(yaml));
         switch (node.kind) {
-            case Kind::map:
+            case LayoutKind::map:
                 read_map(node, yaml);
                 break;
-            case Kind::list:
+            case LayoutKind::list:
                 read_list(node, yaml);
                 break;
-            case Kind::values:
+            case LayoutKind::values:
                 read_values(node, yaml);
                 break;
-            case Kind::field:
+            case LayoutKind::field:
                 values_.read_field(*node.record, *node.definition, node.path, yaml);
                 break;
         }
@@ -207,7 +205,7 @@ class Reader {
 
     void read_child(const LayoutNode& child, const Entry& entry, bool has_base) {
         // Below a map with a base, groups too name only what differs.
-        if (has_base && child.kind == Kind::map && entry.value.IsMap()) {
+        if (has_base && child.kind == LayoutKind::map && entry.value.IsMap()) {
             std::vector<std::string> known;
             for (const LayoutNode& each : child.children) known.push_back(each.name);
             const std::vector<Entry> entries = maps_.open(entry.value, child.path, known);
@@ -222,7 +220,7 @@ class Reader {
     }
 
     void report_missing(const LayoutNode& node, const LayoutNode& child, int line) {
-        const bool single = child.kind == Kind::field && child.definition->count == 0;
+        const bool single = child.kind == LayoutKind::field && child.definition->count == 0;
         const std::string allowed = single ? child.definition->allowed_text() : std::string();
         faults_.add(line, {.code = "T004",
                            .path = child.path,

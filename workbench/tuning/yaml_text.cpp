@@ -9,8 +9,6 @@
 
 namespace imgtune::workbench {
 
-using Kind = LayoutNode::Kind;
-
 std::string quoted(const std::string& text) {
     std::string out = "\"";
     for (const char c : text) {
@@ -43,7 +41,7 @@ std::string ValueText::value(const FieldRef& field) const {
 }
 
 std::string ValueText::field_text(const Record& record, const FieldDefinition& definition) const {
-    const std::string first = value({&record, &definition, 0});
+    std::string first = value({&record, &definition, 0});
     if (definition.count == 0) return first;
     std::string text = '[' + first;
     bool level = definition.level;
@@ -56,8 +54,8 @@ std::string ValueText::field_text(const Record& record, const FieldDefinition& d
 }
 
 std::string ValueText::flow(const LayoutNode& node) const {
-    if (node.kind == Kind::field) return field_text(*node.record, *node.definition);
-    if (node.kind == Kind::values) {
+    if (node.kind == LayoutKind::field) return field_text(*node.record, *node.definition);
+    if (node.kind == LayoutKind::values) {
         const std::vector<FieldDefinition>& definitions = node.record->definition->fields;
         if (definitions.size() == 1) return field_text(*node.record, definitions[0]);
         std::string text;
@@ -66,7 +64,7 @@ std::string ValueText::flow(const LayoutNode& node) const {
         }
         return text + ']';
     }
-    const bool list = node.kind == Kind::list;
+    const bool list = node.kind == LayoutKind::list;
     std::string text;
     for (const LayoutNode* const child : shown_children(node)) {
         if (!text.empty()) text += ", ";
@@ -77,12 +75,12 @@ std::string ValueText::flow(const LayoutNode& node) const {
 }
 
 bool ValueText::is_zero(const LayoutNode& node) const {
-    if (node.kind == Kind::map || node.kind == Kind::list) {
+    if (node.kind == LayoutKind::map || node.kind == LayoutKind::list) {
         return std::all_of(node.children.begin(), node.children.end(),
                            [this](const LayoutNode& child) { return is_zero(child); });
     }
     for (const FieldDefinition& definition : node.record->definition->fields) {
-        if (node.kind == Kind::field && &definition != node.definition) continue;
+        if (node.kind == LayoutKind::field && &definition != node.definition) continue;
         for (unsigned e = 0; e < definition.elements(); ++e) {
             if (FieldRef{node.record, &definition, e}.read_bits(tuning_) != 0) return false;
         }
@@ -92,7 +90,7 @@ bool ValueText::is_zero(const LayoutNode& node) const {
 
 bool ValueText::is_shown(const LayoutNode& node) const {
     if (base_ != nullptr) {
-        if (node.kind == Kind::field) {
+        if (node.kind == LayoutKind::field) {
             return !same_field(tuning_, *node.definition, *node.record, *base_);
         }
         return std::any_of(node.children.begin(), node.children.end(),
@@ -107,7 +105,7 @@ std::vector<const LayoutNode*> ValueText::shown_children(const LayoutNode& node)
     std::size_t needed = 0;
     for (const LayoutNode& child : node.children) {
         const bool is_needed = is_shown(child);
-        if (is_needed || node.kind == Kind::list) shown.push_back(&child);
+        if (is_needed || node.kind == LayoutKind::list) shown.push_back(&child);
         if (is_needed) needed = shown.size();
     }
     shown.resize(needed);

@@ -10,7 +10,6 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr std::int64_t kFieldBits = 12;  ///< of a coefficient, without its sign
 /// More coefficients than this that do not fit say that the codec is wrong.
 constexpr std::size_t kMostSingleMisfits = 3;
 
@@ -22,8 +21,9 @@ bool in_range(std::int64_t value, std::int64_t lowest, std::int64_t highest) {
 
 bool ValueReader::codec_fits() const {
     const CallerSettings& c = tuning_.caller;
-    return in_range(c.int_bits, 0, kFieldBits) && in_range(c.frac_bits, 0, kFieldBits) &&
-           c.int_bits + c.frac_bits <= kFieldBits;
+    return in_range(c.int_bits, 0, kCoefficientBits) &&
+           in_range(c.frac_bits, 0, kCoefficientBits) &&
+           c.int_bits + c.frac_bits <= kCoefficientBits;
 }
 
 std::string ValueReader::coefficient_range() const {

@@ -12,8 +12,6 @@ namespace imgtune::workbench {
 
 namespace {
 
-using Kind = LayoutNode::Kind;
-
 constexpr std::size_t kLineLength = 100;
 constexpr std::size_t kCommentColumn = 32;
 
@@ -47,7 +45,7 @@ std::string note(const FieldDefinition& definition) {
 
 /// Tuned points are maps of small records: a table of one line each.
 bool is_point(const LayoutNode& node) {
-    return node.kind == Kind::map && node.children[0].kind == Kind::values;
+    return node.kind == LayoutKind::map && node.children[0].kind == LayoutKind::values;
 }
 
 /// A flow map in lines, its keys below one another.
@@ -96,7 +94,7 @@ class Writer {
     /// Whether something below still waits for its explanation.
     bool has_new_notes(const LayoutNode& node) const {
         if (!comments_) return false;
-        if (node.kind == Kind::field) return noted_.count(note(*node.definition)) == 0;
+        if (node.kind == LayoutKind::field) return noted_.count(note(*node.definition)) == 0;
         return std::any_of(node.children.begin(), node.children.end(),
                            [this](const LayoutNode& child) { return has_new_notes(child); });
     }
@@ -124,7 +122,7 @@ class Writer {
             }
         }
         if (node.path == "ccm.rows") explain_points(node.children[0].children[0], indent);
-        if (node.kind != Kind::field || !has_new_notes(node)) return;
+        if (node.kind != LayoutKind::field || !has_new_notes(node)) return;
         // Above the field, where there is no room behind it.
         const std::size_t width =
             std::max(node.name.size() + 4 + text_.flow(node).size(), kCommentColumn) + 2 +
@@ -159,9 +157,10 @@ class Writer {
     }
 
     void plain_body(const LayoutNode& node, std::size_t indent, const std::string& key) {
-        if (node.kind == Kind::field || node.kind == Kind::values) {
+        if (node.kind == LayoutKind::field || node.kind == LayoutKind::values) {
             std::string text = key + ' ' + text_.flow(node);
-            const std::string remark = node.kind == Kind::field ? new_note(*node.definition) : "";
+            const std::string remark =
+                node.kind == LayoutKind::field ? new_note(*node.definition) : "";
             if (!remark.empty()) {
                 text.resize(std::max(text.size() + 2, kCommentColumn), ' ');
                 text += "# " + remark;
@@ -175,7 +174,7 @@ class Writer {
         }
         if (one_line(node, indent, key)) return;
         line(0, key);
-        if (node.kind == Kind::map) {
+        if (node.kind == LayoutKind::map) {
             children(node, indent + 2);
             return;
         }
@@ -184,8 +183,9 @@ class Writer {
 
     /// Short maps and maps of single values stand in braces.
     bool one_line(const LayoutNode& node, std::size_t indent, const std::string& key) {
-        const bool numbers = node.kind == Kind::list && node.children[0].kind == Kind::values;
-        if ((node.kind == Kind::list && !numbers) || has_new_notes(node) || !is_plain(node)) {
+        const bool numbers =
+            node.kind == LayoutKind::list && node.children[0].kind == LayoutKind::values;
+        if ((node.kind == LayoutKind::list && !numbers) || has_new_notes(node) || !is_plain(node)) {
             return false;
         }
         const std::string text = text_.flow(node);
@@ -195,7 +195,7 @@ class Writer {
         }
         const bool scalars =
             std::all_of(node.children.begin(), node.children.end(), [](const LayoutNode& child) {
-                return child.kind == Kind::field && child.definition->count == 0;
+                return child.kind == LayoutKind::field && child.definition->count == 0;
             });
         if (scalars) line(0, key + ' ' + wrapped(text, indent + key.size() + 2));
         return scalars;
@@ -206,8 +206,8 @@ class Writer {
         return text_.other_bits(node).empty() &&
                std::all_of(node.children.begin(), node.children.end(),
                            [&](const LayoutNode& child) {
-                               return child.kind != Kind::list &&
-                                      (child.kind != Kind::map || is_plain(child));
+                               return child.kind != LayoutKind::list &&
+                                      (child.kind != LayoutKind::map || is_plain(child));
                            });
     }
 
