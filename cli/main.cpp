@@ -19,6 +19,26 @@ std::string unknown_verb(const CLI::App& app, const std::string& name) {
            (near.empty() ? "; 'imgtune --help' lists them" : ", did you mean '" + near + "'?");
 }
 
+/// 'help VERB' is 'VERB --help'.
+void add_help(CLI::App& app, std::string& verb_to_explain, std::function<int()>& chosen) {
+    CLI::App* help = app.add_subcommand("help", "Explain a verb");
+    help->add_option("VERB", verb_to_explain, "the verb to explain; without one, all of them");
+    help->callback([&app, &verb_to_explain, &chosen] {
+        chosen = [&app, &verb_to_explain] {
+            const CLI::App* verb = &app;
+            if (!verb_to_explain.empty()) {
+                const auto named = app.get_subcommands(
+                    [&](const CLI::App* each) { return each->get_name() == verb_to_explain; });
+                if (named.empty())
+                    throw imgtune::workbench::BadInput(unknown_verb(app, verb_to_explain));
+                verb = named.front();
+            }
+            std::fputs(verb->help(verb == &app ? "" : app.get_name()).c_str(), stdout);
+            return int{imgtune::cli::kFine};
+        };
+    });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -49,24 +69,8 @@ int main(int argc, char** argv) {
     add_unpack(verbs);
     add_verify(verbs);
 
-    // 'help VERB' is 'VERB --help'.
     std::string verb_to_explain;
-    CLI::App* help = app.add_subcommand("help", "Explain a verb");
-    help->add_option("VERB", verb_to_explain, "the verb to explain; without one, all of them");
-    help->callback([&] {
-        chosen = [&] {
-            const CLI::App* verb = &app;
-            if (!verb_to_explain.empty()) {
-                const auto named = app.get_subcommands(
-                    [&](const CLI::App* each) { return each->get_name() == verb_to_explain; });
-                if (named.empty()) throw BadInput(unknown_verb(app, verb_to_explain));
-                verb = named.front();
-            }
-            std::fputs(verb->help(verb == &app ? "" : app.get_name()).c_str(), stdout);
-            return int{kFine};
-        };
-    });
-
+    add_help(app, verb_to_explain, chosen);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <locale>
 #include <random>
 #include <sstream>
@@ -68,12 +69,12 @@ class Replay : public testing::Test {
     /// Runs a verb as the program would; what BadInput says, or empty.
     std::string run(std::vector<std::string> arguments) const {
         CLI::App app;
-        cli::Context context;
-        cli::add_replay(app, context);
+        std::function<int()> chosen;
+        cli::add_replay(cli::Verbs(app, chosen));
         std::ranges::reverse(arguments);
         app.parse(arguments);
         try {
-            context.run();
+            chosen();
         } catch (const BadInput& error) {
             return error.what();
         }

@@ -160,6 +160,10 @@ void FrameLog::read_header() {
         }
         targets_.push_back(static_cast<int>(index));
     }
+    require_columns(present);
+}
+
+void FrameLog::require_columns(const std::array<bool, kFrameColumns.size()>& present) {
     const auto triple = [&](std::size_t first) {
         const auto count =
             std::count(present.begin() + static_cast<std::ptrdiff_t>(first),

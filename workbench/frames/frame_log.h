@@ -105,6 +105,7 @@ class FrameLog {
   private:
     bool next_line(std::string_view& text);
     void read_header();
+    void require_columns(const std::array<bool, kFrameColumns.size()>& present);
     void read_values(std::string_view text);
     void read_value(std::string_view text, std::size_t column);
     void fill_empty_gains();

@@ -27,28 +27,30 @@ bool flash_row(const TracedCall& call) {
     return !flash.empty() && flash[0] != 0;
 }
 
+/// What a line that begins so says when it differs.
+struct CauseRule {
+    std::string_view beginning;
+    TraceCause cause;
+    std::string_view field;
+};
+constexpr CauseRule kCcmCauses[] = {
+    {"Fullgain", TraceCause::caller, "caller.full_gain"},
+    {"Coef1, ", TraceCause::caller, "caller.weights"},
+    {"Method", TraceCause::tuning, "ccm.i4Method"},
+    {"Number of CT", TraceCause::tuning, "ccm.i4NumCT"},
+    {"Number of LV", TraceCause::tuning, "ccm.i4NumLV"},
+    {"Number of Flash", TraceCause::tuning, "ccm.i4NumFlash"},
+    {"PQ type", TraceCause::tuning, "ccm.i4PQType"},
+    {"Temporal CCM", TraceCause::state, ""},
+    {"LVpos", TraceCause::version, ""},
+    {"LV postion", TraceCause::version, ""},
+    {"LV_blend", TraceCause::version, ""},
+    {"rCCM_Output", TraceCause::version, ""},
+};
+
 LikelyCause ccm_cause(const TracedCall& call, const LineDifference& difference) {
-    struct Rule {
-        std::string_view beginning;
-        TraceCause cause;
-        std::string_view field;
-    };
-    static constexpr Rule kRules[] = {
-        {"Fullgain", TraceCause::caller, "caller.full_gain"},
-        {"Coef1, ", TraceCause::caller, "caller.weights"},
-        {"Method", TraceCause::tuning, "ccm.i4Method"},
-        {"Number of CT", TraceCause::tuning, "ccm.i4NumCT"},
-        {"Number of LV", TraceCause::tuning, "ccm.i4NumLV"},
-        {"Number of Flash", TraceCause::tuning, "ccm.i4NumFlash"},
-        {"PQ type", TraceCause::tuning, "ccm.i4PQType"},
-        {"Temporal CCM", TraceCause::state, ""},
-        {"LVpos", TraceCause::version, ""},
-        {"LV postion", TraceCause::version, ""},
-        {"LV_blend", TraceCause::version, ""},
-        {"rCCM_Output", TraceCause::version, ""},
-    };
     const std::string& name = difference.name;
-    for (const Rule& rule : kRules) {
+    for (const CauseRule& rule : kCcmCauses) {
         if (name.starts_with(rule.beginning)) return {rule.cause, std::string(rule.field)};
     }
     if (name.starts_with("rCCMPoly22.")) {  // "rCCMPoly22.i4P00[9][3]": the count, then the index
@@ -61,17 +63,17 @@ LikelyCause ccm_cause(const TracedCall& call, const LineDifference& difference) 
     }
     if (name.starts_with("LV_0") && name.size() > 8) {  // "LV_06_CT3_rCCM_Nvram[8]"
         const auto row = static_cast<std::size_t>(name[4] - '0') % 8;
-        return {TraceCause::tuning, fmt::format("ccm.rows.{}.matrices.{}[{}]", kRowNames[row],
+        return {TraceCause::tuning, fmt::format("ccm.rows.{}.{}.matrix[{}]", kRowNames[row],
                                                 name[8], difference.value)};
     }
     // Clipping and projection: the tuned gains are not traced themselves.
     const auto row = std::find_if(call.lines.begin(), call.lines.end(), [](std::string_view line) {
         return line.starts_with("LV_blend ratio");
     });
-    if (flash_row(call)) return {TraceCause::tuning, "ccm.rows.flash.gains"};
+    if (flash_row(call)) return {TraceCause::tuning, "ccm.rows.flash.*.gain"};
     return {TraceCause::tuning, row == call.lines.end()
-                                    ? "ccm.rows.normal.gains"
-                                    : "ccm.rows.normal.gains or ccm.rows.low_light.gains"};
+                                    ? "ccm.rows.normal.*.gain"
+                                    : "ccm.rows.normal.*.gain or ccm.rows.low_light.*.gain"};
 }
 
 /// "PY_Low[3]" of the luma block is "Luma.PY[3]" of an image.

@@ -5,6 +5,37 @@
 
 namespace imgtune::workbench {
 
+namespace {
+
+std::string field_row(const FieldDefinition& f) {
+    // The lines of the colour map are alike: one stands for all nine.
+    const bool line = f.name.starts_with("ColorMap.W") && f.name.size() > 14 && f.name[13] == '.';
+    if (line && !f.name.starts_with("ColorMap.W1.H.")) return "";
+    std::string name = f.name;
+    if (line) name.replace(0, 13, "ColorMap.W1..W3.H,Y,S");
+    const std::string word_text = line ? fmt::format("72 + 15 set + 5 line + {}", f.first.word - 72)
+                                       : std::to_string(f.first.word);
+    std::string place = fmt::format("{}..{}", f.first.low, f.first.low + f.first.width - 1);
+    if (f.count != 0 && f.places == nullptr) place += fmt::format(", every {}", f.stride);
+    if (f.places != nullptr) {
+        place.clear();
+        for (unsigned e = 0; e < f.count; ++e) {
+            const BitField at = f.places[e];
+            place += fmt::format("{}{}:{}..{}", e == 0 ? "" : ", ", at.word, at.low,
+                                 at.low + at.width - 1);
+        }
+    }
+    const std::string allowed = f.form == Form::coefficient
+                                    ? "by int_bits and frac_bits; 3, 9: -4095..4096"
+                                : f.places != nullptr ? "by width"
+                                                      : f.allowed_text();
+    return fmt::format("| `{}`{} | {} | {} | {} | {} | {} | {} |\n", name,
+                       f.optional ? " (optional)" : "", word_text, place, f.elements(), allowed,
+                       f.unit, f.meaning);
+}
+
+}  // namespace
+
 std::string describe_fields() {
     static constexpr std::pair<const RecordDefinition*, const char*> kWhere[] = {
         {&kCallerRecord, "`caller`"},
@@ -26,32 +57,7 @@ std::string describe_fields() {
         text += "| field | word | bits | values | allowed | unit | meaning |\n";
         text += "|---|---|---|---|---|---|---|\n";
         for (const FieldDefinition& f : record->fields) {
-            // The lines of the colour map are alike: one stands for all nine.
-            const bool line =
-                f.name.starts_with("ColorMap.W") && f.name.size() > 14 && f.name[13] == '.';
-            if (line && !f.name.starts_with("ColorMap.W1.H.")) continue;
-            std::string name = f.name;
-            if (line) name.replace(0, 13, "ColorMap.W1..W3.H,Y,S");
-            const std::string word_text =
-                line ? fmt::format("72 + 15 set + 5 line + {}", f.first.word - 72)
-                     : std::to_string(f.first.word);
-            std::string place = fmt::format("{}..{}", f.first.low, f.first.low + f.first.width - 1);
-            if (f.count != 0 && f.places == nullptr) place += fmt::format(", every {}", f.stride);
-            if (f.places != nullptr) {
-                place.clear();
-                for (unsigned e = 0; e < f.count; ++e) {
-                    const BitField at = f.places[e];
-                    place += fmt::format("{}{}:{}..{}", e == 0 ? "" : ", ", at.word, at.low,
-                                         at.low + at.width - 1);
-                }
-            }
-            const std::string allowed = f.form == Form::coefficient
-                                            ? "by int_bits and frac_bits; 3, 9: -4095..4096"
-                                        : f.places != nullptr ? "by width"
-                                                              : f.allowed_text();
-            text += fmt::format("| `{}`{} | {} | {} | {} | {} | {} | {} |\n", name,
-                                f.optional ? " (optional)" : "", word_text, place, f.elements(),
-                                allowed, f.unit, f.meaning);
+            text += field_row(f);
         }
     }
     return text;
