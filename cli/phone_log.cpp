@@ -11,15 +11,6 @@
 
 namespace imgtune::cli {
 
-namespace {
-
-std::string name_of(const LogWriter& writer) {
-    return writer.thread == 0 ? fmt::format("{}", writer.process)
-                              : fmt::format("{}:{}", writer.process, writer.thread);
-}
-
-}  // namespace
-
 void add_phone_log(const Verb& verb, PhoneLogOptions& options) {
     verb.option("LOGCAT", options.path, "what adb logcat printed: a file or '-'").required();
     verb.option("--camera", options.camera,
@@ -42,11 +33,7 @@ std::optional<CameraChoice> camera_of(const PhoneLogOptions& options) {
 }
 
 void tell_rest(const std::string& name, const TracedFrames& frames, std::uint64_t count) {
-    std::string others;
-    for (const TracedWriter& other : frames.others()) {
-        others += fmt::format("{}{} ({} calls)", others.empty() ? "" : ", ", name_of(other.writer),
-                              other.calls);
-    }
+    const std::string others = frames.others_text();
     if (count > 0 && !others.empty()) {
         fmt::print(stderr, "{}: other cameras or threads: {}; choose with --camera\n", name,
                    others);
@@ -62,21 +49,7 @@ void tell_rest(const std::string& name, const TracedFrames& frames, std::uint64_
                    "16M\n",
                    name, totals.lost_lines);
     }
-    if (count > 0) return;
-    if (!others.empty()) {
-        throw BadInput(fmt::format("{}: no frame of that camera; the log has {}", name, others));
-    }
-    if (totals.trace_lines == 0) {
-        throw BadInput(
-            fmt::format("{}: none of its {} lines is a trace of the library; 'imgtune "
-                        "props' tells how to switch it on, and the forms brief, tag, "
-                        "time, threadtime and long can be read",
-                        name, totals.lines));
-    }
-    throw BadInput(
-        fmt::format("{}: {} lines of the library, but no frame from its start; 'imgtune "
-                    "props' tells what to switch on",
-                    name, totals.trace_lines));
+    if (count == 0) throw BadInput(frames.why_none(name));
 }
 
 }  // namespace imgtune::cli

@@ -21,31 +21,42 @@ FRAME_DTYPE = _np.dtype(
 )
 """A frame: light value, colour temperature (kelvin), AWB gains (512 = 1.0), conditions."""
 
+from . import library
 from ._core import (
     State,
     Tuning,
+    as_frames,
     diff,
     explain,
-    library,
-    load_frames,
+    fit,
+    frames_from_logcat,
+    patches,
     register_fields,
     replay,
     summary,
     sweep,
 )
 from ._errors import InputError
+from ._files import load_frames, load_registers, save_frames, save_registers
 
 __all__ = [
     "FRAME_DTYPE",
     "InputError",
     "State",
     "Tuning",
+    "as_frames",
     "diff",
     "explain",
+    "fit",
+    "frames_from_logcat",
     "library",
     "load_frames",
+    "load_registers",
+    "patches",
     "register_fields",
     "replay",
+    "save_frames",
+    "save_registers",
     "summary",
     "sweep",
 ]

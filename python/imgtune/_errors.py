@@ -1,6 +1,8 @@
 """The exception that everything unusable ends in."""
 
 import re
+from collections.abc import Iterable
+from typing import Any, Optional
 
 _PLACE = re.compile(r"^(?P<file>[^\n]*?):(?P<line>\d+): (?:column '(?P<field>[^']*)')?")
 
@@ -20,10 +22,12 @@ class InputError(ValueError):
         Every finding, as `Tuning.check` returns them.
     """
 
-    def __init__(self, message, findings=()):
+    def __init__(self, message: str, findings: Iterable[dict[str, Any]] = ()) -> None:
         super().__init__(message)
         self.findings = list(findings)
-        self.file = self.line = self.field = None
+        self.file: Optional[str] = None
+        self.line: Optional[int] = None
+        self.field: Optional[str] = None
         if self.findings:
             first = next((f for f in self.findings if f["severity"] == "error"), self.findings[0])
             self.file = first.get("file") or None

@@ -2,27 +2,30 @@
 
 import concurrent.futures
 import os
+from collections.abc import Callable, Sequence
+from concurrent.futures.process import BrokenProcessPool
+from typing import TYPE_CHECKING, Any, Optional, Union
+
+import numpy as np
 
 from . import _core
 from ._errors import InputError
+from ._files import load_frames
+
+if TYPE_CHECKING:
+    import pandas
+
+Path = Union[str, "os.PathLike[str]"]
+Row = dict[str, Any]
+
+_CHUNKS_A_WORKER = 8
+_LARGEST_CHUNK = 64
+_ATTEMPTS = 3
 
 
-def _row(tuning_path, log_path, fps, noise):
-    """The summary of one pair, flat; an unusable input yields its error."""
-    row = {"tuning": str(tuning_path), "log": str(log_path), "error": None}
-    try:
-        found = _core.summary(
-            _core.Tuning.load(tuning_path), _core.load_frames(log_path), fps=fps, noise=noise
-        )
-    except InputError as error:
-        return {**row, "error": str(error)}
-    row.update(_numbers(found))
-    return row
-
-
-def _numbers(values, prefix=""):
+def _numbers(values: Row, prefix: str = "") -> Row:
     """Every number of nested dicts by its dotted name; lists are left out."""
-    flat = {}
+    flat: Row = {}
     for key, value in values.items():
         if isinstance(value, dict):
             flat.update(_numbers(value, f"{prefix}{key}."))
@@ -31,45 +34,90 @@ def _numbers(values, prefix=""):
     return flat
 
 
-def summarize(tunings, logs, client=None, *, fps=30.0, noise=5.0, workers=None):
+def _rows(tuning: Union[Path, _core.Tuning], logs: Sequence[Path], load: Callable, options: Row):
+    """The summaries of a chunk of logs, flat; an unusable input yields its error."""
+    name = tuning.name if isinstance(tuning, _core.Tuning) else os.fspath(tuning)
+    rows: list[Row] = []
+    for log in logs:
+        row: Row = {"tuning": name, "log": os.fspath(log), "error": None}
+        try:
+            if not isinstance(tuning, _core.Tuning):
+                tuning = _core.Tuning.load(tuning)
+            row.update(_numbers(_core.summary(tuning, load(log), **options)))
+        except InputError as error:
+            row["error"] = str(error)
+        rows.append(row)
+    return rows
+
+
+def _in_processes(tasks: Sequence[tuple], workers: int) -> list[list[Row]]:
+    """Runs the tasks; what a process that died had taken is run again."""
+    done: dict[int, list[Row]] = {}
+    for _ in range(_ATTEMPTS):
+        with concurrent.futures.ProcessPoolExecutor(workers) as pool:
+            try:
+                left = [i for i in range(len(tasks)) if i not in done]
+                running = {i: pool.submit(_rows, *tasks[i]) for i in left}
+            except BrokenProcessPool:
+                continue
+            for i, future in running.items():
+                if not isinstance(future.exception(), BrokenProcessPool):
+                    done[i] = future.result()
+        if len(done) == len(tasks):
+            return [done[i] for i in range(len(tasks))]
+    raise RuntimeError(f"worker processes died in each of {_ATTEMPTS} attempts")
+
+
+def summarize(
+    tunings: Sequence[Union[Path, _core.Tuning]],
+    logs: Sequence[Path],
+    client: Any = None,
+    *,
+    fps: float = 30.0,
+    noise: float = 5.0,
+    workers: Optional[int] = None,
+    load: Callable[[Path], np.ndarray] = load_frames,
+) -> "pandas.DataFrame":
     """Runs every log through every tuning.
 
     Parameters
     ----------
-    tunings, logs : sequences of paths
+    tunings : sequence of paths or Tunings
+    logs : sequence of paths
     client : distributed.Client, optional
         A Dask cluster that carries the work; paths must mean the same to its workers. A worker
         that is lost has its pairs run again elsewhere. Without one, processes on this machine.
     fps, noise : float
         As for `imgtune.summary`.
     workers : int, optional
-        Processes without a client; default: one a core.
+        Processes without a client; default: one a core, 0: none but this one.
+    load : callable
+        Makes frames of a path, such as `imgtune.frames_from_logcat`.
 
     Returns
     -------
     pandas.DataFrame
-        One row a pair, tuning by tuning: tuning, log, error (None where all went well), frames,
-        and the numbers of the summary.
+        One row a pair, tuning by tuning: tuning (path or name), log, error (None where all went
+        well), frames, and the numbers of the summary.
     """
     import pandas
 
-    pairs = [(tuning, log) for tuning in tunings for log in logs]
     if client is not None:
-        futures = [client.submit(_row, *pair, fps, noise, pure=False) for pair in pairs]
-        rows = client.gather(futures)
-    elif workers == 0:
-        rows = [_row(*pair, fps, noise) for pair in pairs]
+        count = sum(client.nthreads().values())
     else:
-        workers = workers or os.cpu_count()
-        with concurrent.futures.ProcessPoolExecutor(workers) as pool:
-            chunk = max(1, len(pairs) // (4 * workers))
-            rows = list(
-                pool.map(
-                    _row,
-                    *zip(*pairs),
-                    [fps] * len(pairs),
-                    [noise] * len(pairs),
-                    chunksize=chunk,
-                )
-            )
-    return pandas.DataFrame(rows)
+        count = workers or os.cpu_count() or 1
+    pairs = len(tunings) * len(logs)
+    size = min(max(pairs // (_CHUNKS_A_WORKER * max(count, 1)), 1), _LARGEST_CHUNK)
+    options = {"fps": fps, "noise": noise}
+    tasks = [
+        (tuning, list(logs[first : first + size]), load, options)
+        for tuning in tunings
+        for first in range(0, len(logs), size)
+    ]
+    if client is not None:
+        chunks = client.gather([client.submit(_rows, *task, pure=False) for task in tasks])
+    elif workers == 0:
+        chunks = [_rows(*task) for task in tasks]
+    else:
+        chunks = _in_processes(tasks, count)
+    return pandas.DataFrame([row for chunk in chunks for row in chunk])

@@ -17,10 +17,11 @@ using workbench::kFrameColumns;
 
 constexpr std::size_t kFullGain = 2;  ///< first column of each triple
 constexpr std::size_t kAwbGain = 5;
+constexpr std::size_t kBlock = 64;  ///< frames that are taken at a time
 
 /// One number in memory, of any whole type and byte order.
 template <class Number, bool Swapped>
-std::int64_t load(const char* from) {
+std::int64_t load_one(const char* from) {
     char bytes[sizeof(Number)];
     std::memcpy(bytes, from, sizeof(bytes));
     if constexpr (Swapped) std::reverse(std::begin(bytes), std::end(bytes));
@@ -32,7 +33,15 @@ std::int64_t load(const char* from) {
     return static_cast<std::int64_t>(value);
 }
 
-using Load = std::int64_t (*)(const char*);
+/// A run of a column into one column of rows.
+template <class Number, bool Swapped>
+void load(const char* from, py::ssize_t stride, std::size_t count, std::int64_t* out) {
+    for (std::size_t i = 0; i < count; ++i, from += stride, out += kFrameColumns.size()) {
+        *out = load_one<Number, Swapped>(from);
+    }
+}
+
+using Load = void (*)(const char*, py::ssize_t, std::size_t, std::int64_t*);
 
 template <bool Swapped>
 Load loader(char kind, py::ssize_t size) {
@@ -47,6 +56,11 @@ Load loader(char kind, py::ssize_t size) {
         default:
             return is_signed ? load<std::int64_t, Swapped> : load<std::uint64_t, Swapped>;
     }
+}
+
+/// Whether every number of a type is in a column's range.
+bool always_fits(char kind, py::ssize_t size, const FrameColumn& allowed) {
+    return size < 4 || (size == 4 && (kind == 'i' || allowed.most == workbench::kUint32Most));
 }
 
 /// The names and the columns of whatever holds frames.
@@ -97,7 +111,6 @@ FrameColumns::FrameColumns(const py::object& frames) {
         }
     }
     check_gains();
-    for (const Column& column : columns_) check_range(column);
 }
 
 void FrameColumns::add(const py::object& values, std::size_t target) {
@@ -130,6 +143,7 @@ void FrameColumns::add(const py::object& values, std::size_t target) {
     const py::ssize_t width = array.dtype().itemsize();
     columns_.push_back({static_cast<const char*>(array.data()), array.strides(0),
                         swapped ? loader<true>(kind, width) : loader<false>(kind, width), target});
+    if (!always_fits(kind, width, kFrameColumns[target])) check_range(columns_.back());
     kept_.push_back(array);
 }
 
@@ -174,25 +188,29 @@ void FrameColumns::check_gains() {
 
 void FrameColumns::check_range(const Column& column) const {
     const FrameColumn& allowed = kFrameColumns[column.target];
-    for (std::size_t i = 0; i < size_; ++i) {
-        const std::int64_t value =
-            column.load(column.data + static_cast<py::ssize_t>(i) * column.stride);
-        if (value >= allowed.least && value <= allowed.most) continue;
-        raise_input_error(
-            fmt::format("column '{}', frame {}: {} is out of range; allowed are {}..{}",
-                        allowed.name, i, value, allowed.least, allowed.most),
-            std::string(allowed.name));
+    std::array<FrameValues, kBlock> block;
+    for (std::size_t first = 0; first < size_; first += kBlock) {
+        const std::size_t count = std::min(kBlock, size_ - first);
+        column.load(column.at(first), column.stride, count, block.data()->data());
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::int64_t value = block[i][0];
+            if (value >= allowed.least && value <= allowed.most) continue;
+            raise_input_error(
+                fmt::format("column '{}', frame {}: {} is out of range; allowed are {}..{}",
+                            allowed.name, first + i, value, allowed.least, allowed.most),
+                std::string(allowed.name));
+        }
     }
 }
 
 void FrameColumns::read(std::size_t first, std::size_t count, workbench::Frame* out) const {
-    for (std::size_t i = 0; i < count; ++i) {
-        FrameValues values{};
+    std::array<FrameValues, kBlock> block{};
+    for (std::size_t end = first + count; first < end; first += kBlock) {
+        const std::size_t rows = std::min(kBlock, end - first);
         for (const Column& column : columns_) {
-            values[column.target] =
-                column.load(column.data + static_cast<py::ssize_t>(first + i) * column.stride);
+            column.load(column.at(first), column.stride, rows, &block[0][column.target]);
         }
-        out[i] = workbench::to_frame(values);
+        for (std::size_t i = 0; i < rows; ++i) *out++ = workbench::to_frame(block[i]);
     }
 }
 

@@ -1,11 +1,10 @@
 #include <fmt/format.h>
 #include <imgtune/imgtune.h>
 
-#include <array>
 #include <cstring>
 #include <utility>
 
-#include "binding.h"
+#include "library_arrays.h"
 
 // The exported functions of the library on arrays, for tests and teaching.
 
@@ -15,32 +14,6 @@ namespace {
 
 using Image = NSIspTuning::ISP_NVRAM_COLOR_T;
 using Param = ISP_SMOOTH_COLOR_PARAM_T;
-
-template <class Number>
-using Array = py::array_t<Number, py::array::c_style | py::array::forcecast>;
-
-/// The words of an array of exactly this shape; anything else is refused.
-template <class Record, class Number>
-Record record_of(const Array<Number>& array, const char* name) {
-    static_assert(sizeof(Record) % sizeof(Number) == 0);
-    constexpr std::size_t kCount = sizeof(Record) / sizeof(Number);
-    if (static_cast<std::size_t>(array.size()) != kCount) {
-        raise_input_error(
-            fmt::format("{} has {} values, {} are needed", name, array.size(), kCount), name);
-    }
-    Record record;
-    std::memcpy(&record, array.data(), sizeof(record));
-    return record;
-}
-
-template <class Record>
-py::array_t<std::uint32_t> words_array(const Record& record) {
-    py::array_t<std::uint32_t> words(static_cast<py::ssize_t>(sizeof(Record) / 4));
-    std::memcpy(words.mutable_data(), &record, sizeof(record));
-    return words;
-}
-
-using Words = Array<std::uint32_t>;
 
 const std::pair<const char*, std::uint32_t Param::*> kParamFields[] = {
     {"IsBoot", &Param::IsBoot},
@@ -83,7 +56,7 @@ void bind_block(py::module_& module, const char* name, Block block) {
             Param values = param_of(param);
             auto image = record_of<Image>(working, "working");
             block(values, record_of<Image>(high, "high"), record_of<Image>(low, "low"), image);
-            return words_array(image);
+            return array_of<std::uint32_t>(image);
         },
         py::arg("param"), py::arg("high"), py::arg("low"), py::arg("working"),
         "A block function. param: dict of the parameter record's fields (missing ones 0); high, "
@@ -117,7 +90,8 @@ py::tuple smooth_ccm(const Words& tuning, const py::dict& camera, const Words& r
     unsigned int next = index;
     SmoothCCM(full_gain, int_bits, frac_bits, image, output, version, camera_of(camera),
               entries.entry, next, w.w);
-    return py::make_tuple(words_array(output), words_array(entries).attr("reshape")(2, 6), next);
+    return py::make_tuple(array_of<std::uint32_t>(output),
+                          array_of<std::uint32_t>(entries).attr("reshape")(2, 6), next);
 }
 
 py::tuple smooth_color(const Words& table, const Words& tuning, const py::dict& camera,
@@ -138,10 +112,9 @@ py::tuple smooth_color(const Words& table, const Words& tuning, const py::dict& 
                 static_cast<NSIspTuning::EIndex_PCA_LUT_CT>(upper_index),
                 static_cast<NSIspTuning::EIndex_PCA_LUT_CT>(lower_index), images.image,
                 tunings.slot, camera_of(camera), result, version, boot, image);
-    return py::make_tuple(words_array(result), boot);
+    return py::make_tuple(array_of<std::uint32_t>(result), boot);
 }
 
-using Floats = Array<float>;
 struct Matrix {
     float m[9];
 };
@@ -256,6 +229,15 @@ void bind_rules(py::module_& module) {
                "One temporal step, elementwise, uint32.");
     module.def("clip", py::vectorize(Clip), py::arg("v"), py::arg("a"), py::arg("b"),
                "v between two bounds in either order, elementwise, uint32.");
+    using ClipBytes = unsigned char (*)(unsigned char, unsigned char, unsigned char);
+    using ClipWords = unsigned int (*)(unsigned int, unsigned int, unsigned int);
+    module.def("CLIP", py::vectorize(ClipWords{CLIP}), py::arg("v"), py::arg("lo"), py::arg("hi"),
+               "v limited to lo..hi, the upper bound tested first, elementwise, uint32.");
+    module.def("CLIP_uint8", py::vectorize(ClipBytes{CLIP}), py::arg("v"), py::arg("lo"),
+               py::arg("hi"), "The same for uint8.");
+    module.def("sign", py::vectorize(sign), py::arg("x"), "1 above 0, else -1, elementwise.");
+    module.def("sign_extension", py::vectorize(sign_extension), py::arg("v"), py::arg("n"),
+               "The low 32 - n bits as a signed number, elementwise.");
 }
 
 }  // namespace
@@ -264,6 +246,7 @@ void bind_library(py::module_& module) {
     py::module_ library = module.def_submodule("library", "The exported functions of the library.");
     bind_rules(library);
     bind_matrices(library);
+    bind_ccm_functions(library);
     const std::pair<const char*, Block> blocks[] = {
         {"inter_param_by_lv_global", InterParamByLVGlobal},
         {"inter_param_global", InterParamGlobal},

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <nlohmann/json.hpp>
 
 #include "binding.h"
@@ -19,8 +21,28 @@ py::object input_error() {
 
 }  // namespace
 
+void raise_findings(const std::string& message, const py::object& findings) {
+    raise(input_error()(message, findings));
+}
+
 void raise_findings(const std::string& message, const workbench::Faults& faults) {
-    raise(input_error()(message, findings_of(faults)));
+    raise_findings(message, findings_of(faults));
+}
+
+void raise_about_file(const std::string& message, const std::string& file) {
+    const py::object error = input_error()(message);
+    if (error.attr("file").is_none()) error.attr("file") = file;
+    raise(error);
+}
+
+void require_word(const char* argument, const std::string& value,
+                  std::initializer_list<const char*> allowed) {
+    std::string words;
+    for (const char* word : allowed) {
+        if (value == word) return;
+        words += fmt::format("{}'{}'", words.empty() ? "" : " and ", word);
+    }
+    raise_input_error(fmt::format("{} is '{}'; allowed are {}", argument, value, words), argument);
 }
 
 void raise_input_error(const std::string& message, const std::string& field) {
@@ -30,16 +52,16 @@ void raise_input_error(const std::string& message, const std::string& field) {
 }
 
 py::object findings_of(const workbench::Faults& faults) {
-    const nlohmann::ordered_json json = workbench::to_json(faults);
-    return from_json(
-        json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace))["findings"];
+    return as_python(workbench::to_json(faults))["findings"];
 }
 
 std::string path_text(const py::object& path) {
     return py::cast<std::string>(py::module_::import("os").attr("fspath")(path));
 }
 
-py::object from_json(const std::string& text) {
+py::object as_python(const nlohmann::ordered_json& json) {
+    const std::string text =
+        json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
     return py::module_::import("json").attr("loads")(text);
 }
 
@@ -58,6 +80,8 @@ PYBIND11_MODULE(_core, module) {
     });
     bind_tuning(module);
     bind_replay(module);
+    bind_frame_logs(module);
     bind_studies(module);
+    bind_calibration(module);
     bind_library(module);
 }

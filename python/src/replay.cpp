@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "binding.h"
-#include "workbench/files/file_source.h"
 #include "workbench/text/glob.h"
 #include "workbench/tuning/fields.h"
 
@@ -22,7 +21,8 @@ struct Output {
     enum class Kind { matrix, ccm, color, field } kind;
     std::string name;
     std::size_t offset = 0;
-    const workbench::FieldDefinition* field = nullptr;
+    bool is_list = false;            ///< of a field
+    std::vector<BitField> places{};  ///< of a field's values
 };
 
 std::size_t bytes_of(const Output& output) {
@@ -34,7 +34,7 @@ std::size_t bytes_of(const Output& output) {
         case Output::Kind::color:
             return 117 * 4;
         default:
-            return output.field->elements() * 4;
+            return output.places.size() * 4;
     }
 }
 
@@ -47,7 +47,9 @@ std::vector<Output> all_outputs(workbench::Jobs jobs) {
     if (!jobs.color) return all;
     all.push_back({Output::Kind::color, "color"});
     for (const auto& field : workbench::kColorImageRecord.fields) {
-        all.push_back({Output::Kind::field, field.name, 0, &field});
+        Output& output =
+            all.emplace_back(Output{Output::Kind::field, field.name, 0, field.count != 0});
+        for (unsigned e = 0; e < field.elements(); ++e) output.places.push_back(field.place(e));
     }
     return all;
 }
@@ -104,11 +106,11 @@ py::dtype dtype_of(const std::vector<Output>& outputs) {
                 columns.append(py::make_tuple(output.name, "u4", py::make_tuple(117)));
                 break;
             default:
-                if (output.field->count == 0) {
-                    columns.append(py::make_tuple(output.name, "i4"));
+                if (output.is_list) {
+                    const auto shape = py::make_tuple(output.places.size());
+                    columns.append(py::make_tuple(output.name, "i4", shape));
                 } else {
-                    columns.append(
-                        py::make_tuple(output.name, "i4", py::make_tuple(output.field->count)));
+                    columns.append(py::make_tuple(output.name, "i4"));
                 }
         }
     }
@@ -131,18 +133,16 @@ void put(const Output& output, const Registers& registers, const workbench::Call
             std::memcpy(at, registers.color.u4Word, sizeof(registers.color));
             break;
         default:
-            for (unsigned e = 0; e < output.field->elements(); ++e) {
-                const std::uint32_t value = output.field->place(e).read(registers.color.u4Word);
-                std::memcpy(at + std::size_t{4} * e, &value, 4);
+            for (std::size_t e = 0; e < output.places.size(); ++e) {
+                const std::uint32_t value = output.places[e].read(registers.color.u4Word);
+                std::memcpy(at + 4 * e, &value, 4);
             }
     }
 }
 
 workbench::Jobs jobs_of(const Tuning& tuning, const py::object& only) {
     const std::string job = only.is_none() ? "" : py::cast<std::string>(only);
-    if (job != "" && job != "ccm" && job != "color") {
-        raise_input_error(fmt::format("only is '{}'; allowed are 'ccm' and 'color'", job), "only");
-    }
+    if (!only.is_none()) require_word("only", job, {"ccm", "color"});
     const workbench::Jobs jobs{tuning.has_ccm && job != "color", tuning.has_color && job != "ccm"};
     if (!jobs.ccm && !jobs.color) {
         raise_input_error(fmt::format("the tuning has no part '{}'", job.empty() ? "ccm" : job),
@@ -153,8 +153,6 @@ workbench::Jobs jobs_of(const Tuning& tuning, const py::object& only) {
 
 py::array replay(const Tuning& tuning, const py::object& frames, CameraState* state,
                  const py::object& fields, const py::object& only) {
-    constexpr std::size_t kChunk = 512;
-    constexpr std::size_t kChunksBetweenSignals = 64;
     const workbench::Jobs jobs = jobs_of(tuning, only);
     const std::vector<Output> outputs = chosen_outputs(jobs, fields);
     const FrameColumns columns(frames);
@@ -162,48 +160,16 @@ py::array replay(const Tuning& tuning, const py::object& frames, CameraState* st
                      std::vector<py::ssize_t>{static_cast<py::ssize_t>(columns.size())});
     char* row = static_cast<char*>(result.mutable_data());
     const auto row_size = static_cast<std::size_t>(result.itemsize());
-
-    const py::gil_scoped_release unlocked;
     Camera camera(tuning, jobs);
     if (state != nullptr) camera.set_state(*state);
-    std::vector<Frame> chunk(kChunk);
-    for (std::size_t first = 0, chunks = 1; first < columns.size(); first += kChunk, ++chunks) {
-        const std::size_t count = std::min(kChunk, columns.size() - first);
-        columns.read(first, count, chunk.data());
-        for (std::size_t i = 0; i < count; ++i, row += row_size) {
-            camera.run(chunk[i]);
-            for (const Output& output : outputs) {
-                put(output, camera.registers(), tuning.caller, row);
-            }
+    for_each_frame(columns, [&](const Frame& frame) {
+        camera.run(frame);
+        for (const Output& output : outputs) {
+            put(output, camera.registers(), camera.tuning().caller, row);
         }
-        if (chunks % kChunksBetweenSignals == 0) {
-            const py::gil_scoped_acquire locked;
-            if (PyErr_CheckSignals() != 0) throw py::error_already_set();
-        }
-    }
+        row += row_size;
+    });
     if (state != nullptr) *state = camera.state();
-    return result;
-}
-
-/// A frame log as the columns of a structured array.
-py::array load_frames(const py::object& path) {
-    std::vector<workbench::FrameValues> rows;
-    {
-        const std::string text = path_text(path);
-        const py::gil_scoped_release unlocked;
-        workbench::FrameFile file(text);
-        for (Frame frame; file.log().next(frame);) rows.push_back(workbench::to_values(frame));
-    }
-    const py::dtype type = py::cast<py::dtype>(py::module_::import("imgtune").attr("FRAME_DTYPE"));
-    py::array result(type, std::vector<py::ssize_t>{static_cast<py::ssize_t>(rows.size())});
-    char* at = static_cast<char*>(result.mutable_data());
-    for (const auto& row : rows) {
-        for (const std::int64_t value : row) {
-            const auto word = static_cast<std::uint32_t>(value);
-            std::memcpy(at, &word, 4);
-            at += 4;
-        }
-    }
     return result;
 }
 
@@ -256,6 +222,10 @@ Examples
 ('matrix', 'Global.B', 'Global.C', 'Global.S')
 )");
     module.def(
+        "register_dtype",
+        [](const py::object& fields) { return dtype_of(chosen_outputs({}, fields)); },
+        py::arg("fields") = py::none(), "The dtype of what `replay` returns for these fields.");
+    module.def(
         "register_fields",
         [] {
             std::vector<std::string> names;
@@ -263,8 +233,6 @@ Examples
             return names;
         },
         "Every name that `replay`'s `fields` can choose.");
-    module.def("load_frames", &load_frames, py::arg("path"),
-               "Reads a frame log (CSV; '-' is standard input) as an array of FRAME_DTYPE.");
 }
 
 }  // namespace imgtune::python

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "binding.h"
 #include "workbench/json/diff.h"
@@ -21,12 +22,6 @@ using workbench::Camera;
 using workbench::Frame;
 using workbench::Jobs;
 
-constexpr std::size_t kChunk = 512;
-
-py::object as_python(const nlohmann::ordered_json& json) {
-    return from_json(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-}
-
 Jobs all_jobs(const Tuning& tuning) {
     const Jobs jobs{tuning.has_ccm, tuning.has_color};
     if (!jobs.ccm && !jobs.color) {
@@ -44,22 +39,18 @@ Frame frame_of(const py::dict& values) {
     return frame;
 }
 
-/// Hands every frame to `take`, without the interpreter lock.
-template <class Take>
-void for_each_frame(const FrameColumns& columns, const Take& take) {
-    const py::gil_scoped_release unlocked;
-    std::vector<Frame> chunk(kChunk);
-    for (std::size_t first = 0; first < columns.size(); first += kChunk) {
-        const std::size_t count = std::min(kChunk, columns.size() - first);
-        columns.read(first, count, chunk.data());
-        for (std::size_t i = 0; i < count; ++i) take(chunk[i]);
-    }
-}
-
 py::object explain(const Tuning& tuning, const py::dict& frame, const py::object& after) {
     Camera camera(tuning, all_jobs(tuning));
-    if (!after.is_none()) workbench::run_to_rest(camera, frame_of(py::dict(after)));
-    return as_python(to_json(workbench::explain_at_rest(camera, frame_of(frame))));
+    const Frame asked = frame_of(frame);
+    std::optional<Frame> before;
+    if (!after.is_none()) before = frame_of(py::dict(after));
+    nlohmann::ordered_json told;
+    {
+        const py::gil_scoped_release unlocked;
+        if (before) workbench::run_to_rest(camera, *before);
+        told = to_json(workbench::explain_at_rest(camera, asked));
+    }
+    return as_python(told);
 }
 
 py::object summary(const Tuning& tuning, const py::object& frames, double fps, double noise) {
@@ -91,8 +82,12 @@ py::dict sweep(const Tuning& tuning, const py::object& cct, const std::vector<st
         cct.is_none() ? workbench::tuned_range(tuning) : cct.cast<std::vector<std::uint32_t>>(), lv,
         flash, scene};
     const Jobs jobs = all_jobs(tuning);
-    const workbench::Sweep result =
-        workbench::run_sweep(tuning, jobs, grid, workbench::tuned_locus(tuning));
+    workbench::Sweep result;
+    {
+        const Tuning copy = tuning;
+        const py::gil_scoped_release unlocked;
+        result = workbench::run_sweep(copy, jobs, grid, workbench::tuned_locus(copy));
+    }
     const auto rows = static_cast<py::ssize_t>(grid.lv.size());
     const auto columns = static_cast<py::ssize_t>(grid.cct.size());
     py::dict out;
@@ -119,9 +114,29 @@ py::dict sweep(const Tuning& tuning, const py::object& cct, const std::vector<st
     return out;
 }
 
+py::object compare(const Tuning& a, const Tuning& b) {
+    return as_python(to_json(workbench::diff_tunings(a, b)));
+}
+
 }  // namespace
 
 void bind_studies(py::module_& module) {
+    tuning_class(module).def("compare", &compare, py::arg("other"),
+                             R"(The fields in which another tuning differs.
+
+Returns
+-------
+list of dict
+    field (a path, or name, ccm, color for the tuning itself), a (here), b (there).
+
+Examples
+--------
+>>> a = imgtune.Tuning.starter()
+>>> b = a.copy()
+>>> b["ccm.i4NumLV"] = 1
+>>> a.compare(b)
+[{'field': 'ccm.i4NumLV', 'a': 2, 'b': 1}]
+)");
     module.def("explain", &explain, py::arg("tuning"), py::arg("frame"), py::kw_only(),
                py::arg("after") = py::none(),
                R"(What the library does with one frame, once the camera has come to rest in it.

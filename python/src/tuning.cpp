@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "binding.h"
 #include "field_paths.h"
@@ -22,7 +23,8 @@ using workbench::Part;
 
 Tuning load(const py::object& path) {
     Faults faults;
-    Tuning tuning = workbench::load_tuning(path_text(path), faults);
+    const std::string from = path_text(path);
+    const Tuning tuning = work_on_file(from, [&] { return workbench::load_tuning(from, faults); });
     if (faults.has_errors()) {
         faults.sort();
         raise_findings(faults.text(), faults);
@@ -41,20 +43,21 @@ Tuning from_yaml(const std::string& text, const std::string& name) {
 }
 
 void save(const Tuning& tuning, const py::object& path, const std::string& form, bool comments) {
-    if (form == "yaml") {
-        workbench::write_file(path_text(path), workbench::write_yaml(tuning, comments));
-    } else if (form == "images") {
-        workbench::write_images(path_text(path), tuning);
-    } else {
-        raise_input_error(fmt::format("form is '{}'; allowed are 'yaml' and 'images'", form),
-                          "form");
-    }
+    require_word("form", form, {"yaml", "images"});
+    const std::string to = path_text(path);
+    const Tuning copy = tuning;
+    work_on_file(to, [&] {
+        if (form == "yaml") return workbench::write_file(to, workbench::write_yaml(copy, comments));
+        workbench::write_images(to, copy);
+    });
 }
 
-py::object check(const Tuning& tuning) {
+py::object check(Tuning tuning) {
     Faults faults;
+    std::optional<py::gil_scoped_release> unlocked(std::in_place);
     workbench::check_tuning(tuning, faults);
     faults.sort();
+    unlocked.reset();
     return findings_of(faults);
 }
 
@@ -133,13 +136,9 @@ py::object get(const py::object& self, const std::string& path) {
     }
 }
 
-void set(Tuning& tuning, const std::string& path, const py::object& value) {
-    const Selection selection = select(path);
-    if (selection.kind == Selection::Kind::none) raise_unknown(path);
-    if (selection.kind == Selection::Kind::group) {
-        raise_input_error(fmt::format("'{}' is a group of fields; set them one by one", path),
-                          path);
-    }
+/// Exactly these values for the selection of a path, as numpy broadcasts them.
+void assign(Tuning& tuning, const std::string& path, const Selection& selection,
+            const py::object& value) {
     const py::module_ numpy = py::module_::import("numpy");
     const py::array given = numpy.attr("asarray")(value);
     if (given.dtype().kind() != 'i' && given.dtype().kind() != 'u') {
@@ -158,23 +157,44 @@ void set(Tuning& tuning, const std::string& path, const py::object& value) {
                                       selection.values.size(), given.size()),
                           path);
     }
-    Tuning tried = tuning;  // all of them or none
     for (std::size_t i = 0; i < selection.values.size(); ++i) {
         const FieldRef& field = *selection.values[i];
         const std::int64_t wanted = values.data()[i];
-        field.write_bits(tried, static_cast<std::uint32_t>(wanted));
-        if (field.read(tried) != wanted) {
+        field.write_bits(tuning, static_cast<std::uint32_t>(wanted));
+        if (field.read(tuning) != wanted) {
             raise_input_error(fmt::format("{} is {}; allowed are {}..{}", field.path(), wanted,
                                           field.definition->lowest(), field.definition->highest()),
                               field.path());
         }
     }
+}
+
+/// A value or an array to its path; a dict to the members of a group.
+void assign_any(Tuning& tuning, const std::string& path, const py::object& value) {
+    const Selection selection = select(path);
+    if (selection.kind == Selection::Kind::none) raise_unknown(path);
+    if (selection.kind != Selection::Kind::group) return assign(tuning, path, selection, value);
+    if (!py::isinstance<py::dict>(value)) {
+        raise_input_error(fmt::format("'{}' is a group of fields; it takes a dict of them", path),
+                          path);
+    }
+    for (const auto& [name, member] : value.cast<py::dict>()) {
+        const auto below = py::cast<std::string>(py::str(name));
+        assign_any(tuning, path.empty() ? below : path + '.' + below,
+                   py::reinterpret_borrow<py::object>(member));
+    }
+}
+
+void set(Tuning& tuning, const std::string& path, const py::object& value) {
+    Tuning tried = tuning;  // all of it or none
+    assign_any(tried, path, value);
     tuning = tried;
 }
 
 py::array words(const py::object& self, const std::string& part) {
     auto& tuning = self.cast<Tuning&>();
     const py::dtype type = py::dtype::of<std::uint32_t>();
+    require_word("part", part, {"ccm", "color", "pca"});
     if (part == "ccm") {
         return py::array(type, std::vector<py::ssize_t>{sizeof(tuning.ccm) / 4}, {},
                          words_of(tuning, Part::ccm), self);
@@ -182,9 +202,7 @@ py::array words(const py::object& self, const std::string& part) {
     if (part == "color") {
         return py::array(type, {4, 5, 117}, {}, words_of(tuning, Part::color), self);
     }
-    if (part == "pca") return py::array(type, {4, 17}, {}, words_of(tuning, Part::pca), self);
-    raise_input_error(fmt::format("part is '{}'; allowed are 'ccm', 'color' and 'pca'", part),
-                      "part");
+    return py::array(type, {4, 17}, {}, words_of(tuning, Part::pca), self);
 }
 
 bool same(const Tuning& a, const Tuning& b) {
@@ -208,6 +226,7 @@ void bind_tuning(py::module_& module) {
 Indexed by field path. A value is an int; a list of values is an array. Arrays of whole 32-bit
 words (gains, polynomials, smoothing parameters) are views of the record: writing to them changes
 the tuning. Others (matrices, packed colour fields) are read-only copies: assign to the path.
+A group of fields is a dict, and takes one.
 
 Examples
 --------
@@ -244,6 +263,7 @@ Examples
         .def_static("paths", &field_paths, "Every field path, in the order of the YAML form.")
         .def("__getitem__", &get, py::arg("path"))
         .def("__setitem__", &set, py::arg("path"), py::arg("value"))
+        .def("_ipython_key_completions_", [](const Tuning&) { return field_paths(); })
         .def("__eq__", &same, py::is_operator())
         .def("__copy__", [](const Tuning& tuning) { return tuning; })
         .def("__deepcopy__", [](const Tuning& tuning, const py::dict&) { return tuning; })

@@ -1,5 +1,6 @@
 """The module against the command line, and against what people hand it by mistake."""
 
+import contextlib
 import copy
 import csv
 import gc
@@ -7,9 +8,11 @@ import json
 import os
 import pathlib
 import pickle
-import resource
+import shutil
+import signal
 import subprocess
 import threading
+import tracemalloc
 
 import imgtune
 import numpy as np
@@ -18,12 +21,11 @@ import pytest
 EXAMPLES = pathlib.Path(os.environ["IMGTUNE_EXAMPLES"])
 TOOL = os.environ["IMGTUNE_TOOL"]
 SAMPLES = [
-    ("imx477-polynomial", "imx477-walk"),
-    ("imx477-polynomial", "imx477-flash-shot"),
-    ("imx708-blend", "imx708-walk"),
-    ("imx477-measured-blend", "imx477-dusk"),
-    ("synthetic-stretched", "imx477-hunting-awb"),
+    (tuning.stem, log.stem)
+    for tuning in sorted(EXAMPLES.glob("*.yaml"))
+    for log in sorted(EXAMPLES.glob("*.csv"))
 ]
+LEAK_CALLS = int(os.environ.get("IMGTUNE_LEAK_CALLS", "20000"))
 
 
 def tuning_path(name):
@@ -65,7 +67,9 @@ def test_registers_equal_the_command_lines(tuning_name, log_name, tmp_path):
         assert (got["matrix"].reshape(-1, 9)[:, k] == column).all(), f"c{k}"
     words = np.array([[int(row[f"ccm{k}"], 16) for k in range(6)] for row in expected])
     assert (got["ccm"] == words).all()
-    for name in got.dtype.names[3:]:
+    fields = [name for name in got.dtype.names if "." in name]
+    assert bool(fields) == loaded.has_color
+    for name in fields:
         shape = got[name].shape[1:]
         names = [f"{name}[{e}]" for e in range(shape[0])] if shape else [name]
         column = np.array([[int(row[n]) for n in names] for row in expected])
@@ -121,6 +125,15 @@ def test_frames_of_any_layout(tuning, walk):
     frame["x_note"] = "skipped"
     assert (imgtune.replay(tuning, frame) == expected).all()
     assert len(imgtune.replay(tuning, walk[:0])) == 0
+
+
+def test_the_input_is_not_copied(tuning, walk):
+    frames = {name: np.broadcast_to(walk[name][0], 300_000) for name in walk.dtype.names}
+    tracemalloc.start()
+    result = imgtune.replay(tuning, frames, fields="Global.B")
+    peak = tracemalloc.get_traced_memory()[1]
+    tracemalloc.stop()
+    assert peak < result.nbytes + 1_000_000  # one column of the input as int32 has 1,200,000
 
 
 GOOD = {"lv": [1], "cct": [4000], "awb_r": [700], "awb_g": [512], "awb_b": [900]}
@@ -181,10 +194,16 @@ def test_fields_by_path(tuning, tmp_path):
         ("ccm.i4NumCt", 3, "did you mean 'ccm.i4NumCT'"),
         ("ccm.i4NumCT", 1.5, "whole numbers"),
         ("ccm", 1, "group of fields"),
+        ("ccm", {"i4NumCT": 5, "i4NumLV": 2**40}, "i4NumLV is 1099511627776"),
     ]:
         with pytest.raises(imgtune.InputError, match=text):
             tuning[path] = value
     assert tuning == before
+    tuning["caller"] = {"int_bits": 4, "weights": [5, 6, 7]}
+    changed = [{"field": "caller.int_bits", "a": 3, "b": 4}]
+    changed += [{"field": f"caller.weights[{i}]", "a": [2, 1, 1][i], "b": 5 + i} for i in range(3)]
+    assert before.compare(tuning) == changed
+    tuning["caller"] = before["caller"]
     for form in ("yaml", "images"):
         tuning.save(tmp_path / form, form=form)
         assert imgtune.Tuning.load(tmp_path / form)["ccm.rows.normal.gains.0"][0] == gains[0, 0]
@@ -193,6 +212,107 @@ def test_fields_by_path(tuning, tmp_path):
     del tuning
     gc.collect()
     gains[0, 0] += 1  # the view keeps its tuning
+
+
+def test_calibrations_come_and_go_as_with_the_command_line(tmp_path):
+    figures, base = EXAMPLES / "calibrations" / "imx477.json", tuning_path("imx708-blend")
+    told = tool(
+        "import", figures, "-o", tmp_path / "a.yaml", "--method", "polynomial", "--most", "5",
+        "--flash-share", "0.25", "--color-from", base, "--json",
+    )
+    made, report = imgtune.Tuning.import_calibration(
+        figures, method="polynomial", most=5, flash_share=0.25, color_from=imgtune.Tuning.load(base)
+    )
+    assert report == json.loads(told) and made.compare(imgtune.Tuning.load(tmp_path / "a.yaml")) == []
+    count = made["ccm.i4NumCT"]
+    gains, matrices = (made[f"ccm.rows.normal.{what}"][:count] for what in ("gains", "matrices"))
+    fitted = imgtune.fit(gains, matrices.reshape(-1, 3, 3))
+    for name, values in fitted.items():
+        assert np.array_equal(made["ccm.rCCMPoly22"][name], values), name
+    made["ccm.rCCMPoly22Flash"] = fitted
+    assert made["ccm.rCCMPoly22Flash.i4R_AVG"] == made["ccm.rCCMPoly22.i4R_AVG"]
+    left_behind = made.export_calibration(tmp_path / "b.json")
+    assert {finding["severity"] for finding in left_behind} == {"warning"}
+    again, _ = imgtune.Tuning.import_calibration(tmp_path / "b.json", cts=report["tuned_cts"])
+    assert (again["ccm.rows.normal.matrices"] == made["ccm.rows.normal.matrices"]).all()
+    for arguments, text in [
+        ({"most": 2}, "2 tuned CTs; allowed are 3..8"),
+        ({"flash_ct": float("nan")}, "allowed are 1000..1000000 K"),
+        ({"cts": [3000, float("nan"), 5000]}, "a CT of nan K"),
+        ({"method": "spline"}, "allowed are 'blend' and 'polynomial'"),
+    ]:
+        with pytest.raises(imgtune.InputError, match=text):
+            imgtune.Tuning.import_calibration(figures, **arguments)
+    for bad, text in [
+        ((gains[:1], matrices[:1]), "two points or more"),
+        ((gains[::-1], matrices), "red does not rise"),
+        ((gains, matrices[:-1]), "4 matrices for 5 gains"),
+        ((gains, matrices / 512), "whole numbers, not float64"),
+    ]:
+        with pytest.raises(imgtune.InputError, match=text):
+            imgtune.fit(*bad)
+
+
+def test_patches_show_what_a_matrix_does():
+    unity = 512 * np.eye(3, dtype=int)
+    found = imgtune.patches(unity[[2, 1, 0]], unity)  # red and blue exchanged
+    assert (found["seen"] == found["chart"][:, ::-1]).all() and found["name"][15] == "yellow"
+    assert found["ciede2000"].max() == found["largest"] > 20 > found["ciede2000"][18]
+    with pytest.raises(imgtune.InputError, match="reference has 2 matrices"):
+        imgtune.patches(unity, [unity, unity])
+
+
+def test_frames_and_registers_in_files(tuning, walk, tmp_path):
+    for suffix in ("csv", "npz"):
+        path = tmp_path / f"walk.{suffix}"
+        imgtune.save_frames(path, {name: walk[name] for name in walk.dtype.names})
+        loaded = imgtune.load_frames(path)
+        assert loaded.dtype == imgtune.FRAME_DTYPE and (loaded == walk).all()
+    rows = tool("replay", tuning_path("imx477-polynomial"), tmp_path / "walk.csv", "--fields", "c0")
+    registers = imgtune.replay(tuning, walk, fields="*")
+    assert np.loadtxt(rows.splitlines()[1:], delimiter=",")[:, 1].tolist() == registers["matrix"][:, 0, 0].tolist()
+    imgtune.save_registers(tmp_path / "r.npz", registers)
+    loaded = imgtune.load_registers(tmp_path / "r.npz")
+    assert loaded.dtype == registers.dtype and (loaded == registers).all()
+    (tmp_path / "torn.npz").write_bytes((tmp_path / "r.npz").read_bytes()[:999])
+    np.savez(tmp_path / "thin.npz", matrix=np.zeros((2, 9), "i4"))
+    np.savez(tmp_path / "pickle.npz", lv=np.array([{}]))
+    for call, file, text in [
+        (imgtune.load_registers, "torn.npz", "not a zip"),
+        (imgtune.load_registers, "thin.npz", r"'matrix' is int32 \(2, 9\), needed is int32 \(2, 3, 3\)"),
+        (imgtune.load_registers, "walk.npz", "no register is called 'lv'"),
+        (imgtune.load_frames, "pickle.npz", "allow_pickle"),
+        (imgtune.load_frames, "r.npz", "unknown column 'matrix'"),
+        (imgtune.load_frames, "none.csv", "No such file"),
+        (lambda path: imgtune.save_frames(path, walk), "none/walk.npz", "No such file"),
+        (lambda path: imgtune.save_registers(path, registers), "r.csv", "known are .npz"),
+    ]:
+        with pytest.raises(imgtune.InputError, match=text) as raised:
+            call(tmp_path / file)
+        assert raised.value.file == str(tmp_path / file)
+    assert not list(tmp_path.glob(".*")), "nothing half written stays"
+
+
+def test_frames_of_a_phones_log(tmp_path):
+    traced = subprocess.run(
+        [TOOL, "replay", tuning_path("imx708-blend"), log_path("imx708-walk"), "--fields", "c0"]
+        + ["--set", "debug.smooth_ccm.enable=1", "--set", "debug.smooth_color.dump=1"],
+        check=True, capture_output=True, text=True,
+    ).stderr
+    log = tmp_path / "phone.log"
+    log.write_text("05-01 10:00:00.000  7  8 I other: line\n" + traced)
+    tool("frames", log, "-o", tmp_path / "frames.csv")
+    expected = imgtune.load_frames(tmp_path / "frames.csv")
+    frames, report = imgtune.frames_from_logcat(log, return_report=True)
+    for name in imgtune.FRAME_DTYPE.names:
+        assert (frames[name] == expected[name]).all(), name
+    assert report["frames"] == len(frames) == 841 and report["other_cameras"] == []
+    assert frames["x_line"][0] == 2
+    loaded = imgtune.Tuning.load(tuning_path("imx708-blend"))
+    assert len(imgtune.replay(loaded, frames, fields="matrix")) == 841
+    with pytest.raises(imgtune.InputError, match="no frame of that camera") as raised:
+        imgtune.frames_from_logcat(log, (7, 8))
+    assert raised.value.file == str(log)
 
 
 def test_exported_functions():
@@ -206,6 +326,23 @@ def test_exported_functions():
     param = {"IsCapture": 1, "u4Ratio": 16, "u4RealCT": 250, "u4UpperCT": 150, "u4LowerCT": 350}
     image = lib.inter_param_global(param, high, low, np.zeros(117))
     assert image[4] == 250 << 16 | 75
+    assert lib.sign([0.0, 0.5]).tolist() == [-1, 1] and lib.sign_extension(0x1001, 19) == -4095
+    assert lib.CLIP(5, 7, 3) == 3 and lib.CLIP_uint8(2, 3, 9) == 3
+    table = np.zeros((9, 8, 8), int)
+    table[1, 0, 0] = 100  # row 0, CT 0: what position -1 takes
+    expected = [412, 100, 0, 0, 512, 0, 0, 0, 512]
+    assert lib.blend_ccm([1, 1], table, -1, 0, 3).tolist() == expected
+    ccm = np.zeros(1102)
+    got = lib.interpolation([512] * 3, ccm, table, False, [1, 1], 2, 0, -1, 3)
+    assert got.tolist() == expected
+    projected, ratios, position = lib.gain_projection([1, 512, 1], ccm, 2, 3, 0)
+    assert position == 13 and projected.tolist() == [0, 0, 0]  # above all gains, which are 0
+    terms = np.zeros((6, 9))
+    terms[0, 1], terms[1, 1] = 10, 2  # 10 + 2 nr, nr = (512 - 412) / 50
+    matrix = lib.gen_ccm([512] * 3, [412, 512], [50, 1], terms)
+    assert matrix.tolist() == [498, 14, 0, 0, 512, 0, 0, 0, 512]
+    decoded = lib.seperate_rwb_ccm_by_ratio(np.full(6, 100 << 16 | 100), 0.0)
+    assert (decoded.astype(int) % 2**13).tolist().count(512) >= 1
 
 
 def test_threads_do_not_disturb_each_other(tuning, walk):
@@ -226,28 +363,51 @@ def test_threads_do_not_disturb_each_other(tuning, walk):
 def test_calls_leave_no_memory_behind(tuning, walk):
     one = walk[:1]
 
-    def peak_after(calls):
-        for _ in range(calls):
-            imgtune.replay(tuning, one, fields="matrix")
-            tuning["ccm.rows.normal.gains"]
-        return resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+    light_columns = {name: one[name].tolist() for name in one.dtype.names}
 
-    settled = peak_after(2000)
-    assert peak_after(20000) - settled < 2048  # KiB
+    def pages_after(calls):
+        for _ in range(calls // 8):
+            imgtune.replay(tuning, one, imgtune.State(), "matrix")
+            tuning["ccm.rows.normal.gains"] = tuning["ccm.rows.normal.gains"][::-1]
+            imgtune.as_frames(light_columns)
+            imgtune.library.matmul3(np.eye(3), np.eye(3))
+            with contextlib.suppress(imgtune.InputError):
+                imgtune.replay(tuning, one, only="both")
+            tuning.copy().words("color")
+        gc.collect()
+        return int(pathlib.Path("/proc/self/statm").read_text().split()[1])
+
+    settled = pages_after(LEAK_CALLS // 10)
+    assert pages_after(LEAK_CALLS) - settled < 256  # 1 MiB
+
+
+def die_once(path):
+    """Loads frames; the first process to come to one of the logs is lost there."""
+    try:
+        if path.name == "7.csv":
+            os.close(os.open(path.with_name("died"), os.O_CREAT | os.O_EXCL))
+            os.kill(os.getpid(), signal.SIGKILL)
+    except FileExistsError:
+        pass
+    return imgtune.load_frames(path)
 
 
 def test_fleet_gives_the_serial_rows(tmp_path):
     pytest.importorskip("pandas")
     from imgtune import fleet
 
-    bad = tmp_path / "bad.csv"
-    bad.write_text("lv\n")
-    tunings = [tuning_path("imx477-polynomial"), tuning_path("imx708-blend")]
-    logs = [log_path("imx477-flash-shot"), bad]
+    logs = [tmp_path / f"{i}.csv" for i in range(20)]
+    for log in logs:
+        shutil.copy(log_path("imx477-flash-shot"), log)
+    logs[3].write_text("lv\n")
+    tunings = [tuning_path("imx477-polynomial"), tmp_path / "none.yaml", imgtune.Tuning.starter()]
     serial = fleet.summarize(tunings, logs, workers=0)
-    assert serial["error"].isna().tolist() == [True, False, True, False]
-    assert serial["frames"].iloc[0] == 186
-    assert fleet.summarize(tunings, logs, workers=2).equals(serial)
+    failed = [i % 20 == 3 or 20 <= i < 40 for i in range(60)]
+    assert (~serial["error"].isna()).tolist() == failed
+    assert "none.yaml" in serial["error"][20] and "'cct'" in serial["error"][3]
+    assert serial["frames"][0] == 186 and serial["tuning"][40] == "starter"
+    assert fleet.summarize(tunings, logs, workers=2, load=die_once).equals(serial)
+    assert (tmp_path / "died").exists()
 
 
 def test_plots_take_and_return_axes(tuning, walk):
@@ -260,3 +420,5 @@ def test_plots_take_and_return_axes(tuning, walk):
     axes = plot.coefficients(imgtune.replay(tuning, walk), fps=30)
     assert len(axes.lines) == 9 and axes.lines[0].get_xdata()[-1] == 28.0
     assert plot.sweep(tuning, cct=[3000, 4000], lv=[10, 60], axes=axes) is axes
+    unity = 512 * np.eye(3, dtype=int)
+    assert "mean 0.0, largest 0.0" in plot.patches(unity, unity).get_title()

@@ -125,7 +125,9 @@ ChartError chart_error(const RealMatrix& reference, const RealMatrix& actual) {
         const Eigen::Vector3d camera = invertible ? Eigen::Vector3d(solver.solve(patch)) : patch;
         ChartError::PatchError& result = error.patches[i];
         result.reference = lab_of(as_eigen(reference) * camera);
-        result.actual = lab_of(as_eigen(actual) * camera);
+        const Eigen::Vector3d seen = as_eigen(actual) * camera;
+        result.actual_rgb = {seen[0], seen[1], seen[2]};
+        result.actual = to_lab(result.actual_rgb);
         result.difference = ciede2000(result.reference, result.actual);
         error.mean += result.difference / 24.0;
         if (result.difference > error.largest) {

@@ -27,7 +27,8 @@ struct ChartError {
     struct PatchError {
         Lab reference;
         Lab actual;
-        double difference;  ///< CIEDE2000
+        std::array<double, 3> actual_rgb;  ///< linear sRGB, 1.0 = white, not cut off
+        double difference;                 ///< CIEDE2000
     };
     std::array<PatchError, 24> patches;  ///< in the order of chart_patches()
     double mean;                         ///< CIEDE2000 over the 24

@@ -23,6 +23,10 @@ bool choices_fit(const ImportChoices& choices, Remarks& remarks) {
     };
     share(choices.low_light_saturation, "the low-light saturation");
     share(choices.flash_share, "the flash's share");
+    if (!(choices.flash_kelvin >= 1000.0 && choices.flash_kelvin <= 1e6)) {
+        remarks.error(0, fmt::format("the light of the flash is {} K", choices.flash_kelvin),
+                      "allowed are 1000..1000000 K");
+    }
     if (!(choices.stretch >= 0.1 && choices.stretch <= 10.0)) {
         remarks.error(0, fmt::format("the factor of the gains is {}", choices.stretch),
                       "allowed are 0.1..10");
@@ -33,6 +37,10 @@ bool choices_fit(const ImportChoices& choices, Remarks& remarks) {
     const std::size_t named = choices.kelvins.size();
     if (named != 0 && (named < kFewestCts || named > kMostCts)) {
         remarks.error(0, fmt::format("{} CTs named", named), "name 3..8");
+    }
+    for (const double kelvin : choices.kelvins) {
+        if (!std::isfinite(kelvin))
+            remarks.error(0, fmt::format("a CT of {} K", kelvin), "name it");
     }
     return !remarks.has_errors();
 }

@@ -1,5 +1,6 @@
 #include "workbench/calibration/patches.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace imgtune::workbench {
@@ -35,6 +36,17 @@ std::array<double, 3> linear(const Patch& patch) {
         const double encoded = patch.srgb[channel] / 255.0;
         out[channel] =
             encoded <= 0.04045 ? encoded / 12.92 : std::pow((encoded + 0.055) / 1.055, 2.4);
+    }
+    return out;
+}
+
+std::array<std::uint8_t, 3> encoded(const std::array<double, 3>& linear_srgb) {
+    std::array<std::uint8_t, 3> out{};
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        const double value = std::clamp(linear_srgb[channel], 0.0, 1.0);
+        const double gamma =
+            value <= 0.0031308 ? value * 12.92 : 1.055 * std::pow(value, 1.0 / 2.4) - 0.055;
+        out[channel] = static_cast<std::uint8_t>(std::lround(gamma * 255.0));
     }
     return out;
 }

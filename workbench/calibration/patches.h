@@ -19,6 +19,9 @@ std::span<const Patch, 24> chart_patches();
 /// Linear sRGB, 1.0 = white.
 std::array<double, 3> linear(const Patch& patch);
 
+/// Gamma-encoded sRGB of a linear colour; what lies outside 0..1 is cut off.
+std::array<std::uint8_t, 3> encoded(const std::array<double, 3>& linear_srgb);
+
 }  // namespace imgtune::workbench
 
 #endif

@@ -27,6 +27,11 @@ std::vector<std::int64_t> numbers_of(const TracedCall& call, std::string_view be
     return {};
 }
 
+std::string name_of(const LogWriter& writer) {
+    return writer.thread == 0 ? fmt::format("{}", writer.process)
+                              : fmt::format("{}:{}", writer.process, writer.thread);
+}
+
 bool read_ccm(const TracedCall& call, Values& values) {
     const auto full = numbers_of(call, "Fullgain = ", 1);
     const auto gain = numbers_of(call, "Input AWB full Gain = ", 3);
@@ -148,6 +153,31 @@ std::vector<TracedWriter> TracedFrames::others() const {
     return list;
 }
 
+std::string TracedFrames::others_text() const {
+    std::string text;
+    for (const TracedWriter& other : others()) {
+        text += fmt::format("{}{} ({} calls)", text.empty() ? "" : ", ", name_of(other.writer),
+                            other.calls);
+    }
+    return text;
+}
+
+std::string TracedFrames::why_none(const std::string& name) const {
+    if (!others_.empty()) {
+        return fmt::format("{}: no frame of that camera; the log has {}", name, others_text());
+    }
+    if (totals().trace_lines == 0) {
+        return fmt::format(
+            "{}: none of its {} lines is a trace of the library; 'imgtune props' tells how to "
+            "switch it on, and the forms brief, tag, time, threadtime and long can be read",
+            name, totals().lines);
+    }
+    return fmt::format(
+        "{}: {} lines of the library, but no frame from its start; 'imgtune props' tells what to "
+        "switch on",
+        name, totals().trace_lines);
+}
+
 std::string traced_frame_header() {
     std::string text = "frame";
     for (const FrameColumn& column : kFrameColumns) text += fmt::format(",{}", column.name);
@@ -160,6 +190,22 @@ std::string traced_frame_line(std::uint64_t number, const TracedFrame& frame) {
     const TracedCall& call = frame.first();
     return text + fmt::format(",{},{},{},{}\n", call.time, call.writer.process, call.writer.thread,
                               call.line);
+}
+
+TracedFrameText::TracedFrameText(TracedFrames& frames, Seen seen)
+    : frames_(frames), seen_(std::move(seen)), text_(traced_frame_header()) {}
+
+std::size_t TracedFrameText::read(char* into, std::size_t room) {
+    if (used_ == text_.size()) {
+        TracedFrame frame;
+        if (!frames_.next(frame)) return 0;
+        seen_(frame);
+        text_ = traced_frame_line(++count_, frame);
+        used_ = 0;
+    }
+    const std::size_t count = text_.copy(into, room, used_);
+    used_ += count;
+    return count;
 }
 
 }  // namespace imgtune::workbench

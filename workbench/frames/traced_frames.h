@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -69,6 +70,10 @@ class TracedFrames {
     std::uint64_t unusable_calls() const { return unusable_; }
     /// Writers of usable calls that belong to other cameras, at most 64.
     std::vector<TracedWriter> others() const;
+    /// others() as a list: "1234:1250 (37 calls)"; empty when there are none.
+    std::string others_text() const;
+    /// After the end without a frame: what the log of that name lacks, and what to do.
+    std::string why_none(const std::string& name) const;
 
   private:
     bool belongs(const LogWriter& writer);
@@ -88,6 +93,25 @@ std::vector<std::int64_t> trace_numbers(std::string_view line);
 /// The frame log's header line and lines; values that the trace does not tell are empty.
 std::string traced_frame_header();
 std::string traced_frame_line(std::uint64_t number, const TracedFrame& frame);
+
+/// A device's log as the text of a frame log, made as it is read.
+class TracedFrameText : public ByteSource {
+  public:
+    using Seen = std::function<void(const TracedFrame&)>;
+
+    /// `frames` stays the caller's; `seen` is shown each frame before its line is read.
+    TracedFrameText(TracedFrames& frames, Seen seen);
+
+    std::size_t read(char* into, std::size_t room) override;
+    std::uint64_t count() const { return count_; }  ///< frames so far
+
+  private:
+    TracedFrames& frames_;
+    Seen seen_;
+    std::string text_;      ///< the line at hand
+    std::size_t used_ = 0;  ///< of it
+    std::uint64_t count_ = 0;
+};
 
 }  // namespace imgtune::workbench
 
