@@ -23,13 +23,13 @@ _LARGEST_CHUNK = 64
 _ATTEMPTS = 3
 
 
-def _numbers(values: Row, prefix: str = "") -> Row:
-    """Every number of nested dicts by its dotted name; lists are left out."""
+def _flat(values: Row, prefix: str = "") -> Row:
+    """The values of nested dicts by their dotted names."""
     flat: Row = {}
     for key, value in values.items():
         if isinstance(value, dict):
-            flat.update(_numbers(value, f"{prefix}{key}."))
-        elif not isinstance(value, list):
+            flat.update(_flat(value, f"{prefix}{key}."))
+        else:
             flat[prefix + key] = value
     return flat
 
@@ -43,7 +43,7 @@ def _rows(tuning: Union[Path, _core.Tuning], logs: Sequence[Path], load: Callabl
         try:
             if not isinstance(tuning, _core.Tuning):
                 tuning = _core.Tuning.load(tuning)
-            row.update(_numbers(_core.summary(tuning, load(log), **options)))
+            row.update(_flat(_core.summary_row(tuning, load(log), **options)))
         except InputError as error:
             row["error"] = str(error)
         rows.append(row)
@@ -98,7 +98,8 @@ def summarize(
     -------
     pandas.DataFrame
         One row a pair, tuning by tuning: tuning (path or name), log, error (None where all went
-        well), frames, and the numbers of the summary.
+        well), frames, and the numbers of the summary by dotted names, such as
+        settling.ccm.median_frames, clipped.frames, largest_step.field, most_turns.per_second.
     """
     import pandas
 

@@ -53,7 +53,8 @@ py::object explain(const Tuning& tuning, const py::dict& frame, const py::object
     return as_python(told);
 }
 
-py::object summary(const Tuning& tuning, const py::object& frames, double fps, double noise) {
+workbench::SummaryRecord summarized(const Tuning& tuning, const py::object& frames, double fps,
+                                    double noise) {
     const FrameColumns columns(frames);
     Camera camera(tuning, all_jobs(tuning));
     workbench::Summary gathered(camera, {fps, noise});
@@ -62,7 +63,15 @@ py::object summary(const Tuning& tuning, const py::object& frames, double fps, d
         camera.run(frame);
         gathered.add(++number, frame, camera);
     });
-    return as_python(to_json(gathered.finish()));
+    return gathered.finish();
+}
+
+py::object summary(const Tuning& tuning, const py::object& frames, double fps, double noise) {
+    return as_python(to_json(summarized(tuning, frames, fps, noise)));
+}
+
+py::object summary_row(const Tuning& tuning, const py::object& frames, double fps, double noise) {
+    return as_python(row_to_json(summarized(tuning, frames, fps, noise)));
 }
 
 py::object diff(const Tuning& a, const Tuning& b, const py::object& frames) {
@@ -172,6 +181,9 @@ Returns
 dict
     As `imgtune replay --summary --json` prints it; None for what could not be measured.
 )");
+    module.def("summary_row", &summary_row, py::arg("tuning"), py::arg("frames"), py::kw_only(),
+               py::arg("fps") = 30.0, py::arg("noise") = 5.0,
+               "The numbers of `summary` alone, with the fields that step and turn most.");
     module.def("diff", &diff, py::arg("a"), py::arg("b"), py::arg("frames") = py::none(),
                R"(What differs between two tunings, and with frames, between their registers.
 

@@ -406,6 +406,15 @@ def test_fleet_gives_the_serial_rows(tmp_path):
     assert (~serial["error"].isna()).tolist() == failed
     assert "none.yaml" in serial["error"][20] and "'cct'" in serial["error"][3]
     assert serial["frames"][0] == 186 and serial["tuning"][40] == "starter"
+    told = imgtune.summary(imgtune.Tuning.load(tunings[0]), imgtune.load_frames(logs[0]))
+    assert serial["flicker_spans"][0] == len(told["flicker"]["spans"]) > 0
+    assert serial["settling.ccm.most_frames"][0] == told["settling"]["ccm"]["most_frames"]
+    name, motion = max(told["fields"].items(), key=lambda item: item[1]["largest_step"])
+    assert tuple(serial.loc[0, ["largest_step.field", "largest_step.size"]]) == (
+        name,
+        motion["largest_step"],
+    )
+    assert len(serial.columns) < 40, "no column a field"
     assert fleet.summarize(tunings, logs, workers=2, load=die_once).equals(serial)
     assert (tmp_path / "died").exists()
 

@@ -127,4 +127,31 @@ Json to_json(const SummaryRecord& record) {
     return json;
 }
 
+Json row_to_json(SummaryRecord record) {
+    const auto most = [&record](Restlessness by) {
+        const std::vector<FieldMotion> moved = restless_fields(record, by);
+        return moved.empty() ? FieldMotion{} : moved.front();
+    };
+    const FieldMotion stepped = most(Restlessness::step);
+    const FieldMotion turned = most(Restlessness::flicker);
+    record.fields.clear();
+    record.changes.clear();
+    record.clipped.clear();
+    record.flicker.clear();
+    Json json = to_json(record);
+    for (const char* detail :
+         {"cold_start", "changes", "changes_not_listed", "flicker", "fields"}) {
+        json.erase(detail);
+    }
+    json["cold_start_frames"] = record.cold_start_frames;
+    if (record.jobs.ccm) {
+        json["clipped"] = {{"frames", record.clipped_frames}, {"spans", record.clipped_span_count}};
+    }
+    json["flicker_spans"] = record.flicker_span_count;
+    json["largest_step"] = {{"field", stepped.name}, {"size", stepped.largest_step}};
+    json["most_turns"] = {{"field", turned.name},
+                          {"per_second", per_second(record, turned.sign_changes)}};
+    return json;
+}
+
 }  // namespace imgtune::workbench

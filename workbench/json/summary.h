@@ -10,6 +10,10 @@ namespace imgtune::workbench {
 /// Frame numbers count from 1; what could not be measured is null.
 nlohmann::ordered_json to_json(const SummaryRecord& record);
 
+/// For tables with a row a log: the numbers, without lists of changes, spans and fields; of the
+/// fields the one with the largest step and the one that turns most often.
+nlohmann::ordered_json row_to_json(SummaryRecord record);
+
 }  // namespace imgtune::workbench
 
 #endif

@@ -88,15 +88,18 @@ std::vector<std::int64_t> HoldJudge::target_of(const Frame& frame) const {
 }
 
 void HoldJudge::compare(const std::vector<std::int64_t>& values) {
-    std::array<bool, 2> outside{};
-    for (std::size_t k = 0; k < values.size(); ++k) {
-        if (values[k] >= bands_[k].low && values[k] <= bands_[k].high) continue;
-        outside[k < kFirstColorField ? 0 : 1] = true;
-    }
+    const auto is_outside = [&](std::size_t k) {
+        return values[k] < bands_[k].low || values[k] > bands_[k].high;
+    };
     for (std::size_t job = 0; job < jobs_.size(); ++job) {
         std::optional<std::uint64_t>& since = jobs_[job].rests_since;
         if (since && compared_ - *since >= frames_at_rest_) continue;
-        if (outside[job]) {
+        bool outside = false;
+        const std::size_t end = job == 0 ? kFirstColorField : values.size();
+        for (std::size_t k = job == 0 ? 0 : kFirstColorField; k < end && !outside; ++k) {
+            outside = is_outside(k);
+        }
+        if (outside) {
             since.reset();
         } else if (!since) {
             since = compared_;
