@@ -158,7 +158,8 @@ void Summary::count(std::size_t job, const JobSettling& verdict) {
     if (verdict.state == Settling::not_held) ++totals.not_measured;
     if (verdict.state != Settling::settled) return;
     ++totals.settled;
-    ++settle_counts_[job][std::min<std::size_t>(*verdict.frames, kMostSettleFrames)];
+    ++settle_counts_[job][static_cast<std::size_t>(
+        std::min<std::uint64_t>(*verdict.frames, kMostSettleFrames))];
     if (totals.most_frames && *totals.most_frames >= *verdict.frames) return;
     totals.most_frames = verdict.frames;
     totals.slowest = {change_.first, change_.last};
