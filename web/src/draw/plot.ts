@@ -1,0 +1,150 @@
+// Time series and curves: uPlot in the page's colours, with cursors that move together and a way to
+// save every plot.
+import uPlot from "uplot";
+import { button, download, h } from "../dom";
+import { colors } from "./theme";
+
+export interface Line {
+  label: string;
+  values: ArrayLike<number | null>;
+  color: "a" | "b" | "target" | "quiet" | "ink";
+  steps?: boolean;
+  dots?: boolean;
+}
+
+export interface PlotOptions {
+  name: string; // of saved files
+  xLabel: string;
+  yLabel: string;
+  height: number;
+  group?: string; // plots of a group share the cursor
+  choose?: (x: number) => void; // a click on the plot
+  bands?: (u: uPlot) => void; // drawn below the lines
+}
+
+/** A plot that is redrawn with new lines, and keeps its place in the page. */
+export class Plot {
+  readonly element: HTMLElement;
+  private readonly canvas = h("div", { class: "plot-canvas" });
+  private readonly title = h("span", { class: "plot-label" });
+  private plot: uPlot | null = null;
+  private x: ArrayLike<number> = [];
+  private lines: Line[] = [];
+
+  constructor(private readonly options: PlotOptions) {
+    this.element = h(
+      "figure",
+      { class: "plot" },
+      h(
+        "figcaption",
+        {},
+        this.title,
+        h(
+          "span",
+          { class: "tools" },
+          button("PNG", () => this.savePng(), `Save ${options.name} as PNG`),
+          button("CSV", () => this.saveCsv(), `Save ${options.name} as CSV`),
+        ),
+      ),
+      this.canvas,
+    );
+    new ResizeObserver(() => this.resize()).observe(this.canvas);
+    matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => this.rebuild());
+    document.addEventListener("themechange", () => this.rebuild());
+  }
+
+  draw(x: ArrayLike<number>, lines: Line[], label: string): void {
+    this.title.textContent = label;
+    const same =
+      this.plot !== null &&
+      lines.length === this.lines.length &&
+      lines.every((line, i) => line.label === this.lines[i]!.label && line.color === this.lines[i]!.color);
+    this.x = x;
+    this.lines = lines;
+    if (same) this.plot!.setData(this.data());
+    else this.rebuild();
+  }
+
+  redraw(): void {
+    this.plot?.redraw(false);
+  }
+
+  private data(): uPlot.AlignedData {
+    return [this.x, ...this.lines.map((line) => line.values)] as unknown as uPlot.AlignedData;
+  }
+
+  private rebuild(): void {
+    this.plot?.destroy();
+    this.plot = null;
+    if (this.lines.length === 0 || this.canvas.clientWidth === 0) return;
+    const c = colors();
+    const axis = { stroke: c.ink2, grid: { stroke: c.rule, width: 1 }, ticks: { stroke: c.rule, width: 1 }, font: c.font };
+    const { group, choose } = this.options;
+    this.plot = new uPlot(
+      {
+        width: this.canvas.clientWidth,
+        height: this.options.height,
+        legend: { show: false },
+        scales: { x: { time: false } },
+        padding: [6, 8, 0, 0],
+        cursor: {
+          drag: { x: false, y: false },
+          points: { size: 5 },
+          ...(group ? { sync: { key: group } } : {}),
+        },
+        axes: [
+          { ...axis, label: this.options.xLabel, labelFont: c.font, labelSize: 16, size: 28 },
+          { ...axis, label: this.options.yLabel, labelFont: c.font, labelSize: 16, size: 46 },
+        ],
+        series: [
+          {},
+          ...this.lines.map((line) => ({
+            label: line.label,
+            stroke: c[line.color],
+            width: line.color === "target" || line.color === "quiet" ? 1 : 1.5,
+            ...(line.color === "target" ? { dash: [4, 3] } : {}),
+            ...(line.steps ? { paths: uPlot.paths.stepped!({ align: 1 }) } : {}),
+            points: { show: line.dots ?? false, size: 5, fill: c[line.color] },
+          })),
+        ],
+        hooks: {
+          drawAxes: [(u: uPlot) => this.options.bands?.(u)],
+        },
+      },
+      this.data(),
+      this.canvas,
+    );
+    if (choose) {
+      this.plot.over.addEventListener("click", () => {
+        const at = this.plot?.cursor.idx;
+        if (at !== null && at !== undefined) choose(this.x[at]!);
+      });
+    }
+    this.plot.over.querySelectorAll("*").forEach((each) => each.setAttribute("aria-hidden", "true"));
+    this.canvas.querySelector("canvas")?.setAttribute("role", "img");
+    this.canvas
+      .querySelector("canvas")
+      ?.setAttribute("aria-label", `${this.options.name}: ${this.options.yLabel} over ${this.options.xLabel}`);
+  }
+
+  private resize(): void {
+    if (!this.plot) this.rebuild();
+    else if (this.canvas.clientWidth > 0) {
+      this.plot.setSize({ width: this.canvas.clientWidth, height: this.options.height });
+    }
+  }
+
+  private savePng(): void {
+    this.canvas.querySelector("canvas")?.toBlob((blob) => {
+      if (blob) download(this.options.name + ".png", blob, "image/png");
+    });
+  }
+
+  private saveCsv(): void {
+    const rows = [[this.options.xLabel, ...this.lines.map((line) => line.label)].join(",")];
+    for (let i = 0; i < this.x.length; ++i) {
+      rows.push([this.x[i], ...this.lines.map((line) => line.values[i] ?? "")].join(","));
+    }
+    download(this.options.name + ".csv", rows.join("\n") + "\n", "text/csv");
+  }
+}

@@ -1,0 +1,38 @@
+// The colours of the style sheet, for what is drawn on canvases.
+
+export interface Colors {
+  a: string;
+  b: string;
+  target: string;
+  quiet: string;
+  ink: string;
+  ink2: string;
+  rule: string;
+  paper: string;
+  mark: string;
+  font: string;
+}
+
+export function colors(): Colors {
+  const style = getComputedStyle(document.documentElement);
+  const of = (name: string): string => style.getPropertyValue("--" + name).trim();
+  return {
+    a: of("a"),
+    b: of("b"),
+    target: of("target"),
+    quiet: of("quiet"),
+    ink: of("ink"),
+    ink2: of("ink2"),
+    rule: of("rule"),
+    paper: of("paper"),
+    mark: of("mark"),
+    font: "11px " + style.fontFamily,
+  };
+}
+
+export type Theme = "auto" | "light" | "dark";
+
+export function setTheme(theme: Theme): void {
+  document.documentElement.dataset["theme"] = theme;
+  document.dispatchEvent(new Event("themechange"));
+}

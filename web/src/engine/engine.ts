@@ -1,0 +1,177 @@
+import {
+  EngineError,
+  frameColumns,
+  type At,
+  type FieldDifference,
+  type Finding,
+  type Frame,
+  type FrameColumn,
+  type FrameLog,
+  type GainPlane,
+  type Json,
+  type LightAnswer,
+  type MatrixGrid,
+  type NamedBytes,
+  type Patches,
+  type Progress,
+  type TuningInfo,
+  type Values,
+} from "./api";
+import type { Request, Response } from "./protocol";
+
+const framesInChunk = 4096;
+
+function joined(files: NamedBytes[]): { args: Record<string, unknown>; bytes: Uint8Array } {
+  const bytes = new Uint8Array(files.reduce((sum, file) => sum + file.bytes.length, 0));
+  let at = 0;
+  for (const file of files) {
+    bytes.set(file.bytes, at);
+    at += file.bytes.length;
+  }
+  return {
+    args: { files: files.map((file) => ({ name: file.name, size: file.bytes.length })) },
+    bytes,
+  };
+}
+
+const inOrder = (frame: Frame): number[] => frameColumns.map((name) => frame[name]);
+const where = (at: At): Record<string, unknown> =>
+  "frame" in at ? { frame: at.frame } : { light: inOrder(at.light) };
+
+/** One tuning and one log in a worker of their own. Frames count from 0. */
+export class Engine {
+  private readonly worker: Worker;
+  private readonly open = new Map<number, { done: (r: Response) => void }>();
+  private next = 1;
+  private runs = 0;
+  private frames = 0;
+
+  constructor(workerUrl: string, wasm: ArrayBuffer) {
+    this.worker = new Worker(workerUrl);
+    this.worker.onmessage = (event: MessageEvent<Response>) => {
+      this.open.get(event.data.id)?.done(event.data);
+      this.open.delete(event.data.id);
+    };
+    this.worker.postMessage({ id: 0, command: "start", args: { wasm } } satisfies Request);
+  }
+
+  private send(
+    command: string,
+    args: Record<string, unknown> = {},
+    bytes?: Uint8Array,
+  ): Promise<Response> {
+    const id = this.next++;
+    return new Promise((resolve, reject) => {
+      this.open.set(id, {
+        done: (response) => {
+          if (response.error === undefined) resolve(response);
+          else reject(new EngineError(response.error, response.findings));
+        },
+      });
+      this.worker.postMessage({ id, command, args, bytes } satisfies Request);
+    });
+  }
+
+  async loadTuning(files: NamedBytes[]): Promise<TuningInfo> {
+    const { args, bytes } = joined(files);
+    return (await this.send("loadTuning", args, bytes)).ok as TuningInfo;
+  }
+
+  async saveTuning(form: "yaml" | "images", comments = false): Promise<NamedBytes[]> {
+    const response = await this.send("saveTuning", { form, comments });
+    return (response.ok as string[]).map((name, i) => ({
+      name,
+      bytes: new Uint8Array(response.blobs[i]!),
+    }));
+  }
+
+  async loadFrames(name: string, bytes: Uint8Array): Promise<FrameLog> {
+    const response = await this.send("loadFrames", { name }, bytes);
+    const ok = response.ok as { count: number; findings: Finding[] };
+    const columns = {} as Record<FrameColumn, Float64Array>;
+    frameColumns.forEach((column, i) => (columns[column] = new Float64Array(response.blobs[i]!)));
+    this.frames = ok.count;
+    return { name, count: ok.count, findings: ok.findings, columns };
+  }
+
+  /** False when cancel() or another replay came in between; the last whole run then stays. */
+  async replay(progress?: Progress): Promise<boolean> {
+    const run = ++this.runs;
+    for (let begin = 0; begin < Math.max(1, this.frames); begin += framesInChunk) {
+      await this.send("replay", { begin, count: framesInChunk });
+      if (run !== this.runs) return false;
+      progress?.(Math.min(this.frames, begin + framesInChunk), this.frames);
+    }
+    return true;
+  }
+
+  cancel(): void {
+    ++this.runs;
+  }
+
+  /** c0..c8 or colour fields over the log, or what each frame alone asks for. */
+  async columns(names: string[], kind: "actual" | "target"): Promise<Int32Array[]> {
+    const { blobs } = await this.send("columns", { names, kind });
+    return blobs.map((blob) => new Int32Array(blob));
+  }
+
+  async valuesAt(frame: number): Promise<Values> {
+    return values((await this.send("values", { frame })).blobs, 0);
+  }
+
+  async summary(noise?: number): Promise<Json> {
+    return (await this.send("summary", noise === undefined ? {} : { noise })).ok as Json;
+  }
+
+  async explain(at: At): Promise<Json> {
+    return (await this.send("explain", where(at))).ok as Json;
+  }
+
+  async light(frame: Frame): Promise<LightAnswer> {
+    const { ok, blobs } = await this.send("light", { light: inOrder(frame) });
+    return {
+      target: values(blobs, 0),
+      resting: values(blobs, 2),
+      frames: ok as LightAnswer["frames"],
+    };
+  }
+
+  /** The gain that the tuned locus has at a colour temperature. */
+  async gainOf(cct: number): Promise<[number, number, number]> {
+    return (await this.send("gain", { cct })).ok as [number, number, number];
+  }
+
+  async gainPlane(): Promise<GainPlane> {
+    return (await this.send("plane")).ok as GainPlane;
+  }
+
+  async matrixGrid(cct: number[], lv: number[], flash: number, scene: number): Promise<MatrixGrid> {
+    const { blobs } = await this.send("grid", { cct, lv, flash, scene });
+    const columns = blobs.map((blob) => new Int32Array(blob));
+    return { cct, lv, coefficients: columns.slice(0, 9), slope: columns[9]! };
+  }
+
+  async patches(at: At): Promise<Patches> {
+    return (await this.send("patches", where(at))).ok as Patches;
+  }
+
+  /** At `most` frames of the log or fewer. */
+  async patchErrors(most: number): Promise<{ frame: Float64Array; mean: Float64Array; largest: Float64Array }> {
+    const { blobs } = await this.send("patchErrors", { most });
+    const [frame, mean, largest] = blobs.map((blob) => new Float64Array(blob));
+    return { frame: frame!, mean: mean!, largest: largest! };
+  }
+
+  async diff(other: NamedBytes[]): Promise<FieldDifference[]> {
+    const { args, bytes } = joined(other);
+    return (await this.send("diff", args, bytes)).ok as FieldDifference[];
+  }
+
+  close(): void {
+    this.worker.terminate();
+  }
+}
+
+function values(blobs: ArrayBuffer[], first: number): Values {
+  return { matrix: new Int32Array(blobs[first]!), color: new Int32Array(blobs[first + 1]!) };
+}

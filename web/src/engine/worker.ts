@@ -1,0 +1,74 @@
+// Runs in the worker: hands commands to the WebAssembly engine, which does all the work.
+import type { Request, Response } from "./protocol";
+
+interface EngineModule {
+  HEAPU8: Uint8Array;
+  _malloc(size: number): number;
+  _free(at: number): void;
+  _engine_run(command: number, args: number, bytes: number, size: number): number;
+  _engine_blobs(): number;
+  _engine_blob(i: number): number;
+  _engine_blob_size(i: number): number;
+  UTF8ToString(at: number): string;
+  stringToUTF8(text: string, at: number, room: number): void;
+  lengthBytesUTF8(text: string): number;
+}
+
+declare const createEngine: (options: { wasmBinary: ArrayBuffer }) => Promise<EngineModule>;
+
+let engine: EngineModule | undefined;
+let waiting: Request[] = [];
+
+function text(value: string): number {
+  const room = engine!.lengthBytesUTF8(value) + 1;
+  const at = engine!._malloc(room);
+  engine!.stringToUTF8(value, at, room);
+  return at;
+}
+
+function run(request: Request): Response {
+  const module = engine!;
+  const command = text(request.command);
+  const args = text(JSON.stringify(request.args));
+  const bytes = request.bytes ?? new Uint8Array();
+  const at = module._malloc(bytes.length + 1);
+  module.HEAPU8.set(bytes, at);
+  try {
+    const reply = JSON.parse(
+      module.UTF8ToString(module._engine_run(command, args, at, bytes.length)),
+    ) as Omit<Response, "id" | "blobs">;
+    const blobs: ArrayBuffer[] = [];
+    for (let i = 0; i < module._engine_blobs(); ++i) {
+      const begin = module._engine_blob(i);
+      blobs.push(module.HEAPU8.slice(begin, begin + module._engine_blob_size(i)).buffer);
+    }
+    return { id: request.id, blobs, ...reply };
+  } finally {
+    for (const block of [command, args, at]) module._free(block);
+  }
+}
+
+function answer(request: Request): void {
+  let response: Response;
+  try {
+    response = run(request);
+  } catch (error) {
+    response = { id: request.id, blobs: [], error: String(error), findings: [] };
+  }
+  postMessage(response, { transfer: response.blobs });
+}
+
+onmessage = (event: MessageEvent<Request>) => {
+  const request = event.data;
+  if (request.command === "start") {
+    void createEngine({ wasmBinary: request.args.wasm as ArrayBuffer }).then((module) => {
+      engine = module;
+      for (const each of waiting) answer(each);
+      waiting = [];
+    });
+  } else if (engine) {
+    answer(request);
+  } else {
+    waiting.push(request);
+  }
+};

@@ -1,0 +1,174 @@
+import "uplot/dist/uPlot.min.css";
+import "./style.css";
+import { append, button, choice, fill, h } from "./dom";
+import { setTheme, type Theme } from "./draw/theme";
+import { Engine } from "./engine/engine";
+import type { NamedBytes } from "./engine/api";
+import { block, open, readFiles, unpack } from "./files";
+import { comparePanel } from "./panels/compare";
+import { enginePanel } from "./panels/engine";
+import { errorPanel } from "./panels/error";
+import { gainPanel } from "./panels/gain";
+import { lightPanel } from "./panels/light";
+import { matrixPanel } from "./panels/matrix";
+import { scrubber } from "./panels/scrubber";
+import { timePanel } from "./panels/time";
+import { tuningPanel } from "./panels/tuning";
+import { whyPanel } from "./panels/why";
+import { Session } from "./session";
+import { Store } from "./store";
+
+interface Bundle {
+  [name: string]: string;
+}
+
+async function main(): Promise<void> {
+  const app = document.getElementById("app")!;
+  const wasm = (await unpack(block("engine-wasm"))).buffer as ArrayBuffer;
+  const worker = URL.createObjectURL(
+    new Blob([await unpack(block("engine-worker")) as Uint8Array<ArrayBuffer>], { type: "text/javascript" }),
+  );
+  let spare = new Engine(worker, wasm); // one is always started early
+  const newEngine = (): Engine => {
+    const engine = spare;
+    spare = new Engine(worker, wasm);
+    return engine;
+  };
+  const store = new Store();
+  const session = new Session(store, newEngine);
+  session.openAddress();
+  const bundle = async (id: string): Promise<Bundle> =>
+    block(id) === "" ? {} : (JSON.parse(new TextDecoder().decode(await unpack(block(id)))) as Bundle);
+  const samples = await bundle("samples");
+  const report = await bundle("report");
+
+  append(app, [
+    header(session, samples),
+    messages(session),
+    scrubber(session).element,
+    h(
+      "main",
+      {},
+      ...[lightPanel, gainPanel, matrixPanel, timePanel, errorPanel, enginePanel, whyPanel, tuningPanel, comparePanel].map(
+        (make) => make(session).element,
+      ),
+    ),
+  ]);
+  receiveDrops(session);
+
+  const wanted = store.state; // what the address asks for survives loading
+  const file = (from: Bundle, key: string, name: string): NamedBytes => ({
+    name,
+    bytes: new TextEncoder().encode(from[key]),
+  });
+  if (report["tuning"] !== undefined) {
+    await session.loadTuning("a", [file(report, "tuning", report["tuning_name"] ?? "tuning.yaml")]);
+    if (report["against"] !== undefined) {
+      await session.loadTuning("b", [file(report, "against", report["against_name"] ?? "against.yaml")]);
+    }
+    if (report["frames"] !== undefined) {
+      await session.loadLog(file(report, "frames", report["frames_name"] ?? "frames.csv"));
+    }
+  } else {
+    const first = Object.keys(samples).find((name) => name.endsWith(".yaml"));
+    const log = Object.keys(samples).find((name) => name.endsWith("walk.csv"));
+    if (first) await session.loadTuning("a", [file(samples, first, first)]);
+    if (log) await session.loadLog(file(samples, log, log));
+  }
+  const count = store.state.log?.count ?? 0;
+  if (location.hash.length > 1) store.set({ follow: wanted.follow, frame: Math.max(0, Math.min(wanted.frame, count - 1)) });
+  if (!wanted.freeGain) await session.setLight({ cct: wanted.light.cct });
+  if (wanted.follow === "log" || location.hash.length <= 1) store.set({ follow: count > 0 ? "log" : "light" });
+  document.documentElement.dataset["ready"] = "true";
+}
+
+function header(session: Session, samples: Bundle): HTMLElement {
+  const { store } = session;
+  const opened = h("p", { class: "opened" });
+  const picker = (side: "a" | "b", label: string): HTMLElement => {
+    const input = h("input", { type: "file", multiple: true, class: "hidden", "aria-label": label });
+    input.addEventListener("change", () => {
+      void readFiles(input.files!)
+        .then((files) => open(session, files, side))
+        .catch((error: unknown) => session.fault("A file cannot be read", error))
+        .finally(() => (input.value = ""));
+    });
+    return h("span", {}, button(label, () => input.click()), input);
+  };
+  const sample = (side: "a" | "b", label: string, kind: RegExp): HTMLElement =>
+    choice(label, [["", "sample…"], ...Object.keys(samples).filter((n) => kind.test(n)).map((n): [string, string] => [n, n])], "", (name) => {
+      const text = samples[name];
+      if (text !== undefined) void open(session, [{ name, bytes: new TextEncoder().encode(text) }], side);
+    });
+  const theme = choice("Theme", [["auto", "system"], ["light", "light"], ["dark", "dark"]], "auto", (value) => setTheme(value as Theme));
+  const show = (): void => {
+    const { a, b, log } = store.state;
+    fill(
+      opened,
+      a ? h("span", { class: "side-a" }, `A ${a.info.name || a.files[0]!.name}`) : "no tuning",
+      b ? h("span", { class: "side-b" }, `B ${b.info.name || b.files[0]!.name}`) : null,
+      log ? h("span", {}, `${log.name}, ${log.count} frames`) : null,
+    );
+  };
+  store.watch(["a", "b", "log"], show);
+  show();
+  return h(
+    "header",
+    {},
+    h("h1", {}, "imgtune"),
+    opened,
+    h(
+      "div",
+      { class: "row" },
+      picker("a", "Open tuning A or log"),
+      sample("a", "A", /\.yaml$/),
+      picker("b", "Compare with B"),
+      sample("b", "B", /\.yaml$/),
+      sample("a", "Log", /\.csv$/),
+      theme,
+    ),
+  );
+}
+
+function messages(session: Session): HTMLElement {
+  const { store } = session;
+  const faults = h("div", { class: "faults", role: "alert" });
+  const busy = h("div", { class: "busy", role: "status" });
+  store.watch(["faults"], (state) =>
+    fill(
+      faults,
+      ...state.faults.map((fault) =>
+        h("div", {}, h("strong", {}, fault.title), button("Close", () => store.set({ faults: [] })), h("pre", { tabindex: 0 }, fault.text.slice(0, 20000))),
+      ),
+    ),
+  );
+  store.watch(["busy"], ({ busy: run }) =>
+    fill(
+      busy,
+      ...(run
+        ? [
+            `${run.text}: ${run.done} of ${run.total} frames `,
+            h("progress", { max: run.total, value: run.done, "aria-label": run.text }),
+            button("Cancel", () => session.cancel()),
+          ]
+        : []),
+    ),
+  );
+  return h("div", { class: "messages" }, faults, busy);
+}
+
+function receiveDrops(session: Session): void {
+  addEventListener("dragover", (event) => event.preventDefault());
+  addEventListener("drop", (event) => {
+    event.preventDefault();
+    const list = event.dataTransfer?.files;
+    if (!list) return;
+    void readFiles(list)
+      .then((files) => open(session, files, event.shiftKey ? "b" : "a"))
+      .catch((error: unknown) => session.fault("A file cannot be read", error));
+  });
+}
+
+void main().catch((error: unknown) => {
+  document.getElementById("app")!.append(h("pre", { role: "alert" }, `The page could not start: ${String(error)}`));
+});

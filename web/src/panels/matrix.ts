@@ -1,0 +1,135 @@
+import { choice, h } from "../dom";
+import { Plot, type Line } from "../draw/plot";
+import { axes, Picture } from "../draw/canvas";
+import { frameOf, type Side, type State } from "../store";
+import { panel, signed, type MakePanel } from "./panel";
+
+const names = ["c0", "c1", "c2", "c3", "c4", "c5", "c6", "c7", "c8"];
+
+/** The matrix without smoothing: over CT or LV, and as a map of both. */
+export const matrixPanel: MakePanel = (session) => {
+  const { store } = session;
+  const plots = names.map(
+    (name) => new Plot({ name: "matrix-" + name, xLabel: "", yLabel: "", height: 110, group: "matrix" }),
+  );
+  const map = new Picture("matrix-map", 220, "Map over colour temperature and light value");
+  const controls = h("div", { class: "row" });
+  const over = choice("over", [["ct", "temperature"], ["lv", "light value"]], store.state.over, (value) =>
+    store.set({ over: value as "ct" | "lv" }),
+  );
+  const at = h("input", { type: "range", "aria-label": "at" });
+  const atText = h("span", { class: "unit" });
+  at.addEventListener("input", () =>
+    store.set(store.state.over === "ct" ? { gridLv: Number(at.value) } : { gridCt: Number(at.value) }),
+  );
+  const which = choice(
+    "map of",
+    [...names.map((name, i): [string, string] => [String(i), name]), ["9", "change to the neighbour"]],
+    String(store.state.coefficient),
+    (value) => store.set({ coefficient: Number(value) }),
+  );
+  controls.append(over, h("label", { class: "choice" }, "at", at, atText), which);
+
+  const show = (state: State): void => {
+    const grid = state.a?.grid;
+    element.hidden = !grid;
+    if (!grid) return;
+    const byCt = state.over === "ct";
+    at.min = String(byCt ? grid.lv[0] : grid.cct[0]);
+    at.max = String(byCt ? grid.lv.at(-1) : grid.cct.at(-1));
+    at.step = byCt ? "5" : "100";
+    at.value = String(byCt ? state.gridLv : state.gridCt);
+    atText.textContent = byCt ? `LV ${at.value}` : `${at.value} K`;
+    const x = byCt ? grid.cct : grid.lv;
+    names.forEach((name, k) => {
+      const a = cut(state.a, k, state);
+      const b = cut(state.b, k, state);
+      const lines: Line[] = [];
+      if (b && a && state.show === "difference") {
+        lines.push({ label: "B − A", values: b.map((v, i) => v - a[i]!), color: "ink" });
+      } else {
+        if (a) lines.push({ label: "A", values: a, color: "a" });
+        if (b) lines.push({ label: "B", values: b, color: "b" });
+      }
+      plots[k]!.draw(x, lines, name);
+    });
+    drawMap(map, state);
+  };
+  store.watch(["a", "b", "over", "gridLv", "gridCt", "coefficient", "show", "frame", "light", "follow"], (state, before) => {
+    const drawn: (keyof State)[] = ["over", "gridLv", "gridCt", "coefficient", "show"];
+    if (state.a?.grid !== before.a?.grid || state.b?.grid !== before.b?.grid || drawn.some((k) => state[k] !== before[k])) {
+      show(state);
+    } else if (state.a?.grid) {
+      drawMap(map, state);
+    }
+  });
+  const element = panel(
+    "matrix",
+    "Matrix over light",
+    "What each light alone asks for, gains on the tuned locus; 1.0 = 512.",
+    controls,
+    h("div", { class: "nine" }, ...plots.map((plot) => plot.element)),
+    map.element,
+  );
+  show(store.state);
+  return { element };
+};
+
+function cut(side: Side | null, k: number, state: State): number[] | null {
+  const grid = side?.grid;
+  if (!grid) return null;
+  const width = grid.cct.length;
+  if (state.over === "ct") {
+    const row = Math.max(0, grid.lv.findIndex((lv) => lv >= state.gridLv));
+    return Array.from(grid.coefficients[k]!.subarray(row * width, (row + 1) * width));
+  }
+  const column = Math.max(0, grid.cct.findIndex((ct) => ct >= state.gridCt));
+  return grid.lv.map((_, row) => grid.coefficients[k]![row * width + column]!);
+}
+
+function drawMap(map: Picture, state: State): void {
+  const grid = state.a!.grid!;
+  const width = grid.cct.length;
+  const of = (side: Side): Int32Array =>
+    state.coefficient === 9 ? side.grid!.slope : side.grid!.coefficients[state.coefficient]!;
+  const own = of(state.a!);
+  const difference = state.show === "difference" && state.b?.grid;
+  const values = difference ? of(state.b!).map((v, i) => v - own[i]!) : own;
+  let low = Infinity;
+  let high = -Infinity;
+  for (const v of values) {
+    low = Math.min(low, v);
+    high = Math.max(high, v);
+  }
+  const name = state.coefficient === 9 ? "largest change to a neighbour" : names[state.coefficient]!;
+  const steepest = grid.slope.indexOf(Math.max(...grid.slope));
+  map.draw(
+    `${name}${difference ? ", B − A" : ""}: ${difference ? signed(low) : low} (pale) to ${high} (dark)` +
+      ` · steepest step ${grid.slope[steepest]} at ${grid.cct[steepest % width]} K, LV ${grid.lv[Math.floor(steepest / width)]}`,
+    (g, w, h, c) => {
+      const box = { left: 44, top: 8, right: w - 10, bottom: h - 22 };
+      const s = axes(g, c, box, { x: [grid.cct[0]!, grid.cct.at(-1)!], y: [grid.lv[0]!, grid.lv.at(-1)!] }, { x: "K", y: "LV" });
+      const cw = (box.right - box.left) / (width - 1);
+      const ch = (box.bottom - box.top) / (grid.lv.length - 1);
+      g.save();
+      g.beginPath();
+      g.rect(box.left, box.top, box.right - box.left, box.bottom - box.top);
+      g.clip();
+      for (let i = 0; i < values.length; ++i) {
+        g.globalAlpha = high === low ? 0.1 : 0.06 + (0.94 * (values[i]! - low)) / (high - low);
+        g.fillStyle = c.a;
+        g.fillRect(s.x(grid.cct[i % width]!) - cw / 2, s.y(grid.lv[Math.floor(i / width)]!) - ch / 2, cw + 0.6, ch + 0.6);
+      }
+      g.restore();
+      const frame = frameOf(state);
+      g.strokeStyle = c.b;
+      g.lineWidth = 1.5;
+      g.strokeRect(s.x(frame.cct) - 4, s.y(frame.lv) - 4, 8, 8);
+      g.strokeStyle = c.ink;
+      g.beginPath();
+      g.arc(s.x(grid.cct[steepest % width]!), s.y(grid.lv[Math.floor(steepest / width)]!), 6, 0, 7);
+      g.stroke();
+    },
+    () => ["kelvin,lv," + name, ...Array.from(values, (v, i) => `${grid.cct[i % width]},${grid.lv[Math.floor(i / width)]},${v}`)],
+  );
+}
