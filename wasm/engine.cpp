@@ -133,9 +133,7 @@ class Engine {
         camera_ = std::make_unique<Camera>(tuning, jobs);
         names_[0] = value_names(Job::ccm);
         names_[1] = value_names(Job::color);
-        registers_.clear();
-        targets_.clear();
-        states_.clear();
+        forget_runs();
         Answer answer;
         answer.json = to_json(faults);
         answer.json["name"] = tuning.name;
@@ -182,9 +180,7 @@ class Engine {
             }
         }
         frames_ = std::move(frames);
-        registers_.clear();
-        targets_.clear();
-        states_.clear();
+        forget_runs();
         Answer answer;
         answer.json = to_json(faults);
         answer.json["count"] = frames_.size();
@@ -198,17 +194,19 @@ class Engine {
         const auto begin = arguments.at("begin").get<std::size_t>();
         const auto count = arguments.at("count").get<std::size_t>();
         if (begin == 0) {
-            running_ = *camera_;
-            running_->set_state({});
+            running_ = camera();
+            run_next_ = 0;
             run_registers_.assign(frames_.size(), Registers{});
             run_states_.clear();
         }
+        if (!running_ || begin != run_next_) throw BadInput("the run was given up");
         const std::size_t end = std::min(frames_.size(), begin + count);
         for (std::size_t i = begin; i < end; ++i) {
             if (i % kFramesBetweenStates == 0) run_states_.push_back(running_->state());
             running_->run(frames_[i]);
             run_registers_[i] = running_->registers();
         }
+        run_next_ = end;
         if (end == frames_.size()) {
             registers_ = std::move(run_registers_);
             states_ = std::move(run_states_);
@@ -224,7 +222,7 @@ class Engine {
         const bool target = arguments.at("kind") == "target";
         if (target && targets_.empty()) {
             for (const Frame& frame : frames_) {
-                targets_.push_back(target_registers(*camera_, frame));
+                targets_.push_back(target_registers(camera(), frame));
             }
         }
         const std::vector<Registers>& from = target ? targets_ : registers_;
@@ -255,8 +253,7 @@ class Engine {
     Answer summary(const Json& arguments, std::string_view) {
         SummaryOptions options;
         options.noise_percent = arguments.value("noise", options.noise_percent);
-        Camera camera = *camera_;
-        camera.set_state({});
+        Camera camera = this->camera();
         Summary summary(camera, options);
         std::uint64_t number = 0;
         for (const Frame& frame : frames_) {
@@ -275,8 +272,7 @@ class Engine {
             Camera camera = camera_before(number);
             answer.json = to_json(explain_frame(camera, frames_.at(number)));
         } else {
-            Camera camera = *camera_;
-            camera.set_state({});
+            Camera camera = this->camera();
             answer.json = to_json(explain_at_rest(camera, frame_of(arguments.at("light"))));
         }
         return answer;
@@ -285,8 +281,7 @@ class Engine {
     /// Target and rest of a light after power-on.
     Answer light(const Json& arguments, std::string_view) {
         const Frame frame = frame_of(arguments.at("light"));
-        Camera camera = *camera_;
-        camera.set_state({});
+        Camera camera = this->camera();
         const Registers target = target_registers(camera, frame);
         const Rest rest = run_to_rest(camera, frame);
         Answer answer = answer_values(target);
@@ -301,6 +296,7 @@ class Engine {
     }
 
     Answer gain(const Json& arguments, std::string_view) {
+        require_ccm();
         const AWB_GAIN_T gain =
             tuned_locus(tuning()).at(arguments.at("cct").get<std::uint32_t>());
         Answer answer;
@@ -332,6 +328,7 @@ class Engine {
     }
 
     Answer grid(const Json& arguments, std::string_view) {
+        require_ccm();
         SweepGrid grid;
         grid.cct = arguments.at("cct").get<std::vector<std::uint32_t>>();
         grid.lv = arguments.at("lv").get<std::vector<std::uint32_t>>();
@@ -359,7 +356,8 @@ class Engine {
     /// The chart through the frame's matrix, against the matrix at rest in its light.
     Answer patches(const Json& arguments, std::string_view) {
         Registers actual;
-        Camera camera = *camera_;
+        require_ccm();
+        Camera camera = this->camera();
         Frame frame;
         if (arguments.contains("frame")) {
             const auto number = arguments.at("frame").get<std::size_t>();
@@ -368,7 +366,6 @@ class Engine {
             camera = camera_before(number);
         } else {
             frame = frame_of(arguments.at("light"));
-            camera.set_state({});
             camera.run(frame);
             actual = camera.registers();
         }
@@ -389,13 +386,13 @@ class Engine {
 
     /// Mean and largest difference of the chart over the log, at `most` frames or fewer.
     Answer patch_errors(const Json& arguments, std::string_view) {
-        const auto most = arguments.at("most").get<std::size_t>();
+        require_ccm();
+        const auto most = std::max<std::size_t>(1, arguments.at("most").get<std::size_t>());
         const std::size_t step = std::max<std::size_t>(1, (frames_.size() + most - 1) / most);
         std::vector<double> number;
         std::vector<double> mean;
         std::vector<double> largest;
-        Camera camera = *camera_;
-        camera.set_state({});
+        Camera camera = this->camera();
         for (std::size_t i = 0; i < frames_.size(); ++i) {
             camera.run(frames_[i]);
             if (i % step != 0) continue;
@@ -425,7 +422,26 @@ class Engine {
 
     // ----
 
-    const Tuning& tuning() const { return camera_->tuning(); }
+    /// As after power-on.
+    const Camera& camera() const {
+        if (!camera_) throw BadInput("no tuning is loaded");
+        return *camera_;
+    }
+
+    const Tuning& tuning() const { return camera().tuning(); }
+
+    void require_ccm() const {
+        if (!tuning().has_ccm) throw BadInput("the tuning has no part 'ccm'");
+    }
+
+    void forget_runs() {
+        registers_.clear();
+        targets_.clear();
+        states_.clear();
+        running_.reset();
+        run_registers_.clear();
+        run_states_.clear();
+    }
 
     std::optional<std::size_t> index_of(std::size_t job, const std::string& name) const {
         const auto at = std::find(names_[job].begin(), names_[job].end(), name);
@@ -448,7 +464,7 @@ class Engine {
 
     /// As the frames before this one leave it.
     Camera camera_before(std::size_t frame) const {
-        Camera camera = *camera_;
+        Camera camera = this->camera();
         const std::size_t kept = frame / kFramesBetweenStates;
         camera.set_state(states_.at(kept));
         for (std::size_t i = kept * kFramesBetweenStates; i < frame; ++i) camera.run(frames_[i]);
@@ -480,6 +496,7 @@ class Engine {
     std::vector<Registers> targets_;
     std::vector<CameraState> states_;  ///< before every kFramesBetweenStates-th frame of it
     std::optional<Camera> running_;
+    std::size_t run_next_ = 0;  ///< frame
     std::vector<Registers> run_registers_;
     std::vector<CameraState> run_states_;
 };

@@ -18,6 +18,9 @@ import { whyPanel } from "./panels/why";
 import { Session } from "./session";
 import { Store } from "./store";
 
+const firstTuning = "imx477-polynomial.yaml";
+const firstLog = "imx477-walk.csv";
+
 interface Bundle {
   [name: string]: string;
 }
@@ -36,6 +39,7 @@ async function main(): Promise<void> {
   };
   const store = new Store();
   const session = new Session(store, newEngine);
+  const linked = location.hash.includes("follow=");
   session.openAddress();
   const bundle = async (id: string): Promise<Bundle> =>
     block(id) === "" ? {} : (JSON.parse(new TextDecoder().decode(await unpack(block(id)))) as Bundle);
@@ -70,15 +74,14 @@ async function main(): Promise<void> {
       await session.loadLog(file(report, "frames", report["frames_name"] ?? "frames.csv"));
     }
   } else {
-    const first = Object.keys(samples).find((name) => name.endsWith(".yaml"));
-    const log = Object.keys(samples).find((name) => name.endsWith("walk.csv"));
-    if (first) await session.loadTuning("a", [file(samples, first, first)]);
-    if (log) await session.loadLog(file(samples, log, log));
+    await session.loadTuning("a", [file(samples, firstTuning, firstTuning)]);
+    await session.loadLog(file(samples, firstLog, firstLog));
   }
   const count = store.state.log?.count ?? 0;
-  if (location.hash.length > 1) store.set({ follow: wanted.follow, frame: Math.max(0, Math.min(wanted.frame, count - 1)) });
+  if (linked) store.set({ frame: Math.max(0, Math.min(wanted.frame, count - 1)) });
+  const follow = count > 0 && (!linked || wanted.follow === "log") ? "log" : "light";
   if (!wanted.freeGain) await session.setLight({ cct: wanted.light.cct });
-  if (wanted.follow === "log" || location.hash.length <= 1) store.set({ follow: count > 0 ? "log" : "light" });
+  store.set({ follow });
   document.documentElement.dataset["ready"] = "true";
 }
 

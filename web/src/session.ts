@@ -1,5 +1,5 @@
 // What the page does: loads, runs, and fetches what the panels show. Late answers are dropped.
-import { EngineError, type At, type Frame, type NamedBytes } from "./engine/api";
+import { EngineClosed, EngineError, type At, type Frame, type NamedBytes } from "./engine/api";
 import { Engine } from "./engine/engine";
 import { fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
 
@@ -49,7 +49,9 @@ export class Session {
       }
       running = true;
       void action()
-        .catch((error: unknown) => this.fault("The engine could not answer", error))
+        .catch((error: unknown) => {
+          if (!(error instanceof EngineClosed)) this.fault("The engine could not answer", error);
+        })
         .finally(() => {
           running = false;
           if (again) {
@@ -78,6 +80,7 @@ export class Session {
       await this.run();
       return true;
     } catch (error) {
+      if (error instanceof Superseded || error instanceof EngineClosed) return false;
       this.fault(`${files[0]?.name ?? "tuning"} cannot be used`, error);
       return false;
     }
@@ -125,7 +128,7 @@ export class Session {
       await this.useTuning("a", [{ name: name.endsWith(".bin") ? "tuning.yaml" : name, bytes }], text);
       await this.run();
     } catch (error) {
-      if (error instanceof Superseded) return;
+      if (error instanceof Superseded || error instanceof EngineClosed) return;
       if (error instanceof EngineError) this.store.set({ editing: error.findings });
       else this.fault("The editor's text cannot be used", error);
     }
@@ -149,6 +152,7 @@ export class Session {
       await this.run();
       return true;
     } catch (error) {
+      if (error instanceof EngineClosed) return false;
       this.fault(`${file.name} cannot be used`, error);
       return false;
     }

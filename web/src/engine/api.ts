@@ -23,6 +23,9 @@ export class EngineError extends Error {
   }
 }
 
+/** Asked of an engine that was replaced meanwhile: nobody waits for the answer. */
+export class EngineClosed extends Error {}
+
 export interface NamedBytes {
   name: string;
   bytes: Uint8Array;

@@ -1,4 +1,5 @@
 import {
+  EngineClosed,
   EngineError,
   frameColumns,
   type At,
@@ -41,7 +42,7 @@ const where = (at: At): Record<string, unknown> =>
 /** One tuning and one log in a worker of their own. Frames count from 0. */
 export class Engine {
   private readonly worker: Worker;
-  private readonly open = new Map<number, { done: (r: Response) => void }>();
+  private readonly open = new Map<number, { done: (r: Response) => void; fail: (e: Error) => void }>();
   private next = 1;
   private runs = 0;
   private frames = 0;
@@ -67,6 +68,7 @@ export class Engine {
           if (response.error === undefined) resolve(response);
           else reject(new EngineError(response.error, response.findings));
         },
+        fail: reject,
       });
       this.worker.postMessage({ id, command, args, bytes } satisfies Request);
     });
@@ -86,6 +88,7 @@ export class Engine {
   }
 
   async loadFrames(name: string, bytes: Uint8Array): Promise<FrameLog> {
+    ++this.runs;
     const response = await this.send("loadFrames", { name }, bytes);
     const ok = response.ok as { count: number; findings: Finding[] };
     const columns = {} as Record<FrameColumn, Float64Array>;
@@ -98,7 +101,12 @@ export class Engine {
   async replay(progress?: Progress): Promise<boolean> {
     const run = ++this.runs;
     for (let begin = 0; begin < Math.max(1, this.frames); begin += framesInChunk) {
-      await this.send("replay", { begin, count: framesInChunk });
+      try {
+        await this.send("replay", { begin, count: framesInChunk });
+      } catch (error) {
+        if (run !== this.runs) return false;
+        throw error;
+      }
       if (run !== this.runs) return false;
       progress?.(Math.min(this.frames, begin + framesInChunk), this.frames);
     }
@@ -168,7 +176,10 @@ export class Engine {
   }
 
   close(): void {
+    ++this.runs;
     this.worker.terminate();
+    for (const each of this.open.values()) each.fail(new EngineClosed());
+    this.open.clear();
   }
 }
 

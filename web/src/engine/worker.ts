@@ -17,12 +17,19 @@ interface EngineModule {
 declare const createEngine: (options: { wasmBinary: ArrayBuffer }) => Promise<EngineModule>;
 
 let engine: EngineModule | undefined;
+let broken = "";
 let waiting: Request[] = [];
 
+function room(size: number): number {
+  const at = engine!._malloc(size);
+  if (at === 0) throw new Error(`no memory for ${size} bytes`);
+  return at;
+}
+
 function text(value: string): number {
-  const room = engine!.lengthBytesUTF8(value) + 1;
-  const at = engine!._malloc(room);
-  engine!.stringToUTF8(value, at, room);
+  const size = engine!.lengthBytesUTF8(value) + 1;
+  const at = room(size);
+  engine!.stringToUTF8(value, at, size);
   return at;
 }
 
@@ -31,7 +38,7 @@ function run(request: Request): Response {
   const command = text(request.command);
   const args = text(JSON.stringify(request.args));
   const bytes = request.bytes ?? new Uint8Array();
-  const at = module._malloc(bytes.length + 1);
+  const at = room(bytes.length + 1);
   module.HEAPU8.set(bytes, at);
   try {
     const reply = JSON.parse(
@@ -51,8 +58,11 @@ function run(request: Request): Response {
 function answer(request: Request): void {
   let response: Response;
   try {
+    if (broken !== "") throw new Error(broken);
     response = run(request);
   } catch (error) {
+    // A trap, not an answer: the engine is in no state to go on.
+    if (error instanceof WebAssembly.RuntimeError) broken = `the engine stopped: ${error.message}`;
     response = { id: request.id, blobs: [], error: String(error), findings: [] };
   }
   postMessage(response, { transfer: response.blobs });
@@ -61,12 +71,14 @@ function answer(request: Request): void {
 onmessage = (event: MessageEvent<Request>) => {
   const request = event.data;
   if (request.command === "start") {
-    void createEngine({ wasmBinary: request.args.wasm as ArrayBuffer }).then((module) => {
-      engine = module;
-      for (const each of waiting) answer(each);
-      waiting = [];
-    });
-  } else if (engine) {
+    void createEngine({ wasmBinary: request.args["wasm"] as ArrayBuffer })
+      .then((module) => (engine = module))
+      .catch((error: unknown) => (broken = `the engine does not start: ${String(error)}`))
+      .finally(() => {
+        for (const each of waiting) answer(each);
+        waiting = [];
+      });
+  } else if (engine || broken !== "") {
     answer(request);
   } else {
     waiting.push(request);

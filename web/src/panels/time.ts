@@ -108,7 +108,9 @@ export const timePanel: MakePanel = (session) => {
         rows.set(field, row);
         list.append(row.element);
       }
-      row.plot.draw(x, linesOf(state, field), field + unitOf(field));
+      const lines = linesOf(state, field);
+      row.element.hidden = lines.length === 0;
+      if (lines.length > 0) row.plot.draw(x, lines, field + unitOf(field));
     }
     fill(facts, ...factsOf(state));
   };
