@@ -65,9 +65,11 @@ int main(int argc, char** argv) {
     add_pack(verbs);
     add_props(verbs);
     add_replay(verbs);
+    add_report(verbs);
     add_sweep(verbs);
     add_unpack(verbs);
     add_verify(verbs);
+    add_view(verbs);
 
     std::string verb_to_explain;
     add_help(app, verb_to_explain, chosen);

@@ -21,6 +21,8 @@ void add_replay(const Verbs& verbs);
 void add_explain(const Verbs& verbs);
 void add_export(const Verbs& verbs);
 void add_import(const Verbs& verbs);
+void add_report(const Verbs& verbs);
+void add_view(const Verbs& verbs);
 void add_sweep(const Verbs& verbs);
 void add_diff(const Verbs& verbs);
 void add_frames(const Verbs& verbs);

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev
+scripts/setup.sh g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev
 
 mkdir -p build
 echo "building (log: build/demo.log) ..." >&2

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev \
-    nlohmann-json3-dev libeigen3-dev
+    nlohmann-json3-dev libeigen3-dev zlib1g-dev
 
 seconds=${1:-7}
 targets=("${@:2}")

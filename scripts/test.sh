@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh g++ clang cmake ninja-build pkg-config libgtest-dev libbenchmark-dev libcli11-dev \
-    libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev clang-format clang-tidy locales valgrind binutils ccache python3-cram
+    libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev clang-format clang-tidy locales valgrind binutils ccache python3-cram
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache
 
 passed=0

@@ -41,6 +41,7 @@ async function main(): Promise<void> {
   const session = new Session(store, newEngine);
   const linked = location.hash.includes("follow=");
   session.openAddress();
+  Object.assign(window, { imgtune: { session, store, newEngine } }); // for the console
   const bundle = async (id: string): Promise<Bundle> =>
     block(id) === "" ? {} : (JSON.parse(new TextDecoder().decode(await unpack(block(id)))) as Bundle);
   const samples = await bundle("samples");

@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Builds the page and uses it in a browser as people do.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh chromium g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev \
+    nlohmann-json3-dev libeigen3-dev zlib1g-dev
+scripts/page.sh
+cmake --preset release
+cmake --build --preset release --target imgtune
+export PAGE=$PWD/build/imgtune.html IMGTUNE=$PWD/build/release/cli/imgtune EXAMPLES=$PWD/examples
+cd web
+node --test tests/

@@ -1,0 +1,230 @@
+// The page as people use it, in Debian's Chromium. Usage: PAGE=imgtune.html IMGTUNE=.../imgtune
+// EXAMPLES=.../examples node --test web/tests
+import assert from "node:assert/strict";
+import { execFileSync } from "node:child_process";
+import { mkdtempSync, readFileSync, readdirSync, rmSync, writeFileSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
+import { after, before, beforeEach, test } from "node:test";
+import { pathToFileURL } from "node:url";
+import { chromium } from "playwright-core";
+
+const { PAGE, IMGTUNE, EXAMPLES } = process.env;
+const axe = readFileSync(new URL("../node_modules/axe-core/axe.min.js", import.meta.url), "utf8");
+const folder = mkdtempSync(join(tmpdir(), "imgtune-page-"));
+const tool = (...args) => execFileSync(IMGTUNE, args, { maxBuffer: 1 << 28, stdio: ["ignore", "pipe", "ignore"] }).toString();
+let browser, page, complaints;
+
+before(async () => {
+  browser = await chromium.launch({
+    executablePath: "/usr/bin/chromium",
+    args: process.getuid() === 0 ? ["--no-sandbox"] : [],
+  });
+});
+after(async () => {
+  await browser.close();
+  rmSync(folder, { recursive: true });
+});
+
+async function openPage(url, options = {}) {
+  const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, ...options });
+  page = await context.newPage();
+  complaints = [];
+  page.on("console", (message) => ["error", "warning"].includes(message.type()) && complaints.push(message.text()));
+  page.on("pageerror", (error) => complaints.push(error.message));
+  page.on("request", (request) => /^https?:/.test(request.url()) && complaints.push(request.url()));
+  await page.goto(url);
+  await page.waitForSelector("html[data-ready]");
+  await idle();
+}
+const idle = () => page.waitForFunction(() => !document.querySelector(".busy progress"));
+const start = (hash = "") => openPage(pathToFileURL(PAGE) + hash);
+const coefficients = (side = "a") =>
+  page.$$eval(`[data-coefficient^="${side}"]`, (cells) => cells.map((cell) => Number(cell.textContent)));
+const choose = (label, value) => page.getByLabel(label, { exact: true }).selectOption(value);
+const upload = (files) => page.getByLabel("Open tuning A or log").last().setInputFiles(files);
+const file = (name, text) => {
+  writeFileSync(join(folder, name), text);
+  return join(folder, name);
+};
+const done = async () => {
+  assert.deepEqual(complaints, []);
+  await page.context().close();
+};
+
+beforeEach(() => (complaints = []));
+
+test("registers of every sample equal the command line's", async () => {
+  await start();
+  const names = readdirSync(EXAMPLES);
+  for (const tuning of names.filter((name) => name.endsWith(".yaml"))) {
+    for (const log of names.filter((name) => name.endsWith(".csv"))) {
+      const lines = tool("replay", join(EXAMPLES, tuning), join(EXAMPLES, log)).trim().split("\n").map((line) => line.split(","));
+      const fields = lines[0].map((name, i) => [name, i]).filter(([name]) => /^c\d$/.test(name) || /^[A-Z]|\./.test(name));
+      const wanted = fields.map(([, i]) => lines.slice(1).map((line) => Number(line[i])));
+      const got = await page.evaluate(
+        async ([tuningText, logText, columns]) => {
+          const encode = (text) => new TextEncoder().encode(text);
+          const engine = window.imgtune.newEngine();
+          await engine.loadTuning([{ name: "t.yaml", bytes: encode(tuningText) }]);
+          await engine.loadFrames("l.csv", encode(logText));
+          await engine.replay();
+          const result = (await engine.columns(columns, "actual")).map((column) => Array.from(column));
+          engine.close();
+          return result;
+        },
+        [readFileSync(join(EXAMPLES, tuning), "utf8"), readFileSync(join(EXAMPLES, log), "utf8"), fields.map(([name]) => name)],
+      );
+      assert.ok(fields.length >= 9);
+      fields.forEach(([name], i) => assert.deepEqual(got[i], wanted[i], `${tuning}, ${log}: ${name}`));
+    }
+  }
+  await done();
+});
+
+test("a dragged gain gives the command line's matrix", async () => {
+  await start("#follow=light");
+  const canvas = page.locator("#gain canvas");
+  const box = await canvas.boundingBox();
+  await page.mouse.move(box.x + 200, box.y + 120);
+  await page.mouse.down();
+  await page.mouse.move(box.x + 160, box.y + 140, { steps: 4 });
+  await page.mouse.up();
+  const [red, green, blue] = (await page.locator("#gains").textContent()).match(/\d+/g).map(Number);
+  const told = JSON.parse(
+    tool("explain", join(EXAMPLES, "imx477-polynomial.yaml"), "--lv", "80", "--cct", "5000", "--gain", `${red},${green},${blue}`, "--json"),
+  );
+  await page.waitForFunction((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(told.ccm.written[0]));
+  assert.deepEqual(await coefficients(), told.ccm.written);
+  await canvas.focus();
+  await page.keyboard.press("ArrowLeft");
+  assert.match(await page.locator("#gains").textContent(), new RegExp(`AWB gain ${red - 4},`));
+  await done();
+});
+
+test("an edited field is judged at its line, and what cannot be read changes nothing", async () => {
+  await start();
+  const before = await coefficients();
+  const source = readFileSync(join(EXAMPLES, "imx477-polynomial.yaml"), "utf8");
+  await page.evaluate((text) => window.imgtune.session.edit(text), source.replace(/weights: .*/, "weights: [0, 0, 0]"));
+  await page.waitForSelector("#tuning .findings >> text=T116");
+  await page.evaluate((text) => window.imgtune.session.edit(text), source.replace(/i4NumCT: .*/, "i4NumCT: many"));
+  await page.waitForSelector("#tuning .findings >> text=T005");
+  const line = source.split("\n").findIndex((each) => each.includes("i4NumCT")) + 1;
+  assert.equal(await page.locator("#tuning .findings button").first().textContent(), `line ${line}`);
+  await page.evaluate((text) => window.imgtune.session.edit(text), source);
+  await page.waitForFunction(() => document.querySelectorAll("#tuning .findings li").length === 0);
+  await idle();
+  await page.waitForFunction((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(before[0]));
+  assert.deepEqual(await coefficients(), before);
+  await done();
+});
+
+test("a second tuning stands beside the first in every panel", async () => {
+  await start();
+  await choose("B", "imx708-blend.yaml");
+  await page.waitForSelector("#compare tbody tr");
+  await idle();
+  await page.waitForSelector('[data-coefficient="b0"]');
+  const a = await coefficients("a");
+  const b = await coefficients("b");
+  assert.notDeepEqual(a, b);
+  await choose("panels show", "difference");
+  assert.deepEqual(await coefficients("b"), b.map((value, i) => value - a[i]));
+  const fields = JSON.parse(execFileSync("/bin/sh", ["-c", '"$0" diff "$1" "$2" --json; true', IMGTUNE, join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx708-blend.yaml")]).toString());
+  const first = await page.locator("#compare tbody th").first().textContent();
+  assert.ok(JSON.stringify(fields).includes(JSON.stringify(first)));
+  await page.getByRole("button", { name: "Drop B" }).click();
+  assert.ok(!(await page.locator("#compare").isVisible()));
+  await done();
+});
+
+test("scrubbing across the flash shows each frame's registers, and the address keeps the place", async () => {
+  const log = join(EXAMPLES, "imx477-flash-shot.csv");
+  await start();
+  await choose("Log", "imx477-flash-shot.csv");
+  await page.waitForFunction(() => document.querySelector(".opened").textContent.includes("186 frames"));
+  await idle();
+  await page.getByRole("button", { name: "Next flash" }).click();
+  const rows = tool("replay", join(EXAMPLES, "imx477-polynomial.yaml"), log).trim().split("\n").map((line) => line.split(","));
+  const flash = rows[0].indexOf("flash");
+  const c0 = rows[0].indexOf("c0");
+  const frame = rows.findIndex((row, i) => i > 0 && row[flash] !== "0");
+  for (let step = 0; step < 3; ++step) {
+    const wanted = rows[frame + step].slice(c0, c0 + 9).map(Number);
+    await page.waitForFunction(
+      (nine) => JSON.stringify(Array.from(document.querySelectorAll('[data-coefficient^="a"]'), (cell) => Number(cell.textContent))) === nine,
+      JSON.stringify(wanted),
+    );
+    if (step < 2) await page.getByRole("button", { name: "Frame after" }).click();
+  }
+  await page.waitForFunction((n) => location.hash.includes(`frame=${n}`), frame + 2);
+  await done();
+});
+
+test("a long replay shows its progress and can be cancelled", async () => {
+  await start();
+  const walk = readFileSync(join(EXAMPLES, "imx477-walk.csv"), "utf8").split("\n").filter((line) => line && !line.startsWith("#"));
+  const long = [walk[0]];
+  while (long.length <= 250000) long.push(...walk.slice(1));
+  await upload(file("long.csv", long.join("\n") + "\n"));
+  await page.getByRole("button", { name: "Cancel" }).click({ timeout: 20000 });
+  await idle();
+  await page.getByRole("slider", { name: "Light value" }).fill("60");
+  await page.waitForFunction(() => document.querySelectorAll('[data-coefficient^="a"]').length === 9);
+  await done();
+});
+
+test("hostile names and contents are told as text, and what was there stays", async () => {
+  await start();
+  const kept = await page.locator(".opened").textContent();
+  const hostile = [
+    ["<img src=x onerror=alert(1)>.yaml", "name: <script>alert(1)</script>\n"],
+    ["noise.yaml", Buffer.from(Array.from({ length: 50_000_00 }, (_, i) => (i * 7919) % 251))],
+    ["noise.csv", "lv,cct\n" + "9,".repeat(1_000_000)],
+    ["binary.csv", Buffer.from([0, 255, 1, 254, 10, 0])],
+    ["deep.yaml", "[".repeat(100_000)],
+    ["empty.yaml", ""],
+    ["ccm.bin", "short"],
+  ];
+  for (const [name, content] of hostile) {
+    await upload(file(name.replaceAll("/", "_"), content));
+    await page.waitForSelector(".faults strong");
+    const shown = await page.locator(".faults strong").textContent();
+    assert.equal(shown, `${name} cannot be used`);
+    assert.equal(await page.locator(".faults script, .faults img").count(), 0);
+    await page.getByRole("button", { name: "Close" }).click();
+  }
+  assert.equal(await page.locator(".opened").textContent(), kept);
+  const source = readFileSync(join(EXAMPLES, "imx477-polynomial.yaml"), "utf8");
+  await upload(file("markup.yaml", source.replace(/^name: .*$/m, 'name: "<b onclick=alert(1)>bold</b>"')));
+  await page.waitForFunction(() => document.querySelector(".opened").textContent.includes("<b onclick"));
+  assert.equal(await page.locator(".opened b").count(), 0);
+  await done();
+});
+
+test("a report opens with the network off, at its summary, quickly", async () => {
+  const report = join(folder, "report.html");
+  tool("report", join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx477-flash-shot.csv"), "--against", join(EXAMPLES, "imx708-blend.yaml"), "--page", PAGE, "-o", report);
+  await openPage(pathToFileURL(report).href, { offline: true });
+  await page.waitForSelector("#time table");
+  const summary = JSON.parse(tool("replay", join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx477-flash-shot.csv"), "--summary", "--json"));
+  const shown = await page.locator("#time table.side-a tbody tr").nth(1).textContent();
+  assert.ok(shown.startsWith(`${summary.changes[0].first}–${summary.changes[0].last}`));
+  assert.ok(shown.includes(`${summary.changes[0].ccm.settled_after} frames`));
+  await done();
+});
+
+for (const [width, colorScheme] of [[1280, "light"], [390, "dark"]]) {
+  test(`accessible at ${width} pixels, ${colorScheme}`, async () => {
+    await openPage(pathToFileURL(PAGE).href, { viewport: { width, height: 900 }, colorScheme });
+    await choose("B", "imx708-blend.yaml");
+    await page.waitForSelector("#compare tbody tr");
+    await idle();
+    assert.equal(await page.evaluate(() => document.documentElement.scrollWidth > innerWidth), false);
+    await page.evaluate(axe);
+    const { violations } = await page.evaluate(() => window.axe.run());
+    assert.deepEqual(violations.map((v) => `${v.id}: ${v.nodes.map((n) => n.target.join(" ")).slice(0, 5).join("; ")}`), []);
+    await done();
+  });
+}
