@@ -38,6 +38,7 @@ export function choice(
   choose: (value: string) => void,
 ): HTMLLabelElement {
   const select = h("select", {
+    "aria-label": label,
     change: (event) => choose((event.target as HTMLSelectElement).value),
   });
   for (const [key, text] of options) select.append(h("option", { value: key }, text));
@@ -46,7 +47,7 @@ export function choice(
 }
 
 export const button = (text: string, click: () => void, title?: string): HTMLButtonElement =>
-  h("button", { type: "button", click, title }, text);
+  h("button", { type: "button", click, title, "aria-label": title }, text);
 
 export function download(name: string, content: BlobPart, type: string): void {
   const url = URL.createObjectURL(new Blob([content], { type }));

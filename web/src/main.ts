@@ -100,7 +100,7 @@ function header(session: Session, samples: Bundle): HTMLElement {
     return h("span", {}, button(label, () => input.click()), input);
   };
   const sample = (side: "a" | "b", label: string, kind: RegExp): HTMLElement =>
-    choice(label, [["", "sample…"], ...Object.keys(samples).filter((n) => kind.test(n)).map((n): [string, string] => [n, n])], "", (name) => {
+    choice(label, [["", "choose…"], ...Object.keys(samples).filter((n) => kind.test(n)).map((n): [string, string] => [n, n])], "", (name) => {
       const text = samples[name];
       if (text !== undefined) void open(session, [{ name, bytes: new TextEncoder().encode(text) }], side);
     });
@@ -125,10 +125,10 @@ function header(session: Session, samples: Bundle): HTMLElement {
       "div",
       { class: "row" },
       picker("a", "Open tuning A or log"),
-      sample("a", "A", /\.yaml$/),
+      sample("a", "Sample A", /\.yaml$/),
       picker("b", "Compare with B"),
-      sample("b", "B", /\.yaml$/),
-      sample("a", "Log", /\.csv$/),
+      sample("b", "Sample B", /\.yaml$/),
+      sample("a", "Sample log", /\.csv$/),
       theme,
     ),
   );
@@ -146,18 +146,17 @@ function messages(session: Session): HTMLElement {
       ),
     ),
   );
-  store.watch(["busy"], ({ busy: run }) =>
-    fill(
-      busy,
-      ...(run
-        ? [
-            `${run.text}: ${run.done} of ${run.total} frames `,
-            h("progress", { max: run.total, value: run.done, "aria-label": run.text }),
-            button("Cancel", () => session.cancel()),
-          ]
-        : []),
-    ),
-  );
+  const text = h("span");
+  const progress = h("progress", { max: 1, value: 0, "aria-label": "Replay" });
+  const line = h("div", { hidden: true }, text, progress, button("Cancel", () => session.cancel()));
+  busy.append(line);
+  store.watch(["busy"], ({ busy: run }) => {
+    line.hidden = run === null;
+    if (!run) return;
+    text.textContent = `${run.text}: ${run.done} of ${run.total} frames `;
+    progress.max = run.total;
+    progress.value = run.done;
+  });
   return h("div", { class: "messages" }, faults, busy);
 }
 

@@ -37,7 +37,7 @@ async function openPage(url, options = {}) {
   await page.waitForSelector("html[data-ready]");
   await idle();
 }
-const idle = () => page.waitForFunction(() => !document.querySelector(".busy progress"));
+const idle = () => page.waitForFunction(() => document.querySelector(".busy > div").hidden);
 const start = (hash = "") => openPage(pathToFileURL(PAGE) + hash);
 const coefficients = (side = "a") =>
   page.$$eval(`[data-coefficient^="${side}"]`, (cells) => cells.map((cell) => Number(cell.textContent)));
@@ -122,7 +122,7 @@ test("an edited field is judged at its line, and what cannot be read changes not
 
 test("a second tuning stands beside the first in every panel", async () => {
   await start();
-  await choose("B", "imx708-blend.yaml");
+  await choose("Sample B", "imx708-blend.yaml");
   await page.waitForSelector("#compare tbody tr");
   await idle();
   await page.waitForSelector('[data-coefficient="b0"]');
@@ -142,7 +142,7 @@ test("a second tuning stands beside the first in every panel", async () => {
 test("scrubbing across the flash shows each frame's registers, and the address keeps the place", async () => {
   const log = join(EXAMPLES, "imx477-flash-shot.csv");
   await start();
-  await choose("Log", "imx477-flash-shot.csv");
+  await choose("Sample log", "imx477-flash-shot.csv");
   await page.waitForFunction(() => document.querySelector(".opened").textContent.includes("186 frames"));
   await idle();
   await page.getByRole("button", { name: "Next flash" }).click();
@@ -218,7 +218,7 @@ test("a report opens with the network off, at its summary, quickly", async () =>
 for (const [width, colorScheme] of [[1280, "light"], [390, "dark"]]) {
   test(`accessible at ${width} pixels, ${colorScheme}`, async () => {
     await openPage(pathToFileURL(PAGE).href, { viewport: { width, height: 900 }, colorScheme });
-    await choose("B", "imx708-blend.yaml");
+    await choose("Sample B", "imx708-blend.yaml");
     await page.waitForSelector("#compare tbody tr");
     await idle();
     assert.equal(await page.evaluate(() => document.documentElement.scrollWidth > innerWidth), false);

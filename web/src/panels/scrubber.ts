@@ -95,7 +95,7 @@ export const scrubber: MakePanel = (session) => {
   jumps[3]!.textContent = "Largest step";
   const element = h(
     "section",
-    { id: "scrubber", "aria-label": "Log" },
+    { id: "scrubber", "aria-label": "Frames of the log" },
     canvas,
     range,
     h("div", { class: "row" }, play, button("◀", () => step(-1), "Frame before"), button("▶", () => step(1), "Frame after"), ...jumps, place),

@@ -1,9 +1,10 @@
 import { defaultKeymap, history, historyKeymap, indentWithTab } from "@codemirror/commands";
 import { yaml } from "@codemirror/lang-yaml";
-import { defaultHighlightStyle, syntaxHighlighting } from "@codemirror/language";
+import { HighlightStyle, syntaxHighlighting } from "@codemirror/language";
 import { lintGutter, setDiagnostics, type Diagnostic } from "@codemirror/lint";
 import { EditorState } from "@codemirror/state";
 import { EditorView, keymap, lineNumbers } from "@codemirror/view";
+import { tags } from "@lezer/highlight";
 import { button, download, fill, h } from "../dom";
 import type { Finding } from "../engine/api";
 import type { State } from "../store";
@@ -11,6 +12,10 @@ import { panel, type MakePanel } from "./panel";
 
 const pause = 80; // ms after a key until the text is tried
 const mostListed = 60;
+const inks = HighlightStyle.define([
+  { tag: tags.comment, color: "var(--ink2)" },
+  { tag: [tags.propertyName, tags.definition(tags.propertyName)], color: "var(--a)" },
+]);
 
 /** The text of tuning A, what check says of it, and the panels behind it follow. */
 export const tuningPanel: MakePanel = (session) => {
@@ -31,7 +36,7 @@ export const tuningPanel: MakePanel = (session) => {
         lintGutter(),
         history(),
         yaml(),
-        syntaxHighlighting(defaultHighlightStyle),
+        syntaxHighlighting(inks),
         keymap.of([...defaultKeymap, ...historyKeymap, indentWithTab]),
         EditorView.contentAttributes.of({ "aria-label": "Tuning A as YAML" }),
         EditorView.theme({
@@ -51,6 +56,7 @@ export const tuningPanel: MakePanel = (session) => {
       ],
     }),
   });
+  view.scrollDOM.tabIndex = 0;
   const list = h("ol", { class: "findings", "aria-live": "polite" });
   const count = h("p", { class: "note" });
   const save = async (form: "yaml" | "images"): Promise<void> => {
