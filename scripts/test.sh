@@ -36,7 +36,7 @@ for preset in clang debug clang-debug; do
     step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF
 done
 step "format and lint" scripts/lint.sh
-for script in sanitize aarch64 android fuzz abi count-instructions python-test; do
+for script in sanitize aarch64 wasm page-test android fuzz abi count-instructions python-test; do
     [ -x "scripts/$script.sh" ] && step "$script" "scripts/$script.sh"
 done
 

@@ -2,11 +2,13 @@
 // stand inside, and a policy that lets nothing else in.
 import { createHash } from "node:crypto";
 import { readFileSync, readdirSync, writeFileSync } from "node:fs";
+import { dirname } from "node:path";
+import { fileURLToPath } from "node:url";
 import { gzipSync } from "node:zlib";
 import { build } from "vite";
 
 const [engine, output] = process.argv.slice(2);
-const here = import.meta.dirname;
+const here = dirname(fileURLToPath(import.meta.url));
 const largest = 1.5 * 1024 * 1024;
 
 const bundle = async (entry, name) => {

@@ -80,9 +80,25 @@ The verbs that make, turn over, judge and explain tunings, and help.
     $ imgtune --version
     imgtune 1.0.0
 
+A report needs the page, and a log with frames.
+
+    $ imgtune report a.yaml $EXAMPLES/imx477-walk.csv --page a.yaml -o r.html
+    imgtune: a.yaml: not the page, or one that holds a report already
+    [2]
+    $ echo '<p><!-- report --></p>' > page.html; echo lv,cct,awb_r,awb_g,awb_b > none.csv
+    $ imgtune report a.yaml none.csv --page page.html -o r.html
+    imgtune: none.csv: the log has no frames
+    [2]
+    $ imgtune report a.yaml $EXAMPLES/imx477-walk.csv --page page.html -o r.html && sed 's/.*id="report">//;s/<.*//' r.html |
+    >     base64 -d | gunzip | grep -o '"frames_name":"[^"]*"'
+    "frames_name":"imx477-walk.csv"
+    $ imgtune report a.yaml $EXAMPLES/imx477-walk.csv --page page.html -o r.html
+    imgtune: r.html: stands there already; name another, or use --force
+    [2]
+
 Each shell's completion is well-formed and offers the verbs.
 
     $ PATH=$(dirname $IMGTUNE):$PATH bash -c 'source $COMPLETIONS/imgtune.bash
     >     COMP_WORDS=(imgtune re) COMP_CWORD=1; _imgtune; echo "${COMPREPLY[@]}"'
-    replay
+    replay report
     $ for shell in zsh fish; do ! command -v $shell > /dev/null || $shell -n $COMPLETIONS/imgtune.$shell; done

@@ -84,6 +84,7 @@ export function ticks(low: number, high: number, count: number): number[] {
 }
 
 export interface Scale {
+  right: number; // the largest x
   x(v: number): number;
   y(v: number): number;
   fromX(px: number): number;
@@ -101,6 +102,7 @@ export function axes(
   const [x0, x1] = range.x;
   const [y0, y1] = range.y;
   const scale: Scale = {
+    right: x1,
     x: (v) => box.left + ((v - x0) / (x1 - x0)) * (box.right - box.left),
     y: (v) => box.bottom - ((v - y0) / (y1 - y0)) * (box.bottom - box.top),
     fromX: (px) => x0 + ((px - box.left) / (box.right - box.left)) * (x1 - x0),

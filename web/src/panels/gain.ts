@@ -63,7 +63,12 @@ export const gainPanel: MakePanel = (session) => {
         const box = { left: margin.left, top: margin.top, right: w - margin.right, bottom: hgt - margin.bottom };
         scale = axes(g, c, box, range, { x: "red gain", y: "blue gain" });
         const s = scale;
+        g.save();
+        g.beginPath();
+        g.rect(box.left, box.top, box.right - box.left, box.bottom - box.top);
+        g.clip();
         drawTrail(g, state, s, c.quiet);
+        g.restore();
         for (const name of ["b", "a"] as const) drawSide(g, state[name], name, s, c);
         const frame = frameOf(state);
         const red = gainOf(state.a, frame, "r");
@@ -175,9 +180,11 @@ function drawSide(
       g.fillStyle = c[name];
       dot(g, x, y, row.name === "normal" ? 3 : 1.5);
       if (row.name !== "normal" || name === "b") continue;
-      g.textAlign = "left";
+      const text = point.kelvin > 0 ? `${point.index} · ${point.kelvin} K` : String(point.index);
+      const left = x + 5 + g.measureText(text).width > s.x(s.right);
+      g.textAlign = left ? "right" : "left";
       g.textBaseline = "bottom";
-      g.fillText(point.kelvin > 0 ? `${point.index} · ${point.kelvin} K` : String(point.index), x + 5, y - 2);
+      g.fillText(text, left ? x - 5 : x + 5, y - 3);
     }
   }
 }

@@ -115,7 +115,7 @@ function matrixTable(side: Side | null, name: "a" | "b", state: State): HTMLElem
       {},
       `${name.toUpperCase()} · ${side.info.name} · ${other ? "B − A" : "1.0 = " + side.info.codecOne} · ${settle}`,
     ),
-    h("thead", {}, h("tr", {}, ...["R", "G", "B"].map((t) => h("th", { scope: "col" }, t)), h("th", { scope: "col", class: "quiet" }, "target −"))),
+    h("thead", {}, h("tr", {}, ...["R", "G", "B"].map((t) => h("th", { scope: "col" }, t)), h("th", { scope: "col", class: "quiet" }, "to target"))),
     h("tbody", {}, row(0), row(1), row(2)),
   );
 }
