@@ -297,8 +297,7 @@ class Engine {
 
     Answer gain(const Json& arguments, std::string_view) {
         require_ccm();
-        const AWB_GAIN_T gain =
-            tuned_locus(tuning()).at(arguments.at("cct").get<std::uint32_t>());
+        const AWB_GAIN_T gain = tuned_locus(tuning()).at(arguments.at("cct").get<std::uint32_t>());
         Answer answer;
         answer.json = Json::array({gain.i4R, gain.i4G, gain.i4B});
         return answer;
@@ -334,8 +333,8 @@ class Engine {
         grid.lv = arguments.at("lv").get<std::vector<std::uint32_t>>();
         grid.flash = arguments.value("flash", 0);
         grid.scene = arguments.value("scene", 0);
-        const Sweep sweep = run_sweep(tuning(), {tuning().has_ccm, false}, grid,
-                                      tuned_locus(tuning()));
+        const Sweep sweep =
+            run_sweep(tuning(), {tuning().has_ccm, false}, grid, tuned_locus(tuning()));
         std::array<std::vector<std::int32_t>, 9> columns;
         for (const SweepPoint& point : sweep.points) {
             const auto values = decode(point.registers.ccm, tuning().caller);
