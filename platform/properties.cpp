@@ -97,16 +97,17 @@ bool is_name(std::string_view text) {
 
 enum class SetResult { kDone, kNotAName, kValueTooLong, kFull };
 
+/// False while it is known that no property was ever set, which spares a look at the name.
+constinit std::atomic<bool> g_any_set{true};
+
 class Store {
   public:
     Store() {
         if (const char* path = std::getenv("IMGTUNE_PROPERTIES"); path != nullptr && *path != 0) {
             preset_from(path);
         }
+        if (names_ == 0) g_any_set.store(false, std::memory_order_release);
     }
-
-    /// False while no property was ever set, which spares a look at the name.
-    bool any() const { return names_.load(std::memory_order_acquire) != 0; }
 
     std::size_t get(std::string_view name, char* value) const {
         if (name.size() <= kMaxNameLength) {
@@ -134,15 +135,15 @@ class Store {
             }
             slot = (slot + 1) % kSlots;
         }
-        const std::size_t names = names_.load(std::memory_order_relaxed);
-        if (names == kMaxNames) return SetResult::kFull;
+        if (names_ == kMaxNames) return SetResult::kFull;
         Entry& entry = entries_[slot];
         entry.hash = hash;
         entry.name_length = name.size();
         std::memcpy(entry.name, name.data(), name.size());
         entry.value.write(value);
         entry.used.store(true, std::memory_order_release);
-        names_.store(names + 1, std::memory_order_release);
+        ++names_;
+        g_any_set.store(true, std::memory_order_release);
         return SetResult::kDone;
     }
 
@@ -151,7 +152,7 @@ class Store {
     const char* preset_line(std::string_view line);
 
     std::mutex writer_;
-    std::atomic<std::size_t> names_{0};
+    std::size_t names_ = 0;
     std::array<Entry, kSlots> entries_;
 };
 
@@ -209,23 +210,29 @@ Store& store() {
     return instance;
 }
 
-}  // namespace
-
-#define EXPORTED extern "C" __attribute__((visibility("default")))
-
-EXPORTED int property_get(const char* key, char* value, const char* default_value) {
-    const Store& properties = store();
-    if (properties.any() && key != nullptr) {
-        const std::size_t length = properties.get(key, value);
-        if (length > 0) return static_cast<int>(length);
-    }
-    // A default is a character or two: shorter than the calls that would copy it.
+/// A default is a character or two: shorter than the calls that would copy it.
+int put_default(char* value, const char* default_value) {
     int length = 0;
     while (default_value != nullptr && length < PROPERTY_VALUE_MAX - 1 && *default_value != '\0') {
         value[length++] = *default_value++;
     }
     value[length] = '\0';
     return length;
+}
+
+/// Out of line, so that a read that needs no look saves no registers for one.
+[[gnu::noinline]] int look_up(const char* key, char* value, const char* default_value) {
+    const std::size_t length = key == nullptr ? 0 : store().get(key, value);
+    return length > 0 ? static_cast<int>(length) : put_default(value, default_value);
+}
+
+}  // namespace
+
+#define EXPORTED extern "C" __attribute__((visibility("default")))
+
+EXPORTED int property_get(const char* key, char* value, const char* default_value) {
+    if (g_any_set.load(std::memory_order_acquire)) return look_up(key, value, default_value);
+    return put_default(value, default_value);
 }
 
 EXPORTED int property_set(const char* key, const char* value) {
