@@ -12,11 +12,9 @@ namespace imgtune {
 /// The matrix of a CT index in one LV row of a decoded table.
 inline CoefficientRows matrix_in_table(const NSIspTuning::ISP_CCM_T_2D& table, std::int32_t lv_row,
                                        std::int32_t ct) {
-    CoefficientRows matrix{};
-    for (std::size_t k = 0; k < 9; ++k) {
-        matrix.v[CoefficientRows::lane(k)] = table.i4Plane[k][lv_row][ct];
-    }
-    return matrix;
+    NSIspTuning::ISP_CCM_T matrix{};
+    for (std::size_t k = 0; k < 9; ++k) matrix.i4Coef[k] = table.i4Plane[k][lv_row][ct];
+    return CoefficientRows::of(matrix);
 }
 
 /// Blends the tuned matrices around a CT position; the diagonals are left open. `matrix_at` yields

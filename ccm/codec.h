@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include "ccm/coefficient_rows.h"
 #include "common/arithmetic.h"
@@ -27,30 +26,23 @@ inline constexpr std::array<BitField, 9> kCoefficientFields = {{
     {5, 0, 13},  // row 2
 }};
 
-/// The same fields half a word each, in the lanes of CoefficientRows; every fourth is not one.
+/// The same fields of a frame, ready to be written: halves of words, the other bits 0.
 struct RowFields {
-    static constexpr std::uint32_t kFieldBits = 0x1fff;
+    static constexpr std::int32_t kFieldBits = 0x1fff;
 
-    std::uint16_t half[CoefficientRows::kLanes];
-
-    static RowFields of(const NSIspTuning::ISP_NVRAM_CCM_T& image) {
-        RowFields fields;
-        static_assert(sizeof(fields.half) == sizeof(image.u4Word));
-        std::memcpy(fields.half, image.u4Word, sizeof(fields.half));
-        return fields;
-    }
+    vector::Quad words[2];  ///< words 0 to 3 and, again from word 2, 2 to 5
 
     /// Writes the nine fields; every other bit of the image is kept.
     void write(NSIspTuning::ISP_NVRAM_CCM_T& image) const {
-        constexpr std::uint32_t kWordBits[2] = {kFieldBits << 16 | kFieldBits, kFieldBits};
-        std::uint32_t words[6];
-        std::memcpy(words, half, sizeof(words));
-        for (std::size_t w = 0; w < 6; ++w) {
-            image.u4Word[w] = (image.u4Word[w] & ~kWordBits[w % 2]) | (words[w] & kWordBits[w % 2]);
-        }
+        alignas(16) constexpr std::uint32_t kKept[4] = {0xe000e000U, 0xffffe000U, 0xe000e000U,
+                                                        0xffffe000U};
+        auto* const image_words = image.u4Word;
+        const vector::Quad first = (vector::load(image_words) & vector::load(kKept)) | words[0];
+        const vector::Quad last = (vector::load(image_words + 2) & vector::load(kKept)) | words[1];
+        vector::store(image_words, first);
+        vector::store(image_words + 2, last);
     }
 };
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "halves of words are read as memory");
 
 /// Two's complement of 1 + i4IntBits + i4FracBits bits inside a 13-bit field.
 class CoefficientCodec {
@@ -83,32 +75,36 @@ class CoefficientCodec {
         }
     }
 
-    /// The same side by side, in a form that vectorises.
+    /// The same a row at a time.
     CoefficientRows decode_rows(const NSIspTuning::ISP_NVRAM_CCM_T& image) const {
-        const RowFields fields = RowFields::of(image);
-        const auto largest = as_signed(std::min(largest_, RowFields::kFieldBits));
-        const std::int32_t modulus = as_signed(modulus_);
+        const auto largest = as_signed(std::min(largest_, std::uint32_t{RowFields::kFieldBits}));
         CoefficientRows rows;
-        for (std::size_t j = 0; j < CoefficientRows::kLanes; ++j) {
-            const auto field = static_cast<std::int32_t>(fields.half[j] & RowFields::kFieldBits);
-            const std::int32_t beyond = field > largest ? modulus : 0;
-            rows.v[j] = wrap_sub(field, beyond);
+        for (std::size_t r = 0; r < 3; ++r) {
+            const vector::Quad field =
+                vector::load_halves(image.u4Word + 2 * r) & vector::splat(RowFields::kFieldBits);
+            const vector::Quad beyond = field > vector::splat(largest);
+            rows.row[r] = field - (beyond & vector::splat(as_signed(modulus_)));
         }
         return rows;
     }
 
     RowFields encode_rows(const CoefficientRows& rows) const {
-        RowFields fields;
-        for (std::size_t j = 0; j < CoefficientRows::kLanes; ++j) {
-            fields.half[j] = static_cast<std::uint16_t>(encode(rows.v[j]));
+        alignas(16) constexpr std::int32_t kFields[4] = {
+            RowFields::kFieldBits, RowFields::kFieldBits, RowFields::kFieldBits, 0};
+        vector::Quad field[3];
+        for (std::size_t r = 0; r < 3; ++r) {
+            const vector::Quad negative = vector::splat(0) > rows.row[r];
+            const vector::Quad lift = negative & vector::splat(as_signed(modulus_));
+            field[r] = (rows.row[r] + lift) & vector::load(kFields);
         }
-        return fields;
+        return {{pack_halves(field[0], field[1]), pack_halves(field[1], field[2])}};
     }
 
     /// Whether every field, decoded and encoded again, is what it was. With fewer bits than a field
     /// has, one beyond the modulus is not.
     constexpr bool keeps_fields() const {
-        return modulus_ > RowFields::kFieldBits || largest_ > RowFields::kFieldBits;
+        constexpr std::uint32_t kLargestField = RowFields::kFieldBits;
+        return modulus_ > kLargestField || largest_ > kLargestField;
     }
 
   private:

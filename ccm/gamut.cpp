@@ -1,5 +1,7 @@
 #include "ccm/gamut.h"
 
+#include "common/arithmetic.h"
+
 namespace imgtune {
 
 namespace {
@@ -12,11 +14,11 @@ constexpr float kGamut[2][3][3] = {
 
 }  // namespace
 
-CoefficientRows apply_gamut(CoefficientRows matrix, std::int32_t type) {
+NSIspTuning::ISP_CCM_T apply_gamut(NSIspTuning::ISP_CCM_T matrix, std::int32_t type) {
     const float(&m)[3][3] = kGamut[type - 1];
     for (std::size_t row = 0; row < 3; ++row) {
         // A coefficient just computed serves the next one.
-        std::int32_t* x = &matrix.v[4 * row];
+        std::int32_t* x = &matrix.i4Coef[3 * row];
         const auto x1 = static_cast<float>(x[1]);
         const auto x2 = static_cast<float>(x[2]);
         x[0] =

@@ -1,7 +1,7 @@
 #ifndef IMGTUNE_CCM_GAMUT_H
 #define IMGTUNE_CCM_GAMUT_H
 
-#include "ccm/coefficient_rows.h"
+#include <imgtune/ccm_types.h>
 
 namespace imgtune {
 
@@ -10,8 +10,8 @@ constexpr bool has_gamut(std::int32_t type) {
     return type == 1 || type == 2;
 }
 
-/// Multiplies each row by the matrix of a gamut; the diagonals, which take part, are left open.
-CoefficientRows apply_gamut(CoefficientRows matrix, std::int32_t type);
+/// Multiplies each row by the matrix of a gamut; the diagonals take part, and are left open.
+NSIspTuning::ISP_CCM_T apply_gamut(NSIspTuning::ISP_CCM_T matrix, std::int32_t type);
 
 }  // namespace imgtune
 

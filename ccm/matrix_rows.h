@@ -19,12 +19,6 @@ constexpr void close_rows(NSIspTuning::ISP_CCM_T& matrix, std::int32_t unity) {
     c[8] = wrap_sub(wrap_sub(unity, c[6]), c[7]);
 }
 
-/// share * a + (1 - share) * b per coefficient, truncated, in single precision; the diagonals are
-/// left to close_rows.
-constexpr std::int32_t mix(std::int32_t a, float share_a, std::int32_t b, float share_b) {
-    return truncate_to_int32(static_cast<float>(a) * share_a + static_cast<float>(b) * share_b);
-}
-
 }  // namespace imgtune
 
 #endif

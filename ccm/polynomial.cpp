@@ -17,6 +17,9 @@ float hundredths(std::int32_t stored) {
 float ten_thousandths(std::int32_t stored) {
     return static_cast<float>(stored) / 10000.0f;
 }
+vector::Reals ten_thousandths(vector::Quad stored) {
+    return to_reals(stored) / 10000.0f;
+}
 
 void trace_terms(const char* format, const std::int32_t (&stored)[9]) {
     double terms[9];
@@ -42,16 +45,16 @@ CoefficientRows evaluate_polynomial(const ISP_CCM_POLY22_T& block, const AWB_GAI
                           hundredths(block.i4R_STD), hundredths(block.i4B_STD));
     // The second-degree terms are zeros, which add nothing but to a gain that is not finite: that
     // makes NaN of them, and 0 of every coefficient.
-    CoefficientRows matrix{};
-    if (!std::isfinite(gain.red) || !std::isfinite(gain.blue)) return matrix;
-    std::int32_t values[8];
-    for (int k = 0; k < 8; ++k) {
-        values[k] = truncate_to_int32(gain.first_degree(ten_thousandths(block.i4P00[k]),
-                                                        ten_thousandths(block.i4P10[k]),
-                                                        ten_thousandths(block.i4P01[k])));
+    if (!std::isfinite(gain.red) || !std::isfinite(gain.blue)) {
+        return CoefficientRows::of({});
     }
-    for (std::size_t k = 0; k < 8; ++k) matrix.v[CoefficientRows::lane(k)] = values[k];
-    return matrix;
+    const auto four_from = [&](std::size_t k) {
+        return truncate(gain.first_degree(ten_thousandths(vector::load(block.i4P00 + k)),
+                                          ten_thousandths(vector::load(block.i4P10 + k)),
+                                          ten_thousandths(vector::load(block.i4P01 + k))));
+    };
+    const vector::Quad first = four_from(0), last = four_from(4);
+    return {{first, lanes_from<3>(first, last), lanes_from<2>(last, last)}};
 }
 
 }  // namespace imgtune

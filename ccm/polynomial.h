@@ -17,7 +17,9 @@ struct NormalGain {
         : red((ratio(gain.i4R, gain.i4G) * 512.0f - red_avg) / red_std),
           blue((ratio(gain.i4B, gain.i4G) * 512.0f - blue_avg) / blue_std) {}
 
-    float first_degree(float p00, float p10, float p01) const {
+    /// Of one polynomial, or of four at a time.
+    template <class Terms>
+    Terms first_degree(Terms p00, Terms p10, Terms p01) const {
         return (p00 + p10 * red) + p01 * blue;
     }
 

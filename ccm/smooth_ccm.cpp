@@ -132,7 +132,9 @@ void SmoothCCM(int Fullgain, int i4IntBits, int i4FracBits, ISP_NVRAM_MULTI_CCM_
     update_ring(rTemporalCCM, ring, fields, codec, u4TemporalIdx);
 
     if (has_gamut(tuning.i4PQType)) {
-        codec.encode_rows(apply_gamut(average, tuning.i4PQType).closed(kUnity)).write(output);
+        NSIspTuning::ISP_CCM_T in_gamut = apply_gamut(average.record(), tuning.i4PQType);
+        close_rows(in_gamut, kUnity);
+        codec.encode(in_gamut, output);
     } else {
         fields.write(output);
     }

@@ -24,10 +24,8 @@ CoefficientRows average_with_ring(const CoefficientRows& matrix, const Coefficie
     ccm_trace("Coef1, Coef2, Coef3 = %d, %d, %d\n", w[0], w[1], w[2]);
     const FrameDivisor sum(wrap_add(wrap_add(w[0], w[1]), w[2]));
     CoefficientRows average{};
-    for (const std::size_t j : CoefficientRows::kOffDiagonal) {
-        const std::int32_t older =
-            wrap_add(wrap_mul(ring[0].v[j], w[1]), wrap_mul(ring[1].v[j], w[2]));
-        average.v[j] = sum.divide(wrap_add(wrap_mul(matrix.v[j], w[0]), older));
+    for (std::size_t r = 0; r < 3; ++r) {
+        average.row[r] = mean(sum, w, matrix.row[r], ring[0].row[r], ring[1].row[r]);
     }
     if (ccm_trace_on()) trace_average(average, ring);
     return average;

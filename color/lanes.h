@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "color/vector.h"
+#include "common/vector.h"
 #include "common/arithmetic.h"
 
 // A block's fields side by side.

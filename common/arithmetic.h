@@ -106,12 +106,15 @@ struct BitField {
 class FrameDivisor {
   public:
     constexpr explicit FrameDivisor(std::int32_t divisor)
-        : reciprocal_(reciprocal_of(divisor)), sign_(divisor < 0 ? ~0U : 0U) {}
+        : reciprocal_(reciprocal_of(divisor)), sign_(divisor < 0 ? -1 : 0) {}
 
     constexpr std::int32_t divide(std::int32_t n) const {
         const auto magnitude = static_cast<std::int32_t>(static_cast<double>(n) * reciprocal_);
-        return as_signed((as_unsigned(magnitude) ^ sign_) - sign_);
+        return wrap_sub(magnitude ^ sign_, sign_);
     }
+
+    constexpr double reciprocal() const { return reciprocal_; }  ///< of the divisor's magnitude
+    constexpr std::int32_t sign() const { return sign_; }        ///< -1 or 0
 
   private:
     static constexpr double reciprocal_of(std::int32_t divisor) {
@@ -121,7 +124,7 @@ class FrameDivisor {
     }
 
     double reciprocal_;
-    std::uint32_t sign_;
+    std::int32_t sign_;
 };
 
 /// divide_or_zero in a form that vectorises: a quotient of two 32-bit values taken in double cannot

@@ -1,4 +1,4 @@
-#include "color/vector.h"
+#include "common/vector.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <random>
 
 #include "color/blend.h"
-#include "color/vector_plain.h"
+#include "common/vector_plain.h"
 
 // The machine's vectors against the plain form of each operation, and the plain form against the
 // rule that it carries.

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "color/vector_plain.h"
+#include "common/vector_plain.h"
 
 namespace {
 

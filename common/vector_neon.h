@@ -1,13 +1,14 @@
-#ifndef IMGTUNE_COLOR_VECTOR_NEON_H
-#define IMGTUNE_COLOR_VECTOR_NEON_H
+#ifndef IMGTUNE_COMMON_VECTOR_NEON_H
+#define IMGTUNE_COMMON_VECTOR_NEON_H
 
 #include <arm_neon.h>
 
 #include <cstdint>
 #include <cstring>
 
-#include "color/narrow_scale.h"
-#include "color/packed_fields.h"
+#include "common/arithmetic.h"
+#include "common/narrow_scale.h"
+#include "common/packed_fields.h"
 
 // The operations of vector_plain.h with the vectors of 64-bit Arm.
 
@@ -23,6 +24,9 @@ struct Pairs {
     uint16x4_t high;
     uint16x4_t low;
 };
+struct Reals {
+    float32x4_t v;
+};
 
 inline Sixteen load(const std::uint8_t* from) {
     return {vld1q_u8(from)};
@@ -30,11 +34,17 @@ inline Sixteen load(const std::uint8_t* from) {
 inline Quad load(const std::int32_t* from) {
     return {vld1q_s32(from)};
 }
+inline Quad load(const std::uint32_t* from) {
+    return {vreinterpretq_s32_u32(vld1q_u32(from))};
+}
 inline void store(std::uint8_t* to, Sixteen bytes) {
     vst1q_u8(to, bytes.v);
 }
 inline void store(std::int32_t* to, Quad values) {
     vst1q_s32(to, values.v);
+}
+inline void store(std::uint32_t* to, Quad words) {
+    vst1q_u32(to, vreinterpretq_u32_s32(words.v));
 }
 
 inline Sixteen load_spaced(const std::uint32_t* words) {
@@ -104,6 +114,67 @@ inline Quad operator+(Quad a, Quad b) {
 inline Quad operator-(Quad a, Quad b) {
     return {vsubq_s32(a.v, b.v)};
 }
+inline Quad operator&(Quad a, Quad b) {
+    return {vandq_s32(a.v, b.v)};
+}
+inline Quad operator|(Quad a, Quad b) {
+    return {vorrq_s32(a.v, b.v)};
+}
+inline Quad operator>(Quad a, Quad b) {
+    return {vreinterpretq_s32_u32(vcgtq_s32(a.v, b.v))};
+}
+
+inline Quad splat(std::int32_t value) {
+    return {vdupq_n_s32(value)};
+}
+
+inline Quad sum(Quad a) {
+    return {vdupq_n_s32(vaddvq_s32(a.v))};
+}
+
+template <int First>
+Quad lanes_from(Quad a, Quad b) {
+    return {vextq_s32(a.v, b.v, First)};
+}
+
+inline Quad load_halves(const std::uint32_t* words) {
+    return {vreinterpretq_s32_u32(vmovl_u16(vreinterpret_u16_u32(vld1_u32(words))))};
+}
+inline Quad pack_halves(Quad a, Quad b) {
+    return {
+        vreinterpretq_s32_s16(vuzp1q_s16(vreinterpretq_s16_s32(a.v), vreinterpretq_s16_s32(b.v)))};
+}
+
+inline Quad mean(const FrameDivisor& divisor, const std::int32_t (&weights)[3], Quad a, Quad b,
+                 Quad c) {
+    const int32x4_t later = vmlaq_n_s32(vmulq_n_s32(c.v, weights[2]), b.v, weights[1]);
+    const int32x4_t sums = vmlaq_n_s32(later, a.v, weights[0]);
+    const auto two = [&](int64x2_t values) {
+        const float64x2_t quotients = vmulq_n_f64(vcvtq_f64_s64(values), divisor.reciprocal());
+        return vreinterpretq_s32_s64(vcvtq_s64_f64(quotients));
+    };
+    const int32x4_t magnitude =
+        vuzp1q_s32(two(vmovl_s32(vget_low_s32(sums))), two(vmovl_high_s32(sums)));
+    const int32x4_t sign = vdupq_n_s32(divisor.sign());
+    return {vsubq_s32(veorq_s32(magnitude, sign), sign)};
+}
+
+inline Reals to_reals(Quad a) {
+    return {vcvtq_f32_s32(a.v)};
+}
+inline Reals operator+(Reals a, Reals b) {
+    return {vaddq_f32(a.v, b.v)};
+}
+inline Reals operator*(Reals a, float factor) {
+    return {vmulq_n_f32(a.v, factor)};
+}
+inline Reals operator/(Reals a, float divisor) {
+    return {vdivq_f32(a.v, vdupq_n_f32(divisor))};
+}
+inline Quad truncate(Reals a) {
+    return {vcvtq_s32_f32(a.v)};
+}
+
 inline Quad times_32(Quad a) {
     return {vshlq_n_s32(a.v, 5)};
 }

@@ -1,5 +1,5 @@
-#ifndef IMGTUNE_COLOR_PACKED_FIELDS_H
-#define IMGTUNE_COLOR_PACKED_FIELDS_H
+#ifndef IMGTUNE_COMMON_PACKED_FIELDS_H
+#define IMGTUNE_COMMON_PACKED_FIELDS_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#ifndef IMGTUNE_COLOR_NARROW_SCALE_H
-#define IMGTUNE_COLOR_NARROW_SCALE_H
+#ifndef IMGTUNE_COMMON_NARROW_SCALE_H
+#define IMGTUNE_COMMON_NARROW_SCALE_H
 
 #include <bit>
 #include <cstdint>

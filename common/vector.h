@@ -1,17 +1,17 @@
-#ifndef IMGTUNE_COLOR_VECTOR_H
-#define IMGTUNE_COLOR_VECTOR_H
+#ifndef IMGTUNE_COMMON_VECTOR_H
+#define IMGTUNE_COMMON_VECTOR_H
 
 // The one place where the machine's vectors are chosen.
 
-#include "color/vector_plain.h"
+#include "common/vector_plain.h"
 
 #if defined(__SSE2__)
-#include "color/vector_sse2.h"
+#include "common/vector_sse2.h"
 namespace imgtune {
 namespace vector = sse2;
 }
 #elif defined(__aarch64__) && defined(__ARM_NEON)
-#include "color/vector_neon.h"
+#include "common/vector_neon.h"
 namespace imgtune {
 namespace vector = neon;
 }

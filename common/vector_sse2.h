@@ -1,14 +1,14 @@
-#ifndef IMGTUNE_COLOR_VECTOR_SSE2_H
-#define IMGTUNE_COLOR_VECTOR_SSE2_H
+#ifndef IMGTUNE_COMMON_VECTOR_SSE2_H
+#define IMGTUNE_COMMON_VECTOR_SSE2_H
 
 #include <emmintrin.h>
 
 #include <cstdint>
 #include <cstring>
 
-#include "color/narrow_scale.h"
-#include "color/packed_fields.h"
 #include "common/arithmetic.h"
+#include "common/narrow_scale.h"
+#include "common/packed_fields.h"
 
 // The operations of vector_plain.h with SSE2, which every x86-64 has.
 
@@ -22,6 +22,9 @@ struct Quad {
 };
 struct Pairs {
     __m128i v;  ///< a High value in the low half of each 32 bits, its Low value above
+};
+struct Reals {
+    __m128 v;
 };
 
 inline __m128i load_vector(const void* from) {
@@ -37,11 +40,17 @@ inline Sixteen load(const std::uint8_t* from) {
 inline Quad load(const std::int32_t* from) {
     return {load_vector(from)};
 }
+inline Quad load(const std::uint32_t* from) {
+    return {load_vector(from)};
+}
 inline void store(std::uint8_t* to, Sixteen bytes) {
     store_vector(to, bytes.v);
 }
 inline void store(std::int32_t* to, Quad values) {
     store_vector(to, values.v);
+}
+inline void store(std::uint32_t* to, Quad words) {
+    store_vector(to, words.v);
 }
 
 inline Sixteen load_spaced(const std::uint32_t* words) {
@@ -116,6 +125,75 @@ inline Quad operator+(Quad a, Quad b) {
 inline Quad operator-(Quad a, Quad b) {
     return {_mm_sub_epi32(a.v, b.v)};
 }
+inline Quad operator&(Quad a, Quad b) {
+    return {_mm_and_si128(a.v, b.v)};
+}
+inline Quad operator|(Quad a, Quad b) {
+    return {_mm_or_si128(a.v, b.v)};
+}
+inline Quad operator>(Quad a, Quad b) {
+    return {_mm_cmpgt_epi32(a.v, b.v)};
+}
+
+inline Quad splat(std::int32_t value) {
+    return {_mm_set1_epi32(value)};
+}
+
+inline Quad sum(Quad a) {
+    const __m128i halves = _mm_add_epi32(a.v, _mm_shuffle_epi32(a.v, 0x4e));
+    return {_mm_add_epi32(halves, _mm_shuffle_epi32(halves, 0xb1))};
+}
+
+template <int First>
+Quad lanes_from(Quad a, Quad b) {
+    return {_mm_or_si128(_mm_srli_si128(a.v, 4 * First), _mm_slli_si128(b.v, 16 - 4 * First))};
+}
+
+inline Quad load_halves(const std::uint32_t* words) {
+    const __m128i halves = _mm_loadu_si64(words);
+    return {_mm_unpacklo_epi16(halves, _mm_setzero_si128())};
+}
+inline Quad pack_halves(Quad a, Quad b) {
+    return {_mm_packs_epi32(a.v, b.v)};
+}
+
+/// Lanes 0 and 2 are weighed apart from lanes 1 and 3, in 64 bits of which the low ones count.
+inline Quad mean(const FrameDivisor& divisor, const std::int32_t (&weights)[3], Quad a, Quad b,
+                 Quad c) {
+    const __m128i weight[3] = {_mm_set1_epi32(weights[0]), _mm_set1_epi32(weights[1]),
+                               _mm_set1_epi32(weights[2])};
+    const auto two = [&](__m128i x, __m128i y, __m128i z) {
+        const __m128i later =
+            _mm_add_epi64(_mm_mul_epu32(y, weight[1]), _mm_mul_epu32(z, weight[2]));
+        const __m128i sums = _mm_add_epi64(_mm_mul_epu32(x, weight[0]), later);
+        const __m128d values = _mm_cvtepi32_pd(_mm_shuffle_epi32(sums, 0x08));
+        return _mm_cvttpd_epi32(_mm_mul_pd(values, _mm_set1_pd(divisor.reciprocal())));
+    };
+    const auto odd = [](Quad values) { return _mm_srli_epi64(values.v, 32); };
+    const __m128i magnitude = _mm_unpacklo_epi32(two(a.v, b.v, c.v), two(odd(a), odd(b), odd(c)));
+    const __m128i sign = _mm_set1_epi32(divisor.sign());
+    return {_mm_sub_epi32(_mm_xor_si128(magnitude, sign), sign)};
+}
+
+inline Reals to_reals(Quad a) {
+    return {_mm_cvtepi32_ps(a.v)};
+}
+inline Reals operator+(Reals a, Reals b) {
+    return {_mm_add_ps(a.v, b.v)};
+}
+inline Reals operator*(Reals a, float factor) {
+    return {_mm_mul_ps(a.v, _mm_set1_ps(factor))};
+}
+inline Reals operator/(Reals a, float divisor) {
+    return {_mm_div_ps(a.v, _mm_set1_ps(divisor))};
+}
+/// What does not fit becomes the most negative value, whose complement is the most positive.
+inline Quad truncate(Reals a) {
+    const __m128i ordered = _mm_castps_si128(_mm_cmpord_ps(a.v, a.v));
+    const __m128i above = _mm_castps_si128(_mm_cmpge_ps(a.v, _mm_set1_ps(2147483648.0F)));
+    return {_mm_and_si128(_mm_xor_si128(_mm_cvttps_epi32(a.v), above), ordered)};
+}
+
 inline Quad times_32(Quad a) {
     return {_mm_slli_epi32(a.v, 5)};
 }

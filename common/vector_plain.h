@@ -1,21 +1,22 @@
-#ifndef IMGTUNE_COLOR_VECTOR_PLAIN_H
-#define IMGTUNE_COLOR_VECTOR_PLAIN_H
+#ifndef IMGTUNE_COMMON_VECTOR_PLAIN_H
+#define IMGTUNE_COMMON_VECTOR_PLAIN_H
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "color/narrow_scale.h"
-#include "color/packed_fields.h"
 #include "common/arithmetic.h"
+#include "common/narrow_scale.h"
+#include "common/packed_fields.h"
 
-// The operations of the register blocks on a few lanes at a time, in plain C++: what every machine
-// can run, and what the others are tested against. Here and in its siblings:
+// The operations of register images on a few lanes at a time, in plain C++: what every machine can
+// run, and what the others are tested against. Here and in its siblings:
 //
 // Sixteen   sixteen bytes
 // Quad      four values of 32 bits
 // Pairs     four pairs of a High and a Low value, 16 bits each
+// Reals     four values in single precision
 
 namespace imgtune::plain {
 
@@ -28,6 +29,9 @@ struct Quad {
 struct Pairs {
     std::uint16_t high[4];
     std::uint16_t low[4];
+};
+struct Reals {
+    float v[4];
 };
 
 template <class Operation>
@@ -42,6 +46,13 @@ Sixteen each_byte(Sixteen a, Sixteen b, const Operation& operation) {
 template <class Operation>
 Quad each_lane(Quad a, Quad b, const Operation& operation) {
     Quad out;
+    for (std::size_t j = 0; j < 4; ++j) out.v[j] = operation(a.v[j], b.v[j]);
+    return out;
+}
+
+template <class Operation>
+Reals each_real(Reals a, Reals b, const Operation& operation) {
+    Reals out;
     for (std::size_t j = 0; j < 4; ++j) out.v[j] = operation(a.v[j], b.v[j]);
     return out;
 }
@@ -66,11 +77,19 @@ inline Quad load(const std::int32_t* from) {
     std::memcpy(out.v, from, 16);
     return out;
 }
+inline Quad load(const std::uint32_t* from) {
+    Quad out;
+    std::memcpy(out.v, from, 16);
+    return out;
+}
 inline void store(std::uint8_t* to, Sixteen bytes) {
     std::memcpy(to, bytes.v, 16);
 }
 inline void store(std::int32_t* to, Quad values) {
     std::memcpy(to, values.v, 16);
+}
+inline void store(std::uint32_t* to, Quad words) {
+    std::memcpy(to, words.v, 16);
 }
 
 /// The bytes in the low half of each 16 bits of eight words.
@@ -149,13 +168,92 @@ inline Pairs operator*(Pairs a, Pairs b) {
     return each_half(a, b, [](std::uint32_t x, std::uint32_t y) { return x * y; });
 }
 
-// Results that fit 32 bits.
+// Modulo 2^32.
 inline Quad operator+(Quad a, Quad b) {
-    return each_lane(a, b, [](std::int32_t x, std::int32_t y) { return x + y; });
+    return each_lane(a, b, wrap_add);
 }
 inline Quad operator-(Quad a, Quad b) {
-    return each_lane(a, b, [](std::int32_t x, std::int32_t y) { return x - y; });
+    return each_lane(a, b, wrap_sub);
 }
+inline Quad operator&(Quad a, Quad b) {
+    return each_lane(a, b, [](std::int32_t x, std::int32_t y) { return x & y; });
+}
+inline Quad operator|(Quad a, Quad b) {
+    return each_lane(a, b, [](std::int32_t x, std::int32_t y) { return x | y; });
+}
+/// All bits where a > b, none elsewhere.
+inline Quad operator>(Quad a, Quad b) {
+    return each_lane(a, b, [](std::int32_t x, std::int32_t y) { return x > y ? -1 : 0; });
+}
+
+/// The same value in every lane.
+inline Quad splat(std::int32_t value) {
+    return {{value, value, value, value}};
+}
+
+/// The sum of all lanes, modulo 2^32, in every lane.
+inline Quad sum(Quad a) {
+    return splat(wrap_add(wrap_add(a.v[0], a.v[1]), wrap_add(a.v[2], a.v[3])));
+}
+
+/// Four lanes of two Quads side by side, from lane First on.
+template <int First>
+Quad lanes_from(Quad a, Quad b) {
+    static_assert(First > 0 && First < 4);
+    Quad out;
+    for (std::size_t j = 0; j < 4; ++j)
+        out.v[j] = j < 4 - First ? a.v[j + First] : b.v[j + First - 4];
+    return out;
+}
+
+/// The halves of two words, the low one of each first.
+inline Quad load_halves(const std::uint32_t* words) {
+    Quad out;
+    for (std::size_t j = 0; j < 4; ++j) {
+        out.v[j] = as_signed(words[j / 2] >> 16 * (j % 2) & 0xffffU);
+    }
+    return out;
+}
+/// Four words whose halves are values of 0..2^15 - 1.
+inline Quad pack_halves(Quad a, Quad b) {
+    const auto word = [](const std::int32_t* halves) { return halves[0] | halves[1] << 16; };
+    return {{word(a.v), word(a.v + 2), word(b.v), word(b.v + 2)}};
+}
+
+/// (a * weights[0] + b * weights[1] + c * weights[2]) / divisor, sums and products modulo 2^32.
+inline Quad mean(const FrameDivisor& divisor, const std::int32_t (&weights)[3], Quad a, Quad b,
+                 Quad c) {
+    Quad out;
+    for (std::size_t j = 0; j < 4; ++j) {
+        const std::int32_t later =
+            wrap_add(wrap_mul(b.v[j], weights[1]), wrap_mul(c.v[j], weights[2]));
+        out.v[j] = divisor.divide(wrap_add(wrap_mul(a.v[j], weights[0]), later));
+    }
+    return out;
+}
+
+inline Reals to_reals(Quad a) {
+    Reals out;
+    for (std::size_t j = 0; j < 4; ++j) out.v[j] = static_cast<float>(a.v[j]);
+    return out;
+}
+inline Reals operator+(Reals a, Reals b) {
+    return each_real(a, b, [](float x, float y) { return x + y; });
+}
+inline Reals operator*(Reals a, float factor) {
+    return each_real(a, a, [factor](float x, float) { return x * factor; });
+}
+inline Reals operator/(Reals a, float divisor) {
+    return each_real(a, a, [divisor](float x, float) { return x / divisor; });
+}
+/// Truncated toward zero and saturated; NaN gives 0.
+inline Quad truncate(Reals a) {
+    Quad out;
+    for (std::size_t j = 0; j < 4; ++j) out.v[j] = truncate_to_int32(a.v[j]);
+    return out;
+}
+
+// Results that fit 32 bits.
 inline Quad times_32(Quad a) {
     return each_lane(a, a, [](std::int32_t x, std::int32_t) { return x * 32; });
 }
