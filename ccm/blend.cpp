@@ -8,7 +8,7 @@ void BlendCCM(float* fBlendRatio, NSIspTuning::ISP_CCM_T_2D& table, NSIspTuning:
     const auto matrix_at = [&](std::int32_t ct) {
         return imgtune::matrix_in_table(table, row, ct);
     };
-    output = imgtune::blend_by_position(fBlendRatio, matrix_at, ctPos, numCT)
+    output = imgtune::blend_by_place({ctPos, fBlendRatio[0], fBlendRatio[1]}, matrix_at, numCT)
                  .closed(imgtune::kUnity)
                  .record();
 }

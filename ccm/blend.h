@@ -4,6 +4,7 @@
 #include <imgtune/ccm_types.h>
 
 #include "ccm/coefficient_rows.h"
+#include "ccm/gain_projection.h"
 #include "ccm/trace.h"
 #include "ccm/tuned_rows.h"
 
@@ -17,11 +18,12 @@ inline CoefficientRows matrix_in_table(const NSIspTuning::ISP_CCM_T_2D& table, s
     return CoefficientRows::of(matrix);
 }
 
-/// Blends the tuned matrices around a CT position; the diagonals are left open. `matrix_at` yields
-/// the matrix of a CT index 0..7, wherever the tuned matrices are kept.
+/// Blends the tuned matrices around a place on the locus; the diagonals are left open. `matrix_at`
+/// yields the matrix of a CT index 0..7, wherever the tuned matrices are kept.
 template <class MatrixAt>
-CoefficientRows blend_by_position(const float* ratios, const MatrixAt& matrix_at,
-                                  std::int32_t position, std::int32_t count) {
+CoefficientRows blend_by_place(const CtPlace& place, const MatrixAt& matrix_at,
+                               std::int32_t count) {
+    const std::int32_t position = place.position;
     if (position == kBelowLowestCt) {
         ccm_trace("CCM result by lowest CT \n");
         return matrix_at(0);
@@ -34,8 +36,8 @@ CoefficientRows blend_by_position(const float* ratios, const MatrixAt& matrix_at
     const CoefficientRows below = matrix_at(ct_index_in_record(middle - 1));
     const CoefficientRows at = matrix_at(ct_index_in_record(middle));
     const CoefficientRows above = matrix_at(ct_index_in_record(middle + 1));
-    const CoefficientRows around = mix(below, 1.0f - ratios[0], above, ratios[0]);
-    return mix(at, 1.0f - ratios[1], around, ratios[1]);
+    const CoefficientRows around = mix(below, 1.0f - place.coarse, above, place.coarse);
+    return mix(at, 1.0f - place.fine, around, place.fine);
 }
 
 }  // namespace imgtune

@@ -11,7 +11,7 @@ void Interpolation(AWB_GAIN_T& projected, int, int i4FracBits, ISP_NVRAM_MULTI_C
     CoefficientRows matrix = CoefficientRows::of(output);
     interpolate(projected, unity, tuning, flash, matrix, method, lvRow, [&] {
         const auto matrix_at = [&](std::int32_t ct) { return matrix_in_table(table, row, ct); };
-        return blend_by_position(fBlendRatio, matrix_at, ctPos, numCT);
+        return blend_by_place({ctPos, fBlendRatio[0], fBlendRatio[1]}, matrix_at, numCT);
     });
     output = matrix.closed(unity).record();
 }

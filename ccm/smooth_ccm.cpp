@@ -5,6 +5,7 @@
 #include "ccm/blend.h"
 #include "ccm/codec.h"
 #include "ccm/gain_clip.h"
+#include "ccm/gain_projection.h"
 #include "ccm/gamut.h"
 #include "ccm/interpolation.h"
 #include "ccm/low_light.h"
@@ -32,8 +33,6 @@ static_assert(sizeof(ISP_NVRAM_MULTI_CCM_STRUCT) == 1102 * 4);
 static_assert(offsetof(ISP_CCM_POLY22_T, i4P00) == 10 * 4);
 static_assert(sizeof(ISP_CCM_POLY22_T) == 37 * 4);
 
-constexpr std::uint32_t kLowLightEnd = 50;  // the low-light matrix takes part below
-
 void trace_inputs(int full_gain, const AWB_GAIN_T& gain, std::int32_t flash, std::uint32_t lv,
                   const ISP_NVRAM_MULTI_CCM_STRUCT& tuning, std::int32_t lv_row) {
     ccm_trace("Fullgain = %d\n", full_gain);
@@ -53,17 +52,17 @@ void trace_inputs(int full_gain, const AWB_GAIN_T& gain, std::int32_t flash, std
 CoefficientRows generate(const AWB_GAIN_T& gain, ISP_NVRAM_MULTI_CCM_STRUCT& tuning,
                          const CoefficientCodec& codec, std::int32_t unity, std::int32_t flash,
                          std::int32_t lv_row) {
-    CoefficientRows matrix{};
+    const Locus locus(tuning.rCTAWBGain[lv_row], tuning.i4NumCT);
     AWB_GAIN_T projected{};
-    float ratios[2] = {};
-    std::int32_t position = 0;
-    GainProjection(gain, tuning, projected, tuning.i4Method, ratios, tuning.i4NumCT, lv_row,
-                   &position);
+    CtPlace place{};
+    if (tuning.i4Method == 1) projected = project_on_chord(gain, locus);
+    if (tuning.i4Method == 2) place = place_on_locus(gain, locus);
+    CoefficientRows matrix{};
     interpolate(projected, unity, tuning, flash, matrix, tuning.i4Method, lv_row, [&] {
         const auto matrix_at = [&](std::int32_t ct) {
             return codec.decode_rows(tuning.rCCM_Nvram[lv_row][ct]);
         };
-        return blend_by_position(ratios, matrix_at, position, tuning.i4NumCT);
+        return blend_by_place(place, matrix_at, tuning.i4NumCT);
     });
     return matrix;
 }

@@ -9,7 +9,6 @@ set(IMGTUNE_SOURCES
   ccm/gain_projection.cpp
   ccm/gamut.cpp
   ccm/interpolation.cpp
-  ccm/low_light.cpp
   ccm/polynomial.cpp
   ccm/rwb_separation.cpp
   ccm/smooth_ccm.cpp

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <random>
 
 #include "color/blend.h"
@@ -133,6 +136,88 @@ TEST(Vectors, PlainOnesFollowTheirRules) {
     EXPECT_EQ(plain::pack(kFields, {{129, 258, 131, 132}}), word & 0x1fffffffU);
     EXPECT_EQ(plain::quotient_or_zero({{7, 65025, 254, 1}}, {{2, 1, 255, 0}}).v[3], 0);
     EXPECT_EQ(plain::quotient_or_zero({{7, 65025, 254, 1}}, {{2, 1, 255, 0}}).v[2], 0);
+}
+
+/// What either set of vectors gives for two matrix rows, three weights and real values.
+struct RowResults {
+    std::int32_t values[12][4];
+    std::uint32_t words[8];
+
+    friend bool operator==(const RowResults& a, const RowResults& b) {
+        return std::memcmp(&a, &b, sizeof(a)) == 0;
+    }
+};
+
+#define IMGTUNE_ROW_RESULTS_WITH(V)                                                         \
+    RowResults row_results_with_##V(const std::int32_t(&n)[12], const std::int32_t(&w)[3],  \
+                                    const float(&real)[3]) {                                \
+        RowResults out;                                                                     \
+        const auto x = V::load(n), y = V::load(n + 4), z = V::load(n + 8);                  \
+        const auto real_x = V::to_reals(x);                                                 \
+        const V::Quad each[12] = {x & y,                                                    \
+                                  x | y,                                                    \
+                                  x > y,                                                    \
+                                  x + y,                                                    \
+                                  x - y,                                                    \
+                                  sum(x) + V::splat(w[0]),                                  \
+                                  V::lanes_from<1>(x, y),                                   \
+                                  V::lanes_from<3>(x, y),                                   \
+                                  V::mean(FrameDivisor(w[0] + w[1] + w[2]), w, x, y, z),    \
+                                  V::mean(FrameDivisor(n[0]), {n[1], n[2], n[3]}, x, y, z), \
+                                  truncate(real_x * real[0] + V::to_reals(y) * real[1]),    \
+                                  truncate(real_x / real[2])};                              \
+        for (std::size_t k = 0; k < 12; ++k) V::store(out.values[k], each[k]);              \
+        const auto low = V::splat(0x1fff);                                                  \
+        V::store(out.words, V::pack_halves(x& low, y& low));                                \
+        const std::uint32_t halves[2] = {as_unsigned(n[0]), as_unsigned(n[1])};             \
+        V::store(out.words + 4, V::load_halves(halves));                                    \
+        return out;                                                                         \
+    }
+
+IMGTUNE_ROW_RESULTS_WITH(plain)
+IMGTUNE_ROW_RESULTS_WITH(vector)
+
+TEST(Vectors, OfTheMachineGiveTheRowsThatThePlainOnesGive) {
+    constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int32_t kEdges[] = {0, 1, -1, 512, -512, 8191, kLeast, kLeast + 1, kMost};
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kReals[] = {0.0F, -0.0F, 0.25F, 1.0F, -1.0F, 3e9F, 1e-40F, kInfinity, NAN};
+    Values values;
+    for (int round = 0; round < 20000; ++round) {
+        std::int32_t numbers[12];
+        for (auto& n : numbers) {
+            n = values.below(3) == 0 ? kEdges[values.below(9)]
+                                     : as_signed(values.bits()) >> values.below(32);
+        }
+        const std::int32_t weights[3] = {values.below(20), values.below(20) - 10, values.below(20)};
+        float reals[3];
+        for (auto& r : reals) {
+            r = values.below(2) == 0 ? kReals[values.below(9)] : bit_cast<float>(values.bits());
+        }
+        ASSERT_TRUE(row_results_with_plain(numbers, weights, reals) ==
+                    row_results_with_vector(numbers, weights, reals))
+            << round;
+    }
+}
+
+TEST(Vectors, PlainRowsFollowTheirRules) {
+    const auto expect = [](plain::Quad a, std::array<std::int32_t, 4> expected) {
+        EXPECT_EQ(std::to_array(a.v), expected);
+    };
+    const plain::Quad a{{7, -7, std::numeric_limits<std::int32_t>::min(), 1000}};
+    const plain::Quad b{{1, 2, 3, 4}}, c{{10, 20, 30, 40}};
+    expect(plain::mean(FrameDivisor(-1), {1, 0, 0}, a, b, c),
+           {-7, 7, std::numeric_limits<std::int32_t>::min(), -1000});
+    expect(plain::mean(FrameDivisor(0), {1, -2, 1}, a, b, c), {0, 0, 0, 0});
+    expect(plain::mean(FrameDivisor(7), {3, 3, 1}, a, b, c), {4, 0, -306783372, 436});
+    expect(plain::lanes_from<3>(b, c), {4, 10, 20, 30});
+    expect(plain::truncate({{-1.9F, 3e9F, -3e9F, NAN}}),
+           {-1, std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min(),
+            0});
+    const std::uint32_t words[2] = {0x00020001, 0xffff0003};
+    expect(plain::load_halves(words), {1, 2, 3, 65535});
+    expect(plain::pack_halves(b, b), {0x00020001, 0x00040003, 0x00020001, 0x00040003});
 }
 
 // Where a quotient first reaches a value, and the sum just before: tests/proof proves every
