@@ -8,6 +8,7 @@
 #include "ccm/trace.h"
 #include "ccm/tuned_rows.h"
 #include "common/arithmetic.h"
+#include "common/vector.h"
 
 namespace imgtune {
 
@@ -21,12 +22,12 @@ constexpr double kRatioGuard = 0.01;          // keeps a ratio of two zero dista
 
 // Distances are taken in the (R, B) plane. The build keeps every rounding to single precision here.
 
-double squared_distance(const AWB_GAIN_T& p, const AWB_GAIN_T& q) {
+float distance(const AWB_GAIN_T& p, const AWB_GAIN_T& q) {
     const float red = static_cast<float>(p.i4R) - static_cast<float>(q.i4R);
     const float blue = static_cast<float>(p.i4B) - static_cast<float>(q.i4B);
     const double x = red * kDistanceScale;
     const double y = blue * kDistanceScale;
-    return x * x + y * y;
+    return static_cast<float>(std::sqrt(x * x + y * y));
 }
 
 float share_of(float part, float other) {
@@ -46,10 +47,10 @@ std::int32_t nearest_index(const AWB_GAIN_T& gain, const Locus& locus) {
     std::int32_t nearest = 0;
     float threshold = kFarthestNearest;
     for (std::int32_t j = 0; j < locus.count() && threshold > 0.0f; ++j) {
-        const auto distance = static_cast<float>(std::sqrt(squared_distance(gain, locus.all()[j])));
-        if (distance < threshold) {
+        const float here = distance(gain, locus.all()[j]);
+        if (here < threshold) {
             nearest = j;
-            threshold = distance - kHysteresisDistance;
+            threshold = here - kHysteresisDistance;
         }
     }
     return nearest;
@@ -85,14 +86,15 @@ void trace_place(const float (&range)[4], const CtPlace& place) {
 /// Distances are 0 or more, so that shares of them are 0 to 1 as they are.
 CtPlace place_at(const AWB_GAIN_T& gain, const AWB_GAIN_T& foot, const Locus& locus,
                  std::int32_t position) {
-    const double squares[4] = {
-        squared_distance(foot, locus.at(position - 1)),
-        squared_distance(gain, locus.at(position)),
-        squared_distance(foot, locus.at(position + 1)),
-        squared_distance(gain, foot),
+    const AWB_GAIN_T &below = locus.at(position - 1), &at = locus.at(position),
+                     &above = locus.at(position + 1);
+    const auto difference = [&](std::int32_t AWB_GAIN_T::*part) {
+        return to_reals(vector::quad(foot.*part, gain.*part, foot.*part, gain.*part)) -
+               to_reals(vector::quad(below.*part, at.*part, above.*part, foot.*part));
     };
-    float range[4];  // square roots side by side
-    for (int j = 0; j < 4; ++j) range[j] = static_cast<float>(std::sqrt(squares[j]));
+    float range[4];
+    vector::store(
+        range, lengths(difference(&AWB_GAIN_T::i4R), difference(&AWB_GAIN_T::i4B), kDistanceScale));
     const CtPlace place{position, share_of(range[0], range[2]), share_of(range[1], range[3])};
     if (ccm_trace_on()) trace_place(range, place);
     return place;

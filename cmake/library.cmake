@@ -12,7 +12,6 @@ set(IMGTUNE_SOURCES
   ccm/polynomial.cpp
   ccm/rwb_separation.cpp
   ccm/smooth_ccm.cpp
-  ccm/temporal_average.cpp
   ccm/tuned_matrices.cpp
   color/color_map.cpp
   color/global.cpp

@@ -128,6 +128,10 @@ inline Quad splat(std::int32_t value) {
     return {vdupq_n_s32(value)};
 }
 
+inline Quad quad(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d) {
+    return {vsetq_lane_s32(d, vsetq_lane_s32(c, vsetq_lane_s32(b, vdupq_n_s32(a), 1), 2), 3)};
+}
+
 inline Quad sum(Quad a) {
     return {vdupq_n_s32(vaddvq_s32(a.v))};
 }
@@ -165,11 +169,28 @@ inline Reals to_reals(Quad a) {
 inline Reals operator+(Reals a, Reals b) {
     return {vaddq_f32(a.v, b.v)};
 }
+inline Reals operator-(Reals a, Reals b) {
+    return {vsubq_f32(a.v, b.v)};
+}
 inline Reals operator*(Reals a, float factor) {
     return {vmulq_n_f32(a.v, factor)};
 }
 inline Reals operator/(Reals a, float divisor) {
     return {vdivq_f32(a.v, vdupq_n_f32(divisor))};
+}
+inline Reals lengths(Reals x, Reals y, double scale) {
+    const auto square = [scale](float64x2_t two) {
+        const float64x2_t scaled = vmulq_n_f64(two, scale);
+        return vmulq_f64(scaled, scaled);
+    };
+    const float64x2_t low =
+        vaddq_f64(square(vcvt_f64_f32(vget_low_f32(x.v))), square(vcvt_f64_f32(vget_low_f32(y.v))));
+    const float64x2_t high =
+        vaddq_f64(square(vcvt_high_f64_f32(x.v)), square(vcvt_high_f64_f32(y.v)));
+    return {vcvt_high_f32_f64(vcvt_f32_f64(vsqrtq_f64(low)), vsqrtq_f64(high))};
+}
+inline void store(float* to, Reals values) {
+    vst1q_f32(to, values.v);
 }
 inline Quad truncate(Reals a) {
     return {vcvtq_s32_f32(a.v)};

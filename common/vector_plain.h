@@ -2,6 +2,7 @@
 #define IMGTUNE_COMMON_VECTOR_PLAIN_H
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -191,6 +192,10 @@ inline Quad splat(std::int32_t value) {
     return {{value, value, value, value}};
 }
 
+inline Quad quad(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d) {
+    return {{a, b, c, d}};
+}
+
 /// The sum of all lanes, modulo 2^32, in every lane.
 inline Quad sum(Quad a) {
     return splat(wrap_add(wrap_add(a.v[0], a.v[1]), wrap_add(a.v[2], a.v[3])));
@@ -240,11 +245,25 @@ inline Reals to_reals(Quad a) {
 inline Reals operator+(Reals a, Reals b) {
     return each_real(a, b, [](float x, float y) { return x + y; });
 }
+inline Reals operator-(Reals a, Reals b) {
+    return each_real(a, b, [](float x, float y) { return x - y; });
+}
 inline Reals operator*(Reals a, float factor) {
     return each_real(a, a, [factor](float x, float) { return x * factor; });
 }
 inline Reals operator/(Reals a, float divisor) {
     return each_real(a, a, [divisor](float x, float) { return x / divisor; });
+}
+/// The lengths of the vectors (x, y), both taken times a scale, in double precision.
+inline Reals lengths(Reals x, Reals y, double scale) {
+    return each_real(x, y, [scale](float of_x, float of_y) {
+        const double scaled_x = of_x * scale;
+        const double scaled_y = of_y * scale;
+        return static_cast<float>(std::sqrt(scaled_x * scaled_x + scaled_y * scaled_y));
+    });
+}
+inline void store(float* to, Reals values) {
+    std::memcpy(to, values.v, 16);
 }
 /// Truncated toward zero and saturated; NaN gives 0.
 inline Quad truncate(Reals a) {

@@ -139,6 +139,10 @@ inline Quad splat(std::int32_t value) {
     return {_mm_set1_epi32(value)};
 }
 
+inline Quad quad(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d) {
+    return {_mm_setr_epi32(a, b, c, d)};
+}
+
 inline Quad sum(Quad a) {
     const __m128i halves = _mm_add_epi32(a.v, _mm_shuffle_epi32(a.v, 0x4e));
     return {_mm_add_epi32(halves, _mm_shuffle_epi32(halves, 0xb1))};
@@ -181,11 +185,27 @@ inline Reals to_reals(Quad a) {
 inline Reals operator+(Reals a, Reals b) {
     return {_mm_add_ps(a.v, b.v)};
 }
+inline Reals operator-(Reals a, Reals b) {
+    return {_mm_sub_ps(a.v, b.v)};
+}
 inline Reals operator*(Reals a, float factor) {
     return {_mm_mul_ps(a.v, _mm_set1_ps(factor))};
 }
 inline Reals operator/(Reals a, float divisor) {
     return {_mm_div_ps(a.v, _mm_set1_ps(divisor))};
+}
+inline Reals lengths(Reals x, Reals y, double scale) {
+    const auto square = [scale](__m128 two) {
+        const __m128d scaled = _mm_mul_pd(_mm_cvtps_pd(two), _mm_set1_pd(scale));
+        return _mm_mul_pd(scaled, scaled);
+    };
+    const auto two = [&](__m128 of_x, __m128 of_y) {
+        return _mm_cvtpd_ps(_mm_sqrt_pd(_mm_add_pd(square(of_x), square(of_y))));
+    };
+    return {_mm_movelh_ps(two(x.v, y.v), two(_mm_movehl_ps(x.v, x.v), _mm_movehl_ps(y.v, y.v)))};
+}
+inline void store(float* to, Reals values) {
+    _mm_storeu_ps(to, values.v);
 }
 /// What does not fit becomes the most negative value, whose complement is the most positive.
 inline Quad truncate(Reals a) {
