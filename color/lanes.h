@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "common/vector.h"
 #include "common/arithmetic.h"
+#include "common/vector.h"
 
 // A block's fields side by side.
 //

@@ -40,18 +40,20 @@ std::uint32_t saturation_ratio(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_
     return as_unsigned(high);
 }
 
-bool lsp_allowed(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_t lv) {
-    return lv <= tuning.u4LSPMaxLV;
-}
-
-OutdoorWeight outdoor_weight(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_t lv) {
+std::uint32_t outdoor_ratio(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_t lv) {
     const std::uint32_t x = lv & 0xff;
     const std::uint32_t start = tuning.u4OutdoorLV_Start;
     const std::uint32_t end = tuning.u4OutdoorLV_End;
-    if (x < start) return {0, false};
-    if (x >= end) return {tuning.u4OutdoorBase, true};
-    return {divide_or_zero(tuning.u4OutdoorBase * (x - start), end - start),
-            x >= (start + end) >> 1};
+    if (x < start) return 0;
+    if (x >= end) return tuning.u4OutdoorBase;
+    return divide_or_zero(tuning.u4OutdoorBase * (x - start), end - start);
+}
+
+bool takes_outdoor_map(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_t lv) {
+    const std::uint32_t x = lv & 0xff;
+    const std::uint32_t start = tuning.u4OutdoorLV_Start;
+    const std::uint32_t end = tuning.u4OutdoorLV_End;
+    return x >= start && (x >= end || x >= (start + end) >> 1);
 }
 
 ISP_SMOOTH_COLOR_PARAM_T derive_parameters(const ISP_NVRAM_PCA_PARAM_T& tuning,
@@ -69,7 +71,7 @@ ISP_SMOOTH_COLOR_PARAM_T derive_parameters(const ISP_NVRAM_PCA_PARAM_T& tuning,
     param.sat_speed = tuning.sat_speed;
     param.hue_speed = tuning.hue_speed;
     param.u4OutdoorBase = tuning.u4OutdoorBase;
-    param.u4OutdoorRatio = outdoor_weight(tuning, light.lv).ratio;
+    param.u4OutdoorRatio = outdoor_ratio(tuning, light.lv);
     param.u4PcaWord15 = tuning.u4PcaWord15;
     return param;
 }

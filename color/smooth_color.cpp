@@ -130,19 +130,21 @@ void interpolate_inside_ramp(const ColorParam& param, const FrameBlend& by_lv,
 void interpolate_at_ramp_end(const ColorParam& param, const FrameBlend& by_lv,
                              const FrameBlend& by_ct, const ImagePair& outdoor,
                              const ImagePair& normal, ColorImage& working) {
-    const ImagePair whole = by_lv.takes_low() ? normal : outdoor;
+    const auto upper_of = [](const ImagePair& pair) -> const ColorImage& { return pair.upper; };
+    const auto lower_of = [](const ImagePair& pair) -> const ColorImage& { return pair.lower; };
+    const ImagePair& whole = by_lv.takes_low() ? normal : outdoor;
     for (const Block& block : kBlocks) {
         ColorImage scratch[2];
-        const auto blended = [&](const ColorImage& high, const ColorImage& low,
-                                 const ColorImage& all, ColorImage& out) -> const ColorImage& {
+        const auto blended = [&](const auto& one_of, ColorImage& out) -> const ColorImage& {
             const BlockTrace trace = block.by_lv.trace();
+            const ColorImage& all = one_of(whole);
             if (!trace.on() && (block.comes_back == nullptr || block.comes_back(all))) return all;
             out = {};
-            block.by_lv.run(trace, param, by_lv, high, low, out);
+            block.by_lv.run(BlockTrace(trace), param, by_lv, one_of(outdoor), one_of(normal), out);
             return out;
         };
-        const ColorImage& upper = blended(outdoor.upper, normal.upper, whole.upper, scratch[0]);
-        const ColorImage& lower = blended(outdoor.lower, normal.lower, whole.lower, scratch[1]);
+        const ColorImage& upper = blended(upper_of, scratch[0]);
+        const ColorImage& lower = blended(lower_of, scratch[1]);
         block.by_ct.run(block.by_ct.trace(), param, by_ct, upper, lower, working);
     }
 }
@@ -208,7 +210,7 @@ void SmoothCOLOR(int IsCapture, unsigned int u4UpperCT, unsigned int u4LowerCT,
         driver_trace(switches.dump, "[%s()] Outdoor mode !!\n");
         const ImagePair outdoor{colorTable[kOutdoorSlot][upper_index],
                                 colorTable[kOutdoorSlot][lower_index]};
-        interpolate_outdoor(param, outdoor_weight(slot_tuning, light.lv).color_map, outdoor, images,
+        interpolate_outdoor(param, takes_outdoor_map(slot_tuning, light.lv), outdoor, images,
                             working);
     } else {
         interpolate_indoor(param, images.upper, images.lower, working);

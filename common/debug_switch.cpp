@@ -37,8 +37,8 @@ std::int32_t parse_integer(const char* text) {
 std::int32_t DebugSwitches::read(const char* name) {
     value_[0] = '\0';  // a read that fails and writes nothing is off, too
     property_get(name, value_, "0");
-    if (is_digit(value_[0]) && value_[1] == '\0')
-        return value_[0] - '0';  // what most switches hold
+    const auto digit = static_cast<std::uint32_t>(value_[0]) - '0';
+    if (digit <= 9 && value_[1] == '\0') return as_signed(digit);  // what most switches hold
     return parse_integer(value_);
 }
 

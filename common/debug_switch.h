@@ -8,7 +8,9 @@ namespace imgtune {
 
 /// Decimal integer at the start of a text, as atoi reads it on a 64-bit system: blanks and a sign
 /// first, 0 without digits, saturated to 64 bits and cut to 32. Independent of the locale.
-std::int32_t parse_integer(const char* text);
+///
+/// Not inlined, so that a read of one digit saves no registers for it.
+[[gnu::noinline]] std::int32_t parse_integer(const char* text);
 
 /// Reads debug switches, which are system properties, into one buffer that starts out zeroed.
 class DebugSwitches {

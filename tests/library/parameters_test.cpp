@@ -73,9 +73,10 @@ TEST(Parameters, OutdoorWeightRampsAndTheColourMapSwitchesAtTheMidpoint) {
         tuning.u4OutdoorLV_Start = c.start;
         tuning.u4OutdoorLV_End = c.end;
         tuning.u4OutdoorBase = c.base;
-        const OutdoorWeight weight = outdoor_weight(tuning, c.lv);
-        EXPECT_EQ(weight.ratio, c.ratio) << c.lv << " in " << c.start << ".." << c.end;
-        EXPECT_EQ(weight.color_map, c.color_map) << c.lv << " in " << c.start << ".." << c.end;
+        EXPECT_EQ(outdoor_ratio(tuning, c.lv), c.ratio)
+            << c.lv << " in " << c.start << ".." << c.end;
+        EXPECT_EQ(takes_outdoor_map(tuning, c.lv), c.color_map)
+            << c.lv << " in " << c.start << ".." << c.end;
     }
 }
 
