@@ -140,8 +140,9 @@ TEST(Vectors, PlainOnesFollowTheirRules) {
 
 /// What either set of vectors gives for two matrix rows, three weights and real values.
 struct RowResults {
-    std::int32_t values[12][4];
+    std::int32_t values[14][4];
     std::uint32_t words[8];
+    float lengths[4];
 
     friend bool operator==(const RowResults& a, const RowResults& b) {
         return std::memcmp(&a, &b, sizeof(a)) == 0;
@@ -154,7 +155,7 @@ struct RowResults {
         RowResults out;                                                                     \
         const auto x = V::load(n), y = V::load(n + 4), z = V::load(n + 8);                  \
         const auto real_x = V::to_reals(x);                                                 \
-        const V::Quad each[12] = {x & y,                                                    \
+        const V::Quad each[14] = {x & y,                                                    \
                                   x | y,                                                    \
                                   x > y,                                                    \
                                   x + y,                                                    \
@@ -165,12 +166,15 @@ struct RowResults {
                                   V::mean(FrameDivisor(w[0] + w[1] + w[2]), w, x, y, z),    \
                                   V::mean(FrameDivisor(n[0]), {n[1], n[2], n[3]}, x, y, z), \
                                   truncate(real_x * real[0] + V::to_reals(y) * real[1]),    \
-                                  truncate(real_x / real[2])};                              \
-        for (std::size_t k = 0; k < 12; ++k) V::store(out.values[k], each[k]);              \
+                                  truncate(real_x / real[2]),                               \
+                                  V::lanes_from<2>(x, y),                                   \
+                                  V::quad(w[0], n[1], w[2], n[3])};                         \
+        for (std::size_t k = 0; k < 14; ++k) V::store(out.values[k], each[k]);              \
         const auto low = V::splat(0x1fff);                                                  \
         V::store(out.words, V::pack_halves(x& low, y& low));                                \
         const std::uint32_t halves[2] = {as_unsigned(n[0]), as_unsigned(n[1])};             \
         V::store(out.words + 4, V::load_halves(halves));                                    \
+        V::store(out.lengths, lengths(real_x - V::to_reals(z), V::to_reals(y), 0.01));      \
         return out;                                                                         \
     }
 
@@ -215,6 +219,10 @@ TEST(Vectors, PlainRowsFollowTheirRules) {
     expect(plain::truncate({{-1.9F, 3e9F, -3e9F, NAN}}),
            {-1, std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min(),
             0});
+    float lengths[4];  // of (1, 4), (2, 2), (3, 6) and (2^31, 1) hundredths
+    plain::store(lengths, plain::lengths({{1, 2, 3, 2147483648.0F}}, {{4, 2, 6, 1}}, 0.01));
+    EXPECT_EQ(std::to_array(lengths),
+              (std::array{0.0412310563F, 0.0282842712F, 0.0670820393F, 21474836.0F}));
     const std::uint32_t words[2] = {0x00020001, 0xffff0003};
     expect(plain::load_halves(words), {1, 2, 3, 65535});
     expect(plain::pack_halves(b, b), {0x00020001, 0x00040003, 0x00020001, 0x00040003});
