@@ -41,7 +41,7 @@ std::uint32_t saturation_ratio(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_
 }
 
 std::uint32_t outdoor_ratio(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_t lv) {
-    const std::uint32_t x = lv & 0xff;
+    const std::uint32_t x = as_unsigned(low_byte(lv));
     const std::uint32_t start = tuning.u4OutdoorLV_Start;
     const std::uint32_t end = tuning.u4OutdoorLV_End;
     if (x < start) return 0;
@@ -50,7 +50,7 @@ std::uint32_t outdoor_ratio(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_t l
 }
 
 bool takes_outdoor_map(const ISP_NVRAM_PCA_PARAM_T& tuning, std::uint32_t lv) {
-    const std::uint32_t x = lv & 0xff;
+    const std::uint32_t x = as_unsigned(low_byte(lv));
     const std::uint32_t start = tuning.u4OutdoorLV_Start;
     const std::uint32_t end = tuning.u4OutdoorLV_End;
     return x >= start && (x >= end || x >= (start + end) >> 1);
