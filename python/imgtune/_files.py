@@ -70,25 +70,25 @@ def _columns(table: Any) -> Columns:
 def _read_arrow(path: pathlib.Path) -> Columns:
     from pyarrow import feather
 
-    return _columns(feather.read_table(path))
+    return _columns(feather.read_table(str(path)))
 
 
 def _write_arrow(path: pathlib.Path, columns: Columns) -> None:
     from pyarrow import feather
 
-    feather.write_feather(_table(columns), path, compression="uncompressed")
+    feather.write_feather(_table(columns), str(path), compression="uncompressed")
 
 
 def _read_parquet(path: pathlib.Path) -> Columns:
     from pyarrow import parquet
 
-    return _columns(parquet.read_table(path))
+    return _columns(parquet.read_table(str(path)))
 
 
 def _write_parquet(path: pathlib.Path, columns: Columns) -> None:
     from pyarrow import parquet
 
-    parquet.write_table(_table(columns), path)
+    parquet.write_table(_table(columns), str(path))
 
 
 def _write_csv(path: pathlib.Path, columns: Columns) -> None:

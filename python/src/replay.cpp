@@ -182,7 +182,8 @@ A new one is the state after power-on: ring and working image zero, boot flag 1.
 in it the state after its last frame.
 )")
         .def(py::init<>())
-        .def("copy", [](const CameraState& state) { return state; });
+        .def(
+            "copy", [](const CameraState& state) { return state; }, "An independent copy.");
     module.def("replay", &replay, py::arg("tuning"), py::arg("frames"),
                py::arg("state") = py::none(), py::arg("fields") = py::none(), py::kw_only(),
                py::arg("only") = py::none(),

@@ -162,6 +162,17 @@ Returns
 -------
 dict
     As `imgtune explain --json` prints it.
+
+Raises
+------
+InputError
+    With `field` naming the column or argument.
+
+Examples
+--------
+>>> light = {"lv": 80, "cct": 4000, "awb_r": 800, "awb_g": 512, "awb_b": 1000}
+>>> sorted(imgtune.explain(imgtune.Tuning.starter(), light))
+['at_rest', 'ccm', 'color', 'frame', 'registers', 'resting']
 )");
     module.def("summary", &summary, py::arg("tuning"), py::arg("frames"), py::kw_only(),
                py::arg("fps") = 30.0, py::arg("noise") = 5.0,
@@ -180,6 +191,11 @@ Returns
 -------
 dict
     As `imgtune replay --summary --json` prints it; None for what could not be measured.
+
+Raises
+------
+InputError
+    With `field` naming the column or argument.
 )");
     module.def("summary_row", &summary_row, py::arg("tuning"), py::arg("frames"), py::kw_only(),
                py::arg("fps") = 30.0, py::arg("noise") = 5.0,
@@ -187,10 +203,20 @@ dict
     module.def("diff", &diff, py::arg("a"), py::arg("b"), py::arg("frames") = py::none(),
                R"(What differs between two tunings, and with frames, between their registers.
 
+Parameters
+----------
+a, b : Tuning
+frames : as for `replay`, optional
+
 Returns
 -------
 dict
     differences: list of {field, a, b}; frames: counts, worst frames and largest differences.
+
+Raises
+------
+InputError
+    With `field` naming the column or argument.
 )");
     module.def("sweep", &sweep, py::arg("tuning"), py::kw_only(), py::arg("cct") = py::none(),
                py::arg("lv") = std::vector<std::uint32_t>{0, 20, 40, 60, 80, 100, 120, 140},
@@ -201,12 +227,19 @@ Parameters
 ----------
 cct, lv : sequence of int
     Kelvin (default: the tuning's grid, 100 K apart) and light values.
+flash, scene : int
+    Flash mode and scene flag of every point.
 
 Returns
 -------
 dict
     cct (C,), lv (L,), matrix (L, C, 3, 3) int32 in 1/512, color (L, C, 117) uint32. Gains follow
     the tuned locus.
+
+Raises
+------
+InputError
+    When the tuning has no part to run.
 )");
 }
 

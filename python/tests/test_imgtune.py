@@ -4,6 +4,7 @@ import contextlib
 import copy
 import csv
 import gc
+import importlib.util
 import json
 import os
 import pathlib
@@ -263,7 +264,8 @@ def test_patches_show_what_a_matrix_does():
 
 
 def test_frames_and_registers_in_files(tuning, walk, tmp_path):
-    for suffix in ("csv", "npz"):
+    columnar = ["npz"] + ["arrow", "parquet"] * (importlib.util.find_spec("pyarrow") is not None)
+    for suffix in ["csv"] + columnar:
         path = tmp_path / f"walk.{suffix}"
         imgtune.save_frames(path, {name: walk[name] for name in walk.dtype.names})
         loaded = imgtune.load_frames(path)
@@ -271,9 +273,10 @@ def test_frames_and_registers_in_files(tuning, walk, tmp_path):
     rows = tool("replay", tuning_path("imx477-polynomial"), tmp_path / "walk.csv", "--fields", "c0")
     registers = imgtune.replay(tuning, walk, fields="*")
     assert np.loadtxt(rows.splitlines()[1:], delimiter=",")[:, 1].tolist() == registers["matrix"][:, 0, 0].tolist()
-    imgtune.save_registers(tmp_path / "r.npz", registers)
-    loaded = imgtune.load_registers(tmp_path / "r.npz")
-    assert loaded.dtype == registers.dtype and (loaded == registers).all()
+    for suffix in columnar:
+        imgtune.save_registers(tmp_path / f"r.{suffix}", registers)
+        loaded = imgtune.load_registers(tmp_path / f"r.{suffix}")
+        assert loaded.dtype == registers.dtype and (loaded == registers).all()
     (tmp_path / "torn.npz").write_bytes((tmp_path / "r.npz").read_bytes()[:999])
     np.savez(tmp_path / "thin.npz", matrix=np.zeros((2, 9), "i4"))
     np.savez(tmp_path / "pickle.npz", lv=np.array([{}]))
