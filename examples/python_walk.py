@@ -23,7 +23,8 @@ for finding in tuning.check():
 # %% A walk from sun to candle light, frame after frame.
 walk = imgtune.load_frames(here / "imx708-walk.csv")
 registers = imgtune.replay(tuning, walk, fields=["matrix", "Global.*"])
-print(len(walk), "frames, light changed", imgtune.summary(tuning, walk)["changes_of_light"], "times")
+changes = imgtune.summary(tuning, walk)["changes_of_light"]
+print(f"{len(walk)} frames, the light changed {changes} times")
 
 # %% What it looks like.
 figure, axes = pyplot.subplots(2, 2, figsize=(12, 8), layout="constrained")
