@@ -22,8 +22,9 @@ export IMGTUNE_EXAMPLES=$PWD/examples IMGTUNE_TOOL=$PWD/$build/cli/imgtune
 pytest=(/usr/bin/python3 -m pytest -q -p no:cacheprovider python/tests)
 if [ "${1:-}" = --sanitize ]; then
     # Python itself is not instrumented: the runtimes come first, and its own leaks stay its own.
+    # What is freed is kept for a while, so that memory grows.
     preload="$(g++ -print-file-name=libasan.so) $(g++ -print-file-name=libstdc++.so)"
-    LD_PRELOAD=$preload ASAN_OPTIONS=detect_leaks=0 "${pytest[@]}"
+    LD_PRELOAD=$preload ASAN_OPTIONS=detect_leaks=0 "${pytest[@]}" -k 'not leave_no_memory'
     exit
 fi
 
