@@ -37,7 +37,15 @@ async function openPage(url, options = {}) {
   await page.waitForSelector("html[data-ready]");
   await idle();
 }
-const idle = () => page.waitForFunction(() => document.querySelector(".busy > div").hidden);
+// Asked from here: the page's policy forbids the polling that a browser would do inside it.
+const until = async (holds, argument) => {
+  const end = Date.now() + 20000;
+  while (!(await page.evaluate(holds, argument))) {
+    assert.ok(Date.now() < end, `never came true: ${holds} ${argument ?? ""}`);
+    await page.waitForTimeout(20);
+  }
+};
+const idle = () => until(() => document.querySelector(".busy > div").hidden);
 const start = (hash = "") => openPage(pathToFileURL(PAGE) + hash);
 const coefficients = (side = "a") =>
   page.$$eval(`[data-coefficient^="${side}"]`, (cells) => cells.map((cell) => Number(cell.textContent)));
@@ -94,7 +102,7 @@ test("a dragged gain gives the command line's matrix", async () => {
   const told = JSON.parse(
     tool("explain", join(EXAMPLES, "imx477-polynomial.yaml"), "--lv", "80", "--cct", "5000", "--gain", `${red},${green},${blue}`, "--json"),
   );
-  await page.waitForFunction((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(told.ccm.written[0]));
+  await until((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(told.ccm.written[0]));
   assert.deepEqual(await coefficients(), told.ccm.written);
   await canvas.focus();
   await page.keyboard.press("ArrowLeft");
@@ -113,9 +121,9 @@ test("an edited field is judged at its line, and what cannot be read changes not
   const line = source.split("\n").findIndex((each) => each.includes("i4NumCT")) + 1;
   assert.equal(await page.locator("#tuning .findings button").first().textContent(), `line ${line}`);
   await page.evaluate((text) => window.imgtune.session.edit(text), source);
-  await page.waitForFunction(() => document.querySelectorAll("#tuning .findings li").length === 0);
+  await until(() => document.querySelectorAll("#tuning .findings li").length === 0);
   await idle();
-  await page.waitForFunction((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(before[0]));
+  await until((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(before[0]));
   assert.deepEqual(await coefficients(), before);
   await done();
 });
@@ -143,7 +151,7 @@ test("scrubbing across the flash shows each frame's registers, and the address k
   const log = join(EXAMPLES, "imx477-flash-shot.csv");
   await start();
   await choose("Sample log", "imx477-flash-shot.csv");
-  await page.waitForFunction(() => document.querySelector(".opened").textContent.includes("186 frames"));
+  await until(() => document.querySelector(".opened").textContent.includes("186 frames"));
   await idle();
   await page.getByRole("button", { name: "Next flash" }).click();
   const rows = tool("replay", join(EXAMPLES, "imx477-polynomial.yaml"), log).trim().split("\n").map((line) => line.split(","));
@@ -152,13 +160,13 @@ test("scrubbing across the flash shows each frame's registers, and the address k
   const frame = rows.findIndex((row, i) => i > 0 && row[flash] !== "0");
   for (let step = 0; step < 3; ++step) {
     const wanted = rows[frame + step].slice(c0, c0 + 9).map(Number);
-    await page.waitForFunction(
+    await until(
       (nine) => JSON.stringify(Array.from(document.querySelectorAll('[data-coefficient^="a"]'), (cell) => Number(cell.textContent))) === nine,
       JSON.stringify(wanted),
     );
     if (step < 2) await page.getByRole("button", { name: "Frame after" }).click();
   }
-  await page.waitForFunction((n) => location.hash.includes(`frame=${n}`), frame + 2);
+  await until((n) => location.hash.includes(`frame=${n}`), frame + 2);
   await done();
 });
 
@@ -171,7 +179,7 @@ test("a long replay shows its progress and can be cancelled", async () => {
   await page.getByRole("button", { name: "Cancel" }).click({ timeout: 20000 });
   await idle();
   await page.getByRole("slider", { name: "Light value" }).fill("60");
-  await page.waitForFunction(() => document.querySelectorAll('[data-coefficient^="a"]').length === 9);
+  await until(() => document.querySelectorAll('[data-coefficient^="a"]').length === 9);
   await done();
 });
 
@@ -180,7 +188,7 @@ test("hostile names and contents are told as text, and what was there stays", as
   const kept = await page.locator(".opened").textContent();
   const hostile = [
     ["<img src=x onerror=alert(1)>.yaml", "name: <script>alert(1)</script>\n"],
-    ["noise.yaml", Buffer.from(Array.from({ length: 50_000_00 }, (_, i) => (i * 7919) % 251))],
+    ["noise.yaml", Buffer.alloc(50_000_000, "7\u00e9\u0000,{[:\n")],
     ["noise.csv", "lv,cct\n" + "9,".repeat(1_000_000)],
     ["binary.csv", Buffer.from([0, 255, 1, 254, 10, 0])],
     ["deep.yaml", "[".repeat(100_000)],
@@ -198,7 +206,7 @@ test("hostile names and contents are told as text, and what was there stays", as
   assert.equal(await page.locator(".opened").textContent(), kept);
   const source = readFileSync(join(EXAMPLES, "imx477-polynomial.yaml"), "utf8");
   await upload(file("markup.yaml", source.replace(/^name: .*$/m, 'name: "<b onclick=alert(1)>bold</b>"')));
-  await page.waitForFunction(() => document.querySelector(".opened").textContent.includes("<b onclick"));
+  await until(() => document.querySelector(".opened").textContent.includes("<b onclick"));
   assert.equal(await page.locator(".opened b").count(), 0);
   await done();
 });
