@@ -135,15 +135,21 @@ export class Session {
   }
 
   private logFile: NamedBytes | null = null;
+  private loadingLog = false;
 
   async loadLog(file: NamedBytes): Promise<boolean> {
+    this.loadingLog = true;
     try {
       const log = await this.engines.a.loadFrames(file.name, file.bytes.slice());
       if (log.count === 0) throw new EngineError(`${file.name}: the log has no frames`);
       this.logFile = file;
       if (this.store.state.b) await this.engines.b.loadFrames(file.name, file.bytes.slice());
+      this.loadingLog = false;
       const state = this.store.state;
+      const none = { columns: new Map(), summary: null, errors: null, selected: null };
       this.store.set({
+        a: state.a && { ...state.a, ...none },
+        b: state.b && { ...state.b, ...none },
         log,
         faults: [],
         frame: Math.min(state.frame, log.count - 1),
@@ -155,6 +161,8 @@ export class Session {
       if (error instanceof EngineClosed) return false;
       this.fault(`${file.name} cannot be used`, error);
       return false;
+    } finally {
+      this.loadingLog = false;
     }
   }
 
@@ -162,9 +170,11 @@ export class Session {
     this.store.set({ b: null });
   }
 
+  /** Without a whole run no frame has registers: free light then drives the panels. */
   cancel(): void {
     for (const engine of Object.values(this.engines)) engine.cancel();
-    this.store.set({ busy: null });
+    const { a, follow } = this.store.state;
+    this.store.set({ busy: null, follow: a?.columns.size ? follow : "light" });
   }
 
   /** Replays the log with every tuning. */
@@ -231,6 +241,7 @@ export class Session {
   private async fetchSelected(): Promise<void> {
     const { follow, frame, light, log } = this.store.state;
     const at: At = follow === "log" && log ? { frame } : { light };
+    if ("frame" in at && this.loadingLog) return;
     for (const name of ["a", "b"] as const) {
       const side = this.store.state[name];
       if (!side || ("frame" in at && side.columns.size === 0 && side.summary === null)) continue;
