@@ -1,7 +1,7 @@
 // What the page does: loads, runs, and fetches what the panels show. Late answers are dropped.
-import { EngineClosed, EngineError, type At, type Frame, type NamedBytes } from "./engine/api";
+import { EngineClosed, EngineError, type At, type Frame, type NamedBytes, type Patches } from "./engine/api";
 import { Engine } from "./engine/engine";
-import { fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
+import { frameOf, fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
 
 const mostErrorFrames = 400;
 const gridCts = Array.from({ length: 43 }, (_, i) => 2300 + 100 * i);
@@ -92,28 +92,30 @@ export class Session {
     const engine = this.newEngine();
     try {
       const info = await engine.loadTuning(files);
-      const [yaml, plane] = await Promise.all([engine.saveTuning("yaml"), engine.gainPlane()]);
-      const grid = info.hasCcm
-        ? await engine.matrixGrid(gridCts, gridLvs, 0, 0)
-        : null;
+      if (!this.isLast(name, ticket)) throw new Superseded();
+      if (name === "a") this.store.set({ editing: info.findings });
+      const images = files.some((file) => file.name.endsWith(".bin"));
+      const shown = text ?? new TextDecoder().decode((images ? await engine.saveTuning("yaml") : files)[0]!.bytes);
+      const plane = await engine.gainPlane();
+      if (this.logFile) await engine.loadFrames(this.logFile.name, this.logFile.bytes);
       if (!this.isLast(name, ticket)) throw new Superseded();
       this.engines[name].close();
       this.engines[name] = engine;
-      const own = files.length === 1 && !files[0]!.name.endsWith(".bin");
       const side: Side = {
         info,
         files,
-        text: text ?? new TextDecoder().decode((own ? files[0] : yaml[0])!.bytes),
+        text: shown,
         plane,
-        grid,
+        grid: null,
         columns: new Map(),
         summary: null,
         errors: null,
         selected: null,
       };
-      if (this.logFile) await engine.loadFrames(this.logFile.name, this.logFile.bytes.slice());
       this.store.set({ [name]: side });
-      if (name === "a") this.store.set({ editing: info.findings });
+      if (!info.hasCcm) return;
+      const grid = await engine.matrixGrid(gridCts, gridLvs, 0, 0);
+      if (this.engines[name] === engine) this.store.setSide(name, { grid });
     } catch (error) {
       if (this.engines[name] !== engine) engine.close();
       throw error;
@@ -140,10 +142,10 @@ export class Session {
   async loadLog(file: NamedBytes): Promise<boolean> {
     this.loadingLog = true;
     try {
-      const log = await this.engines.a.loadFrames(file.name, file.bytes.slice());
+      const log = await this.engines.a.loadFrames(file.name, file.bytes);
       if (log.count === 0) throw new EngineError(`${file.name}: the log has no frames`);
       this.logFile = file;
-      if (this.store.state.b) await this.engines.b.loadFrames(file.name, file.bytes.slice());
+      if (this.store.state.b) await this.engines.b.loadFrames(file.name, file.bytes);
       this.loadingLog = false;
       const state = this.store.state;
       const none = { columns: new Map(), summary: null, errors: null, selected: null };
@@ -225,17 +227,17 @@ export class Session {
       (field) => known.has(field) && (anew || !side.columns.has(field)),
     );
     if (wanted.length === 0 && !anew) return;
-    const [actual, target] = await Promise.all([
-      engine.columns(wanted, "actual"),
-      engine.columns(wanted, "target"),
-    ]);
-    if (engine !== this.engines[name]) return;
-    const columns = new Map(anew ? [] : this.store.state[name]!.columns);
-    wanted.forEach((field, i) => {
-      columns.set(field, actual[i]!);
-      columns.set("target " + field, target[i]!);
-    });
-    this.store.setSide(name, { columns });
+    const actual = await engine.columns(wanted, "actual");
+    const keep = (kind: string, values: Int32Array[], before: ReadonlyMap<string, Int32Array>): void => {
+      if (engine !== this.engines[name]) return;
+      const columns = new Map(before);
+      wanted.forEach((field, i) => columns.set(kind + field, values[i]!));
+      this.store.setSide(name, { columns });
+    };
+    keep("", actual, anew ? new Map() : (this.store.state[name]?.columns ?? new Map()));
+    if (wanted.length === 0) return;
+    const target = await engine.columns(wanted, "target");
+    keep("target ", target, this.store.state[name]?.columns ?? new Map());
   }
 
   private async fetchSelected(): Promise<void> {
@@ -246,43 +248,31 @@ export class Session {
       const side = this.store.state[name];
       if (!side || ("frame" in at && side.columns.size === 0 && side.summary === null)) continue;
       const engine = this.engines[name];
-      const selected = await this.select(engine, side, at);
-      if (engine === this.engines[name] && this.store.state[name]) {
-        this.store.setSide(name, { selected });
-      }
+      await this.select(engine, side, at, (selected) => {
+        if (engine === this.engines[name]) this.store.setSide(name, { selected });
+      });
     }
   }
 
-  private async select(engine: Engine, side: Side, at: At): Promise<Selected> {
-    const chart = side.info.hasCcm ? engine.patches(at) : Promise.resolve(null);
+  /** Registers first, which every move of a slider shows; the rest when it is there. */
+  private async select(engine: Engine, side: Side, at: At, give: (s: Selected) => void): Promise<void> {
+    const chart = (): Promise<Patches | null> => (side.info.hasCcm ? engine.patches(at) : Promise.resolve(null));
+    const told = { explanation: side.selected?.explanation ?? null, patches: side.selected?.patches ?? null };
+    let registers: Pick<Selected, "now" | "target" | "before" | "rest">;
     if ("frame" in at) {
-      const { log } = this.store.state;
-      const frame = {} as Frame;
-      for (const name of Object.keys(this.store.state.light) as (keyof Frame)[]) {
-        frame[name] = log!.columns[name][at.frame]!;
-      }
-      const [now, before, answer, explanation, patches] = await Promise.all([
+      const [now, before, answer] = await Promise.all([
         engine.valuesAt(at.frame),
         at.frame > 0 ? engine.valuesAt(at.frame - 1) : Promise.resolve(null),
-        engine.light(frame),
-        engine.explain(at),
-        chart,
+        engine.light(frameOf(this.store.state)),
       ]);
-      return { now, before, target: answer.target, rest: null, explanation, patches };
+      registers = { now, before, target: answer.target, rest: null };
+    } else {
+      const answer = await engine.light(at.light);
+      registers = { now: answer.resting, before: null, target: answer.target, rest: answer.frames };
     }
-    const [answer, explanation, patches] = await Promise.all([
-      engine.light(at.light),
-      engine.explain(at),
-      chart,
-    ]);
-    return {
-      now: answer.resting,
-      before: null,
-      target: answer.target,
-      rest: answer.frames,
-      explanation,
-      patches,
-    };
+    give({ ...registers, ...told });
+    const [explanation, patches] = await Promise.all([engine.explain(at), chart()]);
+    give({ ...registers, explanation, patches });
   }
 
   /** A light of the tuned locus: the gains follow the colour temperature. */
@@ -315,7 +305,7 @@ export class Session {
 
   async fieldDifferences(): Promise<{ field: string; a: number | string; b: number | string }[]> {
     const { b } = this.store.state;
-    return b ? this.engines.a.diff(b.files.map((f) => ({ ...f, bytes: f.bytes.slice() }))) : [];
+    return b ? this.engines.a.diff(b.files) : [];
   }
 
   private ticket(name: string): number {
