@@ -444,6 +444,11 @@ TEST(ColorTraces, ShowValuesBeforeTheyAreCut) {
               "[InterParamLSP()] LSP2_Low : 005,006,007,100\n"
               "[InterParamLSP()] LSP2_High: 000,000,000,000\n"
               "[InterParamLSP()] LSP2_Out : 002,003,003,050\n");
+    for (const std::uint32_t enable : {1U, 2U}) {  // 1 alone enables
+        p.LSPEnable = enable;
+        InterParamLSP(p, high, low, working);
+        EXPECT_EQ(working.u4Word[0] >> 20U & 1U, enable == 1 ? 1U : 0U) << enable;
+    }
 
     // SGainByY: -10 shows as -10 although 246 is stored.
     p.u4RealCT = 300;

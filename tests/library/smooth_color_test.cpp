@@ -136,6 +136,15 @@ TEST(SmoothColor, OnlySmoothedFieldsMoveInSteps) {
     caller.capture = 2;
     caller.run();
     EXPECT_EQ(w.u4Word[14], 0x04040404U) << "capture 2 is no capture";
+    const auto hue_with_scene = [](std::int32_t flag) {
+        Caller other;
+        other.capture = 1;
+        other.state.u4SceneFlag = flag;
+        other.run();
+        return other.working.u4Word[14];
+    };
+    EXPECT_EQ(hue_with_scene(2), hue_with_scene(0)) << "scene images are for flag 1";
+    EXPECT_NE(hue_with_scene(1), hue_with_scene(0));
 }
 
 TEST(SmoothColor, BypassSwitchesNeedEnableAndTheMapTakesItsOwnBitBack) {

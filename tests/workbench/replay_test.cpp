@@ -19,10 +19,12 @@
 #include "cli/verbs.h"
 #include "tests/workbench/sample_tuning.h"
 #include "workbench/camera/camera.h"
+#include "workbench/camera/locus.h"
 #include "workbench/files/file_source.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/row_writer.h"
 #include "workbench/files/tuning_files.h"
+#include "workbench/frames/frame_check.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/tuning/fields.h"
 #include "workbench/tuning/yaml_io.h"
@@ -174,6 +176,41 @@ TEST_F(Replay, ReaderKeepsItsPlaceOverManyBuffers) {
     }
     EXPECT_THROW(log.next(frame), BadInput);
     EXPECT_EQ(log.line(), kCount + 2);
+}
+
+TEST(FrameCheck, TellsOddValuesOnce) {
+    const struct {
+        const char* rows;
+        const char* codes;
+    } cases[] = {
+        {"255,1000,1,512,1\n", ""},
+        {"256,1000,1,512,1\n300,999,1,512,1\n", "F101 F105"},
+        {"-1,0,1,512,1\n", "F102 F103"},
+        {"0,-1,0,512,1\n", "F104 F106"},
+        {"0,999,1,512,-1\n", "F105 F107"},
+        {"0,5000,1,0,1\n", "F108"},
+        {"", "F100"},
+        {"300,0,1,512,1\nx\n", "F101 F103 F001"},
+    };
+    for (const auto& c : cases) {
+        const std::string text = std::string("lv,cct,awb_r,awb_g,awb_b\n") + c.rows;
+        MemorySource source(text);
+        Faults faults;
+        check_frames("log.csv", source, faults);
+        std::string codes;
+        for (const Fault& fault : faults.list()) {
+            codes += (codes.empty() ? "" : " ") + fault.code;
+        }
+        EXPECT_EQ(codes, c.codes) << c.rows;
+    }
+}
+
+TEST(Locus, IsLinearInMiredAndEndsAtItsEnds) {
+    const Locus locus({{400, {500, 512, 900}}, {200, {900, 512, 500}}});
+    EXPECT_EQ(locus.at(2500).i4R, 500);
+    EXPECT_EQ(locus.at(4000).i4R, 800);  // 250 mired
+    EXPECT_EQ(locus.at(2000).i4B, 900);
+    EXPECT_EQ(locus.at(9000).i4B, 500);
 }
 
 TEST(Camera, BracketsTheCtInTheGrid) {

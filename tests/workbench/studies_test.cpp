@@ -182,7 +182,7 @@ TEST(Clipping, AgreesWithTheTraces) {
         {{599, 512, 1400}, 0, Clipping::low},  {{600, 512, 1401}, 0, Clipping::low},
         {{1201, 512, 800}, 0, Clipping::high}, {{1200, 512, 799}, 0, Clipping::high},
         {{1300, 512, 1500}, 0, Clipping::low}, {{850, 512, 1000}, 1, Clipping::low},
-        {{950, 512, 890}, 1, Clipping::none},
+        {{950, 512, 890}, 1, Clipping::none},  {{850, 512, 1000}, 2, Clipping::low},
     };
     for (const auto& c : cases) {
         Frame frame = make_frame(100, 4000, c.gain);

@@ -384,6 +384,11 @@ TEST(Like, TakesOverEveryBitAndReplacesWhatIsNamed) {
                         "      - like: normal.0\n"),
               std::string::npos)
         << text;
+    Tuning alike = t;
+    alike.color[0][3] = alike.color[0][2];
+    EXPECT_NE(to_yaml(alike).find("      - like: normal.1\n      - like: normal.1\n"),
+              std::string::npos)
+        << "the first of those that are equally near";
     Faults faults;
     // The base may follow.
     const std::string moved = edited(edited(text, "like: normal.1\n", "like: scene.4\n"),
