@@ -18,6 +18,9 @@ What a phone's log gives; the traces of a replay stand in for a phone's.
     $ imgtune replay a.yaml walk.csv --fields 'c?,*.*' | cmp - again.csv
     $ imgtune verify a.yaml phone.log
     30 frames, 7440 trace lines compared: equal
+    $ imgtune props | sed 's/adb shell setprop \(.*\) \(.\)/\1=\2/' > on.txt
+    $ IMGTUNE_PROPERTIES=on.txt imgtune replay a.yaml walk.csv -o rows.csv 2>&1 | imgtune verify a.yaml -
+    30 frames, 7440 trace lines compared: equal
     $ sed 's/weights: \[2,/weights: [3,/' a.yaml > b.yaml
     $ imgtune verify b.yaml - < phone.log
     30 frames, 7440 trace lines compared: different
