@@ -26,7 +26,8 @@ Tuning tuning_to_run(const std::string& path) {
     }
     Faults found;
     {
-        const TraceCapture judgement({});  // it runs the library, too: no traces of the run's frames
+        const TraceCapture judgement(
+            {});  // it runs the library, too: no traces of the run's frames
         check_tuning(tuning, found);
     }
     Faults errors;
