@@ -26,8 +26,8 @@ Tuning tuning_to_run(const std::string& path) {
     }
     Faults found;
     {
-        const TraceCapture judgement(
-            {});  // it runs the library, too: no traces of the run's frames
+        // Judging runs the library, too; what it traces is none of the run's.
+        const TraceCapture judgement({});
         check_tuning(tuning, found);
     }
     Faults errors;
