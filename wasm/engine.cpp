@@ -108,6 +108,65 @@ Json lab_json(const Lab& lab) {
     return Json::array({lab.lightness, lab.a, lab.b});
 }
 
+/// A coefficient or a field of the colour engine.
+struct Field {
+    std::string name;
+    std::optional<std::size_t> coefficient = {};
+    const ColorField* color = nullptr;
+};
+
+/// Fields over frames.
+struct Columns {
+    std::vector<Field> fields;
+    std::vector<std::vector<std::int32_t>> values = {};
+
+    /// The registers of the next frame.
+    void add(const Camera& camera) {
+        values.resize(fields.size());
+        const auto matrix = decode(camera.ccm(), camera.tuning().caller);
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            const Field& field = fields[i];
+            values[i].push_back(field.coefficient
+                                    ? matrix[*field.coefficient]
+                                    : static_cast<std::int32_t>(field.color->read(camera.color())));
+        }
+    }
+
+    void append(Columns other) {
+        other.values.resize(other.fields.size());
+        for (std::size_t i = 0; i < other.fields.size(); ++i) {
+            fields.push_back(std::move(other.fields[i]));
+            values.push_back(std::move(other.values[i]));
+        }
+    }
+
+    const std::vector<std::int32_t>* find(const std::string& name) const {
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            if (fields[i].name == name) return &values[i];
+        }
+        return nullptr;
+    }
+};
+
+/// A log's frames, one after the other.
+struct Run {
+    Run(const Camera& start, std::vector<Field> fields)
+        : camera(start), summary(start, SummaryOptions{}), columns{std::move(fields)} {}
+
+    void add(const Frame& frame) {
+        if (frames % kFramesBetweenStates == 0) states.push_back(camera.state());
+        camera.run(frame);
+        summary.add(++frames, frame, camera);
+        columns.add(camera);
+    }
+
+    Camera camera;
+    Summary summary;
+    Columns columns;
+    std::vector<CameraState> states;
+    std::size_t frames = 0;
+};
+
 class Engine {
   public:
     Answer run(const std::string& command, const Json& arguments, std::string_view bytes) {
@@ -184,33 +243,23 @@ class Engine {
         Answer answer;
         answer.json = to_json(faults);
         answer.json["count"] = frames_.size();
-        for (const auto& column : columns) answer.add(column);
+        for (auto& column : columns) answer.add(std::exchange(column, {}));
         return answer;
     }
 
     /// Frames begin..begin + count; a log's first chunk begins a new run, its last makes it the
-    /// one that others ask about.
+    /// one that others ask about. The run keeps the columns of these names.
     Answer replay(const Json& arguments, std::string_view) {
         const auto begin = arguments.at("begin").get<std::size_t>();
         const auto count = arguments.at("count").get<std::size_t>();
-        if (begin == 0) {
-            running_ = camera();
-            run_next_ = 0;
-            run_registers_.assign(frames_.size(), Registers{});
-            run_states_.clear();
-        }
-        if (!running_ || begin != run_next_) throw BadInput("the run was given up");
+        if (begin == 0) running_ = std::make_unique<Run>(camera(), fields(arguments.at("names")));
+        if (!running_ || begin != running_->frames) throw BadInput("the run was given up");
         const std::size_t end = std::min(frames_.size(), begin + count);
-        for (std::size_t i = begin; i < end; ++i) {
-            if (i % kFramesBetweenStates == 0) run_states_.push_back(running_->state());
-            running_->run(frames_[i]);
-            run_registers_[i] = running_->registers();
-        }
-        run_next_ = end;
+        while (running_->frames < end) running_->add(frames_[running_->frames]);
         if (end == frames_.size()) {
-            registers_ = std::move(run_registers_);
-            states_ = std::move(run_states_);
-            targets_.clear();
+            states_ = std::move(running_->states);
+            columns_ = std::move(running_->columns);
+            summary_ = to_json(running_->summary.finish());
             running_.reset();
         }
         Answer answer;
@@ -218,50 +267,45 @@ class Engine {
         return answer;
     }
 
+    /// Columns that the run did not keep take another pass over the log.
     Answer columns(const Json& arguments, std::string_view) {
-        const bool target = arguments.at("kind") == "target";
-        if (target && targets_.empty()) {
+        if (arguments.at("kind") == "target") return targets(fields(arguments.at("names")));
+        Columns missing;
+        for (const Field& field : fields(arguments.at("names"))) {
+            if (columns_.find(field.name) == nullptr) missing.fields.push_back(field);
+        }
+        if (!missing.fields.empty()) {
+            Camera camera = this->camera();
             for (const Frame& frame : frames_) {
-                targets_.push_back(target_registers(camera(), frame));
+                camera.run(frame);
+                missing.add(camera);
             }
+            columns_.append(std::move(missing));
         }
-        const std::vector<Registers>& from = target ? targets_ : registers_;
         Answer answer;
-        for (const std::string& name : arguments.at("names")) {
-            std::vector<std::int32_t> column(from.size());
-            if (const auto k = index_of(0, name)) {
-                for (std::size_t i = 0; i < from.size(); ++i) {
-                    column[i] = decode(from[i].ccm, tuning().caller)[*k];
-                }
-            } else if (const auto field = index_of(1, name)) {
-                const ColorField& at = color_fields()[*field];
-                for (std::size_t i = 0; i < from.size(); ++i) {
-                    column[i] = static_cast<std::int32_t>(at.read(from[i].color));
-                }
-            } else {
-                throw BadInput("no field " + name);
-            }
-            answer.add(column);
+        for (const std::string& name : arguments.at("names")) answer.add(*columns_.find(name));
+        return answer;
+    }
+
+    Answer targets(std::vector<Field> names) {
+        Columns columns{std::move(names)};
+        Camera camera = this->camera();
+        for (const Frame& frame : frames_) {
+            aim(camera, frame);
+            columns.add(camera);
         }
+        Answer answer;
+        for (const auto& column : columns.values) answer.add(column);
         return answer;
     }
 
     Answer values(const Json& arguments, std::string_view) {
-        return answer_values(registers_.at(arguments.at("frame").get<std::size_t>()));
+        return answer_values(camera_after(arguments.at("frame").get<std::size_t>()).registers());
     }
 
-    Answer summary(const Json& arguments, std::string_view) {
-        SummaryOptions options;
-        options.noise_percent = arguments.value("noise", options.noise_percent);
-        Camera camera = this->camera();
-        Summary summary(camera, options);
-        std::uint64_t number = 0;
-        for (const Frame& frame : frames_) {
-            camera.run(frame);
-            summary.add(++number, frame, camera);
-        }
+    Answer summary(const Json&, std::string_view) {
         Answer answer;
-        answer.json = to_json(summary.finish());
+        answer.json = summary_;
         return answer;
     }
 
@@ -360,9 +404,9 @@ class Engine {
         Frame frame;
         if (arguments.contains("frame")) {
             const auto number = arguments.at("frame").get<std::size_t>();
-            actual = registers_.at(number);
-            frame = frames_.at(number);
             camera = camera_before(number);
+            frame = frames_.at(number);
+            actual = camera_after(number).registers();
         } else {
             frame = frame_of(arguments.at("light"));
             camera.run(frame);
@@ -434,18 +478,27 @@ class Engine {
     }
 
     void forget_runs() {
-        registers_.clear();
-        targets_.clear();
         states_.clear();
+        columns_ = {};
+        summary_ = nullptr;
         running_.reset();
-        run_registers_.clear();
-        run_states_.clear();
     }
 
-    std::optional<std::size_t> index_of(std::size_t job, const std::string& name) const {
-        const auto at = std::find(names_[job].begin(), names_[job].end(), name);
-        if (at == names_[job].end()) return std::nullopt;
-        return static_cast<std::size_t>(at - names_[job].begin());
+    std::vector<Field> fields(const Json& names) const {
+        std::vector<Field> found;
+        for (const std::string& name : names) {
+            Field field{.name = name};
+            for (std::size_t job = 0; job < names_.size(); ++job) {
+                const auto at = std::find(names_[job].begin(), names_[job].end(), name);
+                if (at == names_[job].end()) continue;
+                const auto k = static_cast<std::size_t>(at - names_[job].begin());
+                if (job == 0) field.coefficient = k;
+                if (job == 1) field.color = &color_fields()[k];
+            }
+            if (!field.coefficient && field.color == nullptr) throw BadInput("no field " + name);
+            found.push_back(field);
+        }
+        return found;
     }
 
     RealMatrix matrix_of(const Registers& registers) const {
@@ -470,6 +523,12 @@ class Engine {
         return camera;
     }
 
+    Camera camera_after(std::size_t frame) const {
+        Camera camera = camera_before(frame);
+        camera.run(frames_.at(frame));
+        return camera;
+    }
+
     static constexpr std::pair<const char*, Method> kCommands[] = {
         {"loadTuning", &Engine::load_tuning},
         {"saveTuning", &Engine::save_tuning},
@@ -491,13 +550,11 @@ class Engine {
     std::unique_ptr<Camera> camera_;  ///< as after power-on
     std::array<std::vector<std::string>, 2> names_;
     std::vector<Frame> frames_;
-    std::vector<Registers> registers_;  ///< of the last whole run
-    std::vector<Registers> targets_;
-    std::vector<CameraState> states_;  ///< before every kFramesBetweenStates-th frame of it
-    std::optional<Camera> running_;
-    std::size_t run_next_ = 0;  ///< frame
-    std::vector<Registers> run_registers_;
-    std::vector<CameraState> run_states_;
+    // Of the last whole run.
+    std::vector<CameraState> states_;  ///< before every kFramesBetweenStates-th frame
+    Columns columns_;
+    Json summary_;
+    std::unique_ptr<Run> running_;
 };
 
 Engine engine;

@@ -27,14 +27,14 @@ interface Bundle {
 
 async function main(): Promise<void> {
   const app = document.getElementById("app")!;
-  const wasm = (await unpack(block("engine-wasm"))).buffer as ArrayBuffer;
+  const compiled = await WebAssembly.compile((await unpack(block("engine-wasm"))) as Uint8Array<ArrayBuffer>);
   const worker = URL.createObjectURL(
     new Blob([await unpack(block("engine-worker")) as Uint8Array<ArrayBuffer>], { type: "text/javascript" }),
   );
-  let spare = new Engine(worker, wasm); // one is always started early
+  let spare = new Engine(worker, compiled); // one is always started early
   const newEngine = (): Engine => {
     const engine = spare;
-    spare = new Engine(worker, wasm);
+    spare = new Engine(worker, compiled);
     return engine;
   };
   const store = new Store();

@@ -1,37 +1,52 @@
 // What the page does: loads, runs, and fetches what the panels show. Late answers are dropped.
-import { EngineClosed, EngineError, type At, type Frame, type NamedBytes, type Patches } from "./engine/api";
+import { EngineClosed, EngineError, type At, type Frame, type NamedBytes, type TuningInfo } from "./engine/api";
 import { Engine } from "./engine/engine";
 import { frameOf, fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
 
 const mostErrorFrames = 400;
+const addressPause = 200; // ms without a change
 const gridCts = Array.from({ length: 43 }, (_, i) => 2300 + 100 * i);
+const sideNames = ["a", "b"] as const;
+const notRun: Pick<Side, "columns" | "summary"> = { columns: new Map(), summary: null };
+type Programmed = Pick<Selected, "now" | "target" | "before" | "rest">;
+/** A closed engine was replaced by one that does the same. */
+const unlessClosed = (error: unknown): void => {
+  if (!(error instanceof EngineClosed)) throw error;
+};
 const gridLvs = Array.from({ length: 31 }, (_, i) => 5 * i);
 
 export class Session {
   private readonly engines: Record<SideName, Engine>;
-  private readonly asked: Record<string, number> = {};
+  private readonly coming: Record<SideName, Engine | null> = { a: null, b: null }; // loads a tuning
+  private running: Engine | null = null; // replays the log
+  private logFile: NamedBytes | null = null;
+  private loadingLog = false;
+  private gainsAsked = 0;
 
   constructor(
     readonly store: Store,
     private readonly newEngine: () => Engine,
   ) {
     this.engines = { a: newEngine(), b: newEngine() };
-    const refresh = this.soon("selected", () => this.fetchSelected());
+    const refresh = this.oneAtATime(() => this.fetchSelected());
     store.watch(["frame", "light", "follow", "a", "b", "log"], (state, before) => {
       const moved = state.frame !== before.frame && state.follow === "log";
       const other = state.light !== before.light && state.follow === "light";
       const tuned =
         state.a?.info !== before.a?.info ||
         state.b?.info !== before.b?.info ||
-        state.a?.columns !== before.a?.columns ||
-        state.b?.columns !== before.b?.columns;
+        state.a?.summary !== before.a?.summary ||
+        state.b?.summary !== before.b?.summary;
       if (moved || other || tuned || state.follow !== before.follow) refresh();
     });
-    store.watch(["fields"], () => void this.fetchColumns());
-    const link = this.soon("address", () => {
-      history.replaceState(null, "", "#" + toAddress(store.state));
-      return Promise.resolve();
+    store.watch(["fields"], () => {
+      for (const name of sideNames) void this.fetchColumns(name).catch((error: unknown) => this.unanswered(error));
     });
+    let timer = 0;
+    const link = (): void => {
+      clearTimeout(timer); // browsers refuse an address that changes too often
+      timer = window.setTimeout(() => history.replaceState(null, "", "#" + toAddress(store.state)), addressPause);
+    };
     store.watch(
       ["frame", "light", "follow", "fields", "show", "gridLv", "gridCt", "coefficient", "over", "curve"],
       link,
@@ -39,7 +54,7 @@ export class Session {
   }
 
   /** One run at a time; what is asked for meanwhile runs once, afterwards. */
-  private soon(_name: string, action: () => Promise<void>): () => void {
+  private oneAtATime(action: () => Promise<void>): () => void {
     let running = false;
     let again = false;
     const go = (): void => {
@@ -49,18 +64,20 @@ export class Session {
       }
       running = true;
       void action()
-        .catch((error: unknown) => {
-          if (!(error instanceof EngineClosed)) this.fault("The engine could not answer", error);
-        })
+        .catch((error: unknown) => this.unanswered(error))
         .finally(() => {
           running = false;
           if (again) {
             again = false;
-            requestAnimationFrame(go);
+            go();
           }
         });
     };
     return go;
+  }
+
+  private unanswered(error: unknown): void {
+    if (!(error instanceof EngineClosed)) this.fault("The engine could not answer", error);
   }
 
   fault(title: string, error: unknown): void {
@@ -77,48 +94,12 @@ export class Session {
     try {
       await this.useTuning(name, files);
       this.store.set({ faults: [] });
-      await this.run();
+      await this.complete(name);
       return true;
     } catch (error) {
-      if (error instanceof Superseded || error instanceof EngineClosed) return false;
+      if (error instanceof EngineClosed) return false;
       this.fault(`${files[0]?.name ?? "tuning"} cannot be used`, error);
       return false;
-    }
-  }
-
-  private async useTuning(name: SideName, files: NamedBytes[], text?: string): Promise<void> {
-    const ticket = this.ticket(name);
-    // Loaded in an engine of its own, so that a bad one harms nothing.
-    const engine = this.newEngine();
-    try {
-      const info = await engine.loadTuning(files);
-      if (!this.isLast(name, ticket)) throw new Superseded();
-      if (name === "a") this.store.set({ editing: info.findings });
-      const images = files.some((file) => file.name.endsWith(".bin"));
-      const shown = text ?? new TextDecoder().decode((images ? await engine.saveTuning("yaml") : files)[0]!.bytes);
-      const plane = await engine.gainPlane();
-      if (this.logFile) await engine.loadFrames(this.logFile.name, this.logFile.bytes);
-      if (!this.isLast(name, ticket)) throw new Superseded();
-      this.engines[name].close();
-      this.engines[name] = engine;
-      const side: Side = {
-        info,
-        files,
-        text: shown,
-        plane,
-        grid: null,
-        columns: new Map(),
-        summary: null,
-        errors: null,
-        selected: null,
-      };
-      this.store.set({ [name]: side });
-      if (!info.hasCcm) return;
-      const grid = await engine.matrixGrid(gridCts, gridLvs, 0, 0);
-      if (this.engines[name] === engine) this.store.setSide(name, { grid });
-    } catch (error) {
-      if (this.engines[name] !== engine) engine.close();
-      throw error;
     }
   }
 
@@ -128,16 +109,56 @@ export class Session {
     const name = this.store.state.a?.files[0]?.name ?? "tuning.yaml";
     try {
       await this.useTuning("a", [{ name: name.endsWith(".bin") ? "tuning.yaml" : name, bytes }], text);
-      await this.run();
+      await this.complete("a");
     } catch (error) {
-      if (error instanceof Superseded || error instanceof EngineClosed) return;
+      if (error instanceof EngineClosed) return;
       if (error instanceof EngineError) this.store.set({ editing: error.findings });
       else this.fault("The editor's text cannot be used", error);
     }
   }
 
-  private logFile: NamedBytes | null = null;
-  private loadingLog = false;
+  /** Loads and runs in an engine of its own, so that a bad tuning harms nothing and the panels change once. */
+  private async useTuning(name: SideName, files: NamedBytes[], text?: string): Promise<void> {
+    this.coming[name]?.close(); // its caller learns that it was closed
+    const engine = this.newEngine();
+    this.coming[name] = engine;
+    try {
+      const info = await engine.loadTuning(files);
+      if (name === "a") this.store.set({ editing: info.findings });
+      const images = files.some((file) => file.name.endsWith(".bin"));
+      const [[yaml], plane, grid] = await Promise.all([
+        images ? engine.saveTuning("yaml") : files,
+        engine.gainPlane(),
+        info.hasCcm ? engine.matrixGrid(gridCts, gridLvs, 0, 0) : null,
+      ]);
+      let ran = notRun;
+      let log: NamedBytes | null = null;
+      while (log !== this.logFile) {
+        log = this.logFile!;
+        await engine.loadFrames(log.name, log.bytes);
+        ran = (await this.runLog(engine, info)) ?? notRun;
+      }
+      const side: Side = {
+        info,
+        files,
+        text: text ?? new TextDecoder().decode(yaml!.bytes),
+        edited: text !== undefined,
+        plane,
+        grid,
+        ...ran,
+        errors: null,
+        selected: null,
+      };
+      const at = this.place(side);
+      if (at) side.selected = await this.select(engine, info, at);
+      this.engines[name].close();
+      this.engines[name] = engine;
+      this.store.set({ [name]: side, ...(log && !ran.columns.size ? { follow: "light" } : {}) });
+    } finally {
+      if (this.engines[name] !== engine) engine.close();
+      if (this.coming[name] === engine) this.coming[name] = null;
+    }
+  }
 
   async loadLog(file: NamedBytes): Promise<boolean> {
     this.loadingLog = true;
@@ -148,7 +169,7 @@ export class Session {
       if (this.store.state.b) await this.engines.b.loadFrames(file.name, file.bytes);
       this.loadingLog = false;
       const state = this.store.state;
-      const none = { columns: new Map(), summary: null, errors: null, selected: null };
+      const none = { ...notRun, errors: null, selected: null };
       this.store.set({
         a: state.a && { ...state.a, ...none },
         b: state.b && { ...state.b, ...none },
@@ -157,7 +178,15 @@ export class Session {
         frame: Math.min(state.frame, log.count - 1),
         follow: "log",
       });
-      await this.run();
+      for (const name of sideNames) {
+        const side = this.store.state[name];
+        if (!side) continue;
+        const engine = this.engines[name];
+        const ran = await this.runLog(engine, side.info).catch(unlessClosed);
+        if (ran === null) return true;
+        if (ran && engine === this.engines[name]) this.store.setSide(name, ran);
+      }
+      for (const name of sideNames) await this.complete(name);
       return true;
     } catch (error) {
       if (error instanceof EngineClosed) return false;
@@ -174,95 +203,93 @@ export class Session {
 
   /** Without a whole run no frame has registers: free light then drives the panels. */
   cancel(): void {
-    for (const engine of Object.values(this.engines)) engine.cancel();
+    this.running?.cancel();
     const { a, follow } = this.store.state;
     this.store.set({ busy: null, follow: a?.columns.size ? follow : "light" });
   }
 
-  /** Replays the log with every tuning. */
-  private async run(): Promise<void> {
-    const { log } = this.store.state;
-    if (!log) return;
-    for (const name of ["a", "b"] as const) {
-      const side = this.store.state[name];
-      if (!side) continue;
-      const ticket = this.ticket("run " + name);
-      const engine = this.engines[name];
-      const whole = await engine.replay((done, total) => {
-        if (this.isLast("run " + name, ticket)) {
-          this.store.set({ busy: { text: `running ${side.info.name}`, done, total } });
-        }
+  /** Replays the log; null when that was given up. */
+  private async runLog(engine: Engine, info: TuningInfo): Promise<typeof notRun | null> {
+    this.running = engine;
+    try {
+      const fields = this.fieldsOf(info);
+      const whole = await engine.replay(fields, (done, total) => {
+        if (done < total) this.store.set({ busy: { text: `running ${info.name}`, done, total } });
       });
-      if (!whole || !this.isLast("run " + name, ticket)) return;
-      this.store.set({ busy: null });
-      await this.fetchColumnsOf(name, true);
-    }
-    for (const name of ["a", "b"] as const) {
-      const side = this.store.state[name];
-      if (!side) continue;
-      const engine = this.engines[name];
-      const summary = await engine.summary();
-      if (engine !== this.engines[name]) return;
-      this.store.setSide(name, { summary });
-      if (!side.info.hasCcm) continue;
-      const errors = await engine.patchErrors(mostErrorFrames);
-      if (engine !== this.engines[name]) return;
-      this.store.setSide(name, { errors });
+      if (!whole) return null;
+      const [actual, summary] = await Promise.all([engine.columns(fields, "actual"), engine.summary()]);
+      return { columns: new Map(fields.map((field, i) => [field, actual[i]!])), summary };
+    } finally {
+      if (this.running === engine) {
+        this.running = null;
+        this.store.set({ busy: null });
+      }
     }
   }
 
-  private async fetchColumns(): Promise<void> {
-    for (const name of ["a", "b"] as const) await this.fetchColumnsOf(name, false);
-  }
-
-  private async fetchColumnsOf(name: SideName, anew: boolean): Promise<void> {
-    const side = this.store.state[name];
-    if (!side || !this.store.state.log) return;
-    const engine = this.engines[name];
+  private fieldsOf(info: TuningInfo): string[] {
     const known = new Set([
-      ...(side.info.hasCcm ? Array.from({ length: 9 }, (_, k) => `c${k}`) : []),
-      ...(side.info.hasColor ? side.info.colorNames : []),
+      ...(info.hasCcm ? Array.from({ length: 9 }, (_, k) => `c${k}`) : []),
+      ...(info.hasColor ? info.colorNames : []),
     ]);
-    const wanted = this.store.state.fields.filter(
-      (field) => known.has(field) && (anew || !side.columns.has(field)),
-    );
-    if (wanted.length === 0 && !anew) return;
-    const actual = await engine.columns(wanted, "actual");
-    const keep = (kind: string, values: Int32Array[], before: ReadonlyMap<string, Int32Array>): void => {
-      if (engine !== this.engines[name]) return;
-      const columns = new Map(before);
-      wanted.forEach((field, i) => columns.set(kind + field, values[i]!));
+    return this.store.state.fields.filter((field) => known.has(field));
+  }
+
+  /** Columns that are shown and not there yet, what each frame asks for, and the colour error. */
+  private async complete(name: SideName): Promise<void> {
+    await this.fetchColumns(name);
+    const side = this.store.state[name];
+    if (!side?.info.hasCcm || side.columns.size === 0 || side.errors) return;
+    const engine = this.engines[name];
+    const errors = await engine.patchErrors(mostErrorFrames);
+    if (engine === this.engines[name]) this.store.setSide(name, { errors });
+  }
+
+  private async fetchColumns(name: SideName): Promise<void> {
+    const side = this.store.state[name];
+    if (!side || side.summary === null) return;
+    const engine = this.engines[name];
+    for (const [kind, key] of [["actual", ""], ["target", "target "]] as const) {
+      const known = this.store.state[name]!.columns;
+      const wanted = this.fieldsOf(side.info).filter((field) => !known.has(key + field));
+      if (wanted.length === 0) continue;
+      const values = await engine.columns(wanted, kind);
+      const now = this.store.state[name];
+      if (engine !== this.engines[name] || !now) return;
+      const columns = new Map(now.columns);
+      wanted.forEach((field, i) => columns.set(key + field, values[i]!));
       this.store.setSide(name, { columns });
-    };
-    keep("", actual, anew ? new Map() : (this.store.state[name]?.columns ?? new Map()));
-    if (wanted.length === 0) return;
-    const target = await engine.columns(wanted, "target");
-    keep("target ", target, this.store.state[name]?.columns ?? new Map());
+    }
+  }
+
+  /** What drives the panels; null while no frame of the log has registers. */
+  private place(side: Side): At | null {
+    const { follow, frame, light, log } = this.store.state;
+    if (follow === "light" || !log) return { light };
+    return this.loadingLog || side.summary === null ? null : { frame };
   }
 
   private async fetchSelected(): Promise<void> {
-    const { follow, frame, light, log } = this.store.state;
-    const at: At = follow === "log" && log ? { frame } : { light };
-    if ("frame" in at && this.loadingLog) return;
-    for (const name of ["a", "b"] as const) {
+    for (const name of sideNames) {
       const side = this.store.state[name];
-      if (!side || ("frame" in at && side.columns.size === 0 && side.summary === null)) continue;
+      const at = side && this.place(side);
+      if (!at) continue;
       const engine = this.engines[name];
-      await this.select(engine, side, at, (selected) => {
+      // Registers first, which every move of a slider shows; the rest when it is there.
+      const give = (selected: Selected): void => {
         if (engine === this.engines[name]) this.store.setSide(name, { selected });
-      });
+      };
+      const told = { explanation: side.selected?.explanation ?? null, patches: side.selected?.patches ?? null };
+      give(await this.select(engine, side.info, at, (registers) => give({ ...registers, ...told })));
     }
   }
 
-  /** Registers first, which every move of a slider shows; the rest when it is there. */
-  private async select(engine: Engine, side: Side, at: At, give: (s: Selected) => void): Promise<void> {
-    const chart = (): Promise<Patches | null> => (side.info.hasCcm ? engine.patches(at) : Promise.resolve(null));
-    const told = { explanation: side.selected?.explanation ?? null, patches: side.selected?.patches ?? null };
-    let registers: Pick<Selected, "now" | "target" | "before" | "rest">;
+  private async select(engine: Engine, info: TuningInfo, at: At, first?: (r: Programmed) => void): Promise<Selected> {
+    let registers: Programmed;
     if ("frame" in at) {
       const [now, before, answer] = await Promise.all([
         engine.valuesAt(at.frame),
-        at.frame > 0 ? engine.valuesAt(at.frame - 1) : Promise.resolve(null),
+        at.frame > 0 ? engine.valuesAt(at.frame - 1) : null,
         engine.light(frameOf(this.store.state)),
       ]);
       registers = { now, before, target: answer.target, rest: null };
@@ -270,9 +297,12 @@ export class Session {
       const answer = await engine.light(at.light);
       registers = { now: answer.resting, before: null, target: answer.target, rest: answer.frames };
     }
-    give({ ...registers, ...told });
-    const [explanation, patches] = await Promise.all([engine.explain(at), chart()]);
-    give({ ...registers, explanation, patches });
+    first?.(registers);
+    const [explanation, patches] = await Promise.all([
+      engine.explain(at),
+      info.hasCcm ? engine.patches(at) : null,
+    ]);
+    return { ...registers, explanation, patches };
   }
 
   /** A light of the tuned locus: the gains follow the colour temperature. */
@@ -281,9 +311,9 @@ export class Session {
     const next = { ...light, ...change };
     this.store.set({ follow: "light", light: next });
     if (freeGain || change.cct === undefined || !this.store.state.a?.info.hasCcm) return;
-    const ticket = this.ticket("gain");
+    const ticket = ++this.gainsAsked;
     const [r, g, b] = await this.engines.a.gainOf(next.cct);
-    if (!this.isLast("gain", ticket)) return;
+    if (ticket !== this.gainsAsked) return;
     this.store.set({
       light: { ...this.store.state.light, awb_r: r, awb_g: g, awb_b: b, full_r: r, full_g: g, full_b: b },
     });
@@ -307,13 +337,4 @@ export class Session {
     const { b } = this.store.state;
     return b ? this.engines.a.diff(b.files) : [];
   }
-
-  private ticket(name: string): number {
-    return (this.asked[name] = (this.asked[name] ?? 0) + 1);
-  }
-  private isLast(name: string, ticket: number): boolean {
-    return this.asked[name] === ticket;
-  }
 }
-
-class Superseded extends Error {}

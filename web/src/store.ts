@@ -31,6 +31,7 @@ export interface Side {
   info: TuningInfo;
   files: NamedBytes[];
   text: string; // as YAML
+  edited: boolean; // it came from the editor
   plane: GainPlane;
   grid: MatrixGrid | null;
   columns: ReadonlyMap<string, Int32Array>; // "c0" over the log, "target c0" what is asked for

@@ -76,7 +76,7 @@ test("registers of every sample equal the command line's", async () => {
           const engine = window.imgtune.newEngine();
           await engine.loadTuning([{ name: "t.yaml", bytes: encode(tuningText) }]);
           await engine.loadFrames("l.csv", encode(logText));
-          await engine.replay();
+          await engine.replay([]);
           const result = (await engine.columns(columns, "actual")).map((column) => Array.from(column));
           engine.close();
           return result;

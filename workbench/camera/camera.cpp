@@ -32,7 +32,7 @@ bool operator==(const CameraState& a, const CameraState& b) {
 }
 
 Camera::Camera(const Tuning& tuning, Jobs jobs)
-    : tuning_(tuning), grid_(tuning.caller.ct_grid), jobs_(jobs) {
+    : tuning_(std::make_shared<Tuning>(tuning)), grid_(tuning.caller.ct_grid), jobs_(jobs) {
     set_weights(tuning.caller.weights);
 }
 
@@ -47,14 +47,14 @@ void Camera::run(const Frame& frame) {
 void Camera::run(const Frame& frame, const CtBracket& ct) {
     unsigned short version = 0;
     if (jobs_.ccm) {
-        const CallerSettings& caller = tuning_.caller;
-        SmoothCCM(caller.full_gain, caller.int_bits, caller.frac_bits, tuning_.ccm, registers_.ccm,
+        const CallerSettings& caller = tuning_->caller;
+        SmoothCCM(caller.full_gain, caller.int_bits, caller.frac_bits, tuning_->ccm, registers_.ccm,
                   version, frame.state, state_.ring.data(), state_.ring_index, weights_.data());
     }
     if (jobs_.color) {
         SmoothCOLOR(frame.capture, ct.upper_kelvin, ct.lower_kelvin, ct.upper, ct.lower,
-                    tuning_.color, tuning_.pca, frame.state, registers_.color, version, state_.boot,
-                    state_.working);
+                    tuning_->color, tuning_->pca, frame.state, registers_.color, version,
+                    state_.boot, state_.working);
     }
 }
 

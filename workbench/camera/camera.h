@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 
 #include "workbench/frames/frame_log.h"
@@ -75,7 +76,7 @@ class Camera {
     /// Replaces the tuned weights of the matrix average; {1, 0, 0} switches it off.
     void set_weights(const std::array<std::uint32_t, 3>& weights);
 
-    const Tuning& tuning() const { return tuning_; }
+    const Tuning& tuning() const { return *tuning_; }
     const CtGrid& grid() const { return grid_; }
     Jobs jobs() const { return jobs_; }
     const Registers& registers() const { return registers_; }
@@ -83,7 +84,7 @@ class Camera {
     const NSIspTuning::ISP_NVRAM_COLOR_T& color() const { return registers_.color; }
 
   private:
-    Tuning tuning_;
+    std::shared_ptr<Tuning> tuning_;  ///< never written to; copies of the camera share it
     CtGrid grid_;
     Jobs jobs_;
     std::array<unsigned int, 3> weights_{};

@@ -84,10 +84,14 @@ Rest run_to_rest(Camera& camera, const Frame& frame) {
     return rest;
 }
 
-Registers target_registers(Camera camera, const Frame& frame) {
+void aim(Camera& camera, const Frame& frame) {
     camera.set_weights({1, 0, 0});
     camera.set_state({});
     camera.run(frame);
+}
+
+Registers target_registers(Camera camera, const Frame& frame) {
+    aim(camera, frame);
     return camera.registers();
 }
 

@@ -28,7 +28,8 @@ struct Rest {
 /// camera is left in the state it reached.
 Rest run_to_rest(Camera& camera, const Frame& frame);
 
-/// What the frame alone asks for: no average, every colour target taken at once.
+/// Programs what the frame alone asks for: no average, every colour target taken at once.
+void aim(Camera& camera, const Frame& frame);
 Registers target_registers(Camera camera, const Frame& frame);
 
 /// One coefficient or colour field under a light that never changes.

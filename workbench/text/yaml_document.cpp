@@ -3,7 +3,9 @@
 #include <yaml-cpp/eventhandler.h>
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
 #include <sstream>
+#include <string_view>
 
 namespace imgtune::workbench {
 
@@ -26,9 +28,26 @@ class IgnoreEvents : public YAML::EventHandler {
     void OnMapEnd() override {}
 };
 
+/// A map whose keys all stand at the left margin, where nothing else does, ends with the text.
+bool is_one_map(std::string_view text) {
+    bool has_key = false;
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(text.size(), line.size() + 1));
+        if (line.substr(0, line.size() - 1).find('\r') != line.npos) return false;
+        if (line.empty() || line == "\r" || line[0] == '#' || (has_key && line[0] == ' ')) continue;
+        const std::size_t key = line.find_first_not_of("abcdefghijklmnopqrstuvwxyz_");
+        if (key == 0 || key == line.npos || line[key] != ':') return false;
+        if (key + 1 < line.size() && line[key + 1] != ' ' && line[key + 1] != '\r') return false;
+        has_key = true;
+    }
+    return has_key;
+}
+
 }  // namespace
 
 const char* documents_if_not_one(const std::string& text) {
+    if (is_one_map(text)) return nullptr;  // told without reading it twice
     std::istringstream in(text);
     YAML::Parser parser(in);
     IgnoreEvents ignore;

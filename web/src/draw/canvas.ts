@@ -52,7 +52,7 @@ export class Picture {
     this.title.textContent = label;
     this.paint = paint;
     this.rows = rows;
-    this.again();
+    this.redraw();
   }
 
   private redraw(): void {

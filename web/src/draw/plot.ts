@@ -22,6 +22,8 @@ export interface PlotOptions {
   bands?: (u: uPlot) => void; // drawn below the lines
 }
 
+const mostSteps = 8192; // beyond it no step can be seen, and lines are thinned to the pixels
+
 /** A plot that is redrawn with new lines, and keeps its place in the page. */
 export class Plot {
   readonly element: HTMLElement;
@@ -30,6 +32,8 @@ export class Plot {
   private plot: uPlot | null = null;
   private x: ArrayLike<number> = [];
   private lines: Line[] = [];
+  private readonly upright = h("div", { class: "upright", hidden: true });
+  private marked: number | null = null;
 
   constructor(private readonly options: PlotOptions) {
     this.element = h(
@@ -58,6 +62,7 @@ export class Plot {
     const same =
       this.plot !== null &&
       lines.length === this.lines.length &&
+      x.length > mostSteps === this.x.length > mostSteps &&
       lines.every((line, i) => line.label === this.lines[i]!.label && line.color === this.lines[i]!.color);
     this.x = x;
     this.lines = lines;
@@ -65,8 +70,12 @@ export class Plot {
     else this.rebuild();
   }
 
-  redraw(): void {
-    this.plot?.redraw(false);
+  /** An upright line at this x, above the plot. */
+  mark(x: number | null): void {
+    this.marked = x;
+    const at = this.plot && x !== null ? this.plot.valToPos(x, "x") : NaN;
+    this.upright.hidden = !(at >= 0);
+    this.upright.style.transform = `translateX(${at}px)`;
   }
 
   private data(): uPlot.AlignedData {
@@ -78,6 +87,7 @@ export class Plot {
     this.plot = null;
     if (this.lines.length === 0 || this.canvas.clientWidth === 0) return;
     const c = colors();
+    const long = this.x.length > mostSteps;
     const axis = { stroke: c.ink2, grid: { stroke: c.rule, width: 1 }, ticks: { stroke: c.rule, width: 1 }, font: c.font };
     const { group, choose } = this.options;
     this.plot = new uPlot(
@@ -102,18 +112,20 @@ export class Plot {
             label: line.label,
             stroke: c[line.color],
             width: line.color === "target" || line.color === "quiet" ? 1 : 1.5,
-            ...(line.color === "target" ? { dash: [4, 3] } : {}),
-            ...(line.steps ? { paths: uPlot.paths.stepped!({ align: 1 }) } : {}),
+            ...(line.color === "target" && !long ? { dash: [4, 3] } : {}),
+            ...(line.steps && !long ? { paths: uPlot.paths.stepped!({ align: 1 }) } : {}),
             points: { show: line.dots ?? false, size: 5, fill: c[line.color] },
           })),
         ],
         hooks: {
           drawAxes: [(u: uPlot) => this.options.bands?.(u)],
+          draw: [() => this.mark(this.marked)],
         },
       },
       this.data(),
       this.canvas,
     );
+    this.plot.over.append(this.upright);
     if (choose) {
       this.plot.over.addEventListener("click", () => {
         const at = this.plot?.cursor.idx;

@@ -47,13 +47,14 @@ export class Engine {
   private runs = 0;
   private frames = 0;
 
-  constructor(workerUrl: string, wasm: ArrayBuffer) {
+  /** Workers share what was compiled once. */
+  constructor(workerUrl: string, compiled: WebAssembly.Module) {
     this.worker = new Worker(workerUrl);
     this.worker.onmessage = (event: MessageEvent<Response>) => {
       this.open.get(event.data.id)?.done(event.data);
       this.open.delete(event.data.id);
     };
-    this.worker.postMessage({ id: 0, command: "start", args: { wasm } } satisfies Request);
+    this.worker.postMessage({ id: 0, command: "start", args: { compiled } } satisfies Request);
   }
 
   private send(
@@ -97,12 +98,12 @@ export class Engine {
     return { name, count: ok.count, findings: ok.findings, columns };
   }
 
-  /** False when cancel() or another replay came in between; the last whole run then stays. */
-  async replay(progress?: Progress): Promise<boolean> {
+  /** Keeps the columns of these names. False when cancel() or another replay came in between; the last whole run then stays. */
+  async replay(names: string[], progress?: Progress): Promise<boolean> {
     const run = ++this.runs;
     for (let begin = 0; begin < Math.max(1, this.frames); begin += framesInChunk) {
       try {
-        await this.send("replay", { begin, count: framesInChunk });
+        await this.send("replay", { begin, count: framesInChunk, names });
       } catch (error) {
         if (run !== this.runs) return false;
         throw error;
@@ -127,8 +128,9 @@ export class Engine {
     return values((await this.send("values", { frame })).blobs, 0);
   }
 
-  async summary(noise?: number): Promise<Json> {
-    return (await this.send("summary", noise === undefined ? {} : { noise })).ok as Json;
+  /** Of the last whole run. */
+  async summary(): Promise<Json> {
+    return (await this.send("summary")).ok as Json;
   }
 
   async explain(at: At): Promise<Json> {

@@ -14,7 +14,10 @@ interface EngineModule {
   lengthBytesUTF8(text: string): number;
 }
 
-declare const createEngine: (options: { wasmBinary: ArrayBuffer }) => Promise<EngineModule>;
+type Instantiated = (instance: WebAssembly.Instance) => void;
+declare const createEngine: (options: {
+  instantiateWasm(imports: WebAssembly.Imports, done: Instantiated): WebAssembly.Exports;
+}) => Promise<EngineModule>;
 
 let engine: EngineModule | undefined;
 let broken = "";
@@ -71,7 +74,14 @@ function answer(request: Request): void {
 onmessage = (event: MessageEvent<Request>) => {
   const request = event.data;
   if (request.command === "start") {
-    void createEngine({ wasmBinary: request.args["wasm"] as ArrayBuffer })
+    const compiled = request.args["compiled"] as WebAssembly.Module;
+    void createEngine({
+      instantiateWasm: (imports, done) => {
+        const instance = new WebAssembly.Instance(compiled, imports);
+        done(instance);
+        return instance.exports;
+      },
+    })
       .then((module) => (engine = module))
       .catch((error: unknown) => (broken = `the engine does not start: ${String(error)}`))
       .finally(() => {

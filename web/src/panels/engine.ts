@@ -2,6 +2,7 @@ import { choice, fill, h } from "../dom";
 import { axes, Picture } from "../draw/canvas";
 import type { Colors } from "../draw/theme";
 import { Plot, type Line } from "../draw/plot";
+import { whenDue } from "../draw/schedule";
 import type { Json } from "../engine/api";
 import type { Selected, State } from "../store";
 import { panel, type MakePanel } from "./panel";
@@ -70,9 +71,6 @@ export const enginePanel: MakePanel = (session) => {
       table("Colour map: " + String(told["color_map"] ?? "none") + " CT's image", told, ["ColorMap."]),
     );
   };
-  store.watch(["a", "b", "curve"], (state, before) => {
-    if (state.curve !== before.curve || state.a?.selected !== before.a?.selected || state.b?.selected !== before.b?.selected) show(state);
-  });
   const element = panel(
     "engine",
     "Colour engine",
@@ -85,7 +83,10 @@ export const enginePanel: MakePanel = (session) => {
     gains.element,
     tables,
   );
-  show(store.state);
+  const again = whenDue(element, () => show(store.state));
+  store.watch(["a", "b", "curve"], (state, before) => {
+    if (state.curve !== before.curve || state.a?.selected !== before.a?.selected || state.b?.selected !== before.b?.selected) again();
+  });
   return { element };
 };
 

@@ -2,6 +2,7 @@ import { formatHex } from "culori";
 import { fill, h } from "../dom";
 import { axes, line, Picture } from "../draw/canvas";
 import { Plot } from "../draw/plot";
+import { whenDue } from "../draw/schedule";
 import type { Lab, Patches } from "../engine/api";
 import type { SideName, State } from "../store";
 import { panel, type MakePanel } from "./panel";
@@ -47,13 +48,13 @@ export const errorPanel: MakePanel = (session) => {
     arrows.element,
     time.element,
   );
+  const again = whenDue(element, () => show(store.state));
   store.watch(["a", "b"], (state, before) => {
     const changed = (["a", "b"] as const).some(
       (n) => state[n]?.selected !== before[n]?.selected || state[n]?.errors !== before[n]?.errors || !state[n] !== !before[n],
     );
-    if (changed) show(state);
+    if (changed) again();
   });
-  show(store.state);
   return { element };
 };
 

@@ -1,4 +1,5 @@
 import { axes, dot, line, Picture, type Scale } from "../draw/canvas";
+import { whenDue } from "../draw/schedule";
 import { frameOf, type Side, type SideName, type State } from "../store";
 import { panel, type MakePanel } from "./panel";
 
@@ -94,17 +95,15 @@ export const gainPanel: MakePanel = (session) => {
       ],
     );
   };
-  store.watch(["frame", "light", "follow", "log", "a", "b"], show);
-  show(store.state);
-  return {
-    element: panel(
-      "gain",
-      "Gain plane",
-      "Filled dot: the gain; ring: after clipping; square: its foot on the chord. Drag it, or use the arrow keys.",
-      picture.element,
-      facts,
-    ),
-  };
+  const element = panel(
+    "gain",
+    "Gain plane",
+    "Filled dot: the gain; ring: after clipping; square: its foot on the chord. Drag it, or use the arrow keys.",
+    picture.element,
+    facts,
+  );
+  store.watch(["frame", "light", "follow", "log", "a", "b"], whenDue(element, () => show(store.state)));
+  return { element };
 };
 
 function gainOf(side: Side | null, frame: ReturnType<typeof frameOf>, color: "r" | "b"): number {

@@ -1,4 +1,5 @@
 import { button, fill, h } from "../dom";
+import { whenDue } from "../draw/schedule";
 import type { Frame, FrameColumn } from "../engine/api";
 import { frameOf, type Side, type State } from "../store";
 import { gainText, panel, signed, type MakePanel } from "./panel";
@@ -67,7 +68,6 @@ export const lightPanel: MakePanel = (session) => {
       ` = ${gainText(frame.awb_r)} · ${gainText(frame.awb_g)} · ${gainText(frame.awb_b)}`;
     fill(matrices, ...(["a", "b"] as const).map((name) => matrixTable(state[name], name, state)));
   };
-  store.watch(["frame", "light", "follow", "log", "a", "b", "freeGain", "show"], show);
   const element = panel(
     "light",
     "Light and matrix",
@@ -78,7 +78,8 @@ export const lightPanel: MakePanel = (session) => {
     gains,
     matrices,
   );
-  show(store.state);
+  const again = whenDue(element, () => show(store.state));
+  store.watch(["frame", "light", "follow", "log", "a", "b", "freeGain", "show"], again);
   return { element };
 };
 

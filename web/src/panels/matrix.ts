@@ -1,6 +1,7 @@
 import { choice, h } from "../dom";
 import { Plot, type Line } from "../draw/plot";
 import { axes, Picture } from "../draw/canvas";
+import { whenDue } from "../draw/schedule";
 import { frameOf, type Side, type State } from "../store";
 import { panel, signed, type MakePanel } from "./panel";
 
@@ -55,14 +56,6 @@ export const matrixPanel: MakePanel = (session) => {
     });
     drawMap(map, state);
   };
-  store.watch(["a", "b", "over", "gridLv", "gridCt", "coefficient", "show", "frame", "light", "follow"], (state, before) => {
-    const drawn: (keyof State)[] = ["over", "gridLv", "gridCt", "coefficient", "show"];
-    if (state.a?.grid !== before.a?.grid || state.b?.grid !== before.b?.grid || drawn.some((k) => state[k] !== before[k])) {
-      show(state);
-    } else if (state.a?.grid) {
-      drawMap(map, state);
-    }
-  });
   const element = panel(
     "matrix",
     "Matrix over light",
@@ -71,7 +64,14 @@ export const matrixPanel: MakePanel = (session) => {
     h("div", { class: "nine" }, ...plots.map((plot) => plot.element)),
     map.element,
   );
-  show(store.state);
+  const all = whenDue(element, () => show(store.state));
+  const place = whenDue(map.element, () => store.state.a?.grid && drawMap(map, store.state));
+  store.watch(["frame", "light", "follow"], place);
+  store.watch(["a", "b", "over", "gridLv", "gridCt", "coefficient", "show"], (state, before) => {
+    const drawn: (keyof State)[] = ["over", "gridLv", "gridCt", "coefficient", "show"];
+    const grids = state.a?.grid !== before.a?.grid || state.b?.grid !== before.b?.grid;
+    if (grids || drawn.some((k) => state[k] !== before[k])) all();
+  });
   return { element };
 };
 

@@ -2,6 +2,7 @@ import type uPlot from "uplot";
 import { button, fill, h } from "../dom";
 import { Plot, type Line } from "../draw/plot";
 import { colors } from "../draw/theme";
+import { whenDue } from "../draw/schedule";
 import { frameColumns, type FrameColumn, type Json } from "../engine/api";
 import type { SideName, State } from "../store";
 import { panel, type MakePanel } from "./panel";
@@ -46,7 +47,7 @@ export const timePanel: MakePanel = (session) => {
   const facts = h("div", { class: "facts" });
 
   const bands = (u: uPlot): void => {
-    const { log, frame, follow, a } = store.state;
+    const { log, a } = store.state;
     if (!log) return;
     const g = u.ctx;
     const c = colors();
@@ -73,10 +74,6 @@ export const timePanel: MakePanel = (session) => {
     for (const span of [...(summary?.clipped.spans ?? []), ...(summary?.flicker.spans ?? [])]) {
       const x = u.valToPos(span.first, "x", true);
       g.fillRect(x, top + height - 3, Math.max(2, u.valToPos(span.last + 1, "x", true) - x), 3);
-    }
-    if (follow === "log") {
-      g.strokeStyle = c.ink;
-      upright(g, u.valToPos(frame + 1, "x", true), top, height);
     }
     g.restore();
   };
@@ -105,6 +102,7 @@ export const timePanel: MakePanel = (session) => {
         const remove = button("×", () => store.set({ fields: store.state.fields.filter((f) => f !== field) }), `Remove ${field}`);
         plot.element.querySelector(".tools")!.append(remove);
         row = { plot, element: plot.element };
+        plot.mark(placeOf(state));
         rows.set(field, row);
         list.append(row.element);
       }
@@ -114,16 +112,6 @@ export const timePanel: MakePanel = (session) => {
     }
     fill(facts, ...factsOf(state));
   };
-  store.watch(["a", "b", "log", "fields", "show"], (state, before) => {
-    const drawn = (["a", "b"] as const).some(
-      (n) => state[n]?.columns !== before[n]?.columns || state[n]?.summary !== before[n]?.summary || !state[n] !== !before[n],
-    );
-    if (state.a?.info !== before.a?.info || state.b?.info !== before.b?.info) {
-      fill(known, ...names(state).map((name) => h("option", { value: name })));
-    }
-    if (drawn || state.log !== before.log || state.fields !== before.fields || state.show !== before.show) show(state);
-  });
-  store.watch(["frame", "follow"], () => rows.forEach((row) => row.plot.redraw()));
   const element = panel(
     "time",
     "Over the log",
@@ -132,7 +120,20 @@ export const timePanel: MakePanel = (session) => {
     facts,
     list,
   );
-  show(store.state);
+  const again = whenDue(element, () => show(store.state));
+  store.watch(["a", "b", "log", "fields", "show"], (state, before) => {
+    const drawn = (["a", "b"] as const).some(
+      (n) => state[n]?.columns !== before[n]?.columns || state[n]?.summary !== before[n]?.summary || !state[n] !== !before[n],
+    );
+    if (state.a?.info !== before.a?.info || state.b?.info !== before.b?.info) {
+      fill(known, ...names(state).map((name) => h("option", { value: name })));
+    }
+    if (drawn || state.log !== before.log || state.fields !== before.fields || state.show !== before.show) again();
+  });
+  store.watch(
+    ["frame", "follow", "log"],
+    whenDue(list, () => rows.forEach((row) => row.plot.mark(placeOf(store.state)))),
+  );
   return { element };
 };
 
@@ -145,6 +146,8 @@ function names(state: State): string[] {
     ...(a.info.hasColor ? a.info.colorNames : []),
   ];
 }
+
+const placeOf = (state: State): number | null => (state.follow === "log" ? state.frame + 1 : null);
 
 function unitOf(field: string): string {
   if (field === "lv") return ", 0.1 EV";

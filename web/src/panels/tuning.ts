@@ -2,16 +2,18 @@ import { defaultKeymap, history, historyKeymap, indentWithTab } from "@codemirro
 import { yaml } from "@codemirror/lang-yaml";
 import { HighlightStyle, syntaxHighlighting } from "@codemirror/language";
 import { lintGutter, setDiagnostics, type Diagnostic } from "@codemirror/lint";
-import { EditorState } from "@codemirror/state";
+import { Annotation, EditorState } from "@codemirror/state";
 import { EditorView, keymap, lineNumbers } from "@codemirror/view";
 import { tags } from "@lezer/highlight";
 import { button, download, fill, h } from "../dom";
+import { whenDue } from "../draw/schedule";
 import type { Finding } from "../engine/api";
-import type { State } from "../store";
+import type { Side, State } from "../store";
 import { panel, type MakePanel } from "./panel";
 
-const pause = 80; // ms after a key until the text is tried
+const pause = 50; // ms after a key until the text is tried
 const mostListed = 60;
+const fromOutside = Annotation.define<boolean>();
 const inks = HighlightStyle.define([
   { tag: tags.comment, color: "var(--ink2)" },
   { tag: [tags.propertyName, tags.definition(tags.propertyName)], color: "var(--a)" },
@@ -21,7 +23,7 @@ const inks = HighlightStyle.define([
 export const tuningPanel: MakePanel = (session) => {
   const { store } = session;
   let timer = 0;
-  let ours = ""; // text that came from the editor, or was put there
+  let shown: Side["files"] | null = null;
   // A shadow root: the editor's style then needs no exception from the page's policy.
   const host = h("div", { class: "editor" });
   const root = host.attachShadow({ mode: "open" });
@@ -46,12 +48,9 @@ export const tuningPanel: MakePanel = (session) => {
           "&.cm-focused .cm-cursor": { borderLeftColor: "var(--ink)" },
         }),
         EditorView.updateListener.of((update) => {
-          if (!update.docChanged) return;
-          const text = update.state.doc.toString();
-          if (text === ours) return;
-          ours = text;
+          if (!update.docChanged || update.transactions.some((each) => each.annotation(fromOutside))) return;
           clearTimeout(timer);
-          timer = window.setTimeout(() => void session.edit(text), pause);
+          timer = window.setTimeout(() => void session.edit(view.state.doc.toString()), pause);
         }),
       ],
     }),
@@ -70,10 +69,15 @@ export const tuningPanel: MakePanel = (session) => {
   };
   const show = (state: State): void => {
     const { a, editing } = state;
-    if (a && a.text !== ours) {
-      ours = a.text;
-      view.dispatch({ changes: { from: 0, to: view.state.doc.length, insert: a.text } });
+    // A text of the editor's own comes back while one types on: only another's is put into it.
+    if (a && a.files !== shown && !a.edited) {
+      clearTimeout(timer);
+      view.dispatch({
+        changes: { from: 0, to: view.state.doc.length, insert: a.text },
+        annotations: fromOutside.of(true),
+      });
     }
+    shown = a?.files ?? null;
     const errors = editing.filter((finding) => finding.severity === "error").length;
     count.textContent =
       editing.length === 0
@@ -82,21 +86,20 @@ export const tuningPanel: MakePanel = (session) => {
     view.dispatch(setDiagnostics(view.state, editing.flatMap((finding) => diagnostic(view, finding))));
     fill(list, ...editing.slice(0, mostListed).map((finding) => item(view, finding)));
   };
+  const element = panel(
+    "tuning",
+    "Tuning A",
+    "Edit it: findings and every panel follow as you type.",
+    host,
+    count,
+    list,
+    h("div", { class: "row" }, button("Download YAML", () => void save("yaml")), button("Download stored images", () => void save("images"))),
+  );
+  const again = whenDue(element, () => show(store.state));
   store.watch(["a", "editing"], (state, before) => {
-    if (state.editing !== before.editing || state.a?.text !== before.a?.text) show(state);
+    if (state.editing !== before.editing || state.a?.files !== before.a?.files) again();
   });
-  show(store.state);
-  return {
-    element: panel(
-      "tuning",
-      "Tuning A",
-      "Edit it: findings and every panel follow as you type.",
-      host,
-      count,
-      list,
-      h("div", { class: "row" }, button("Download YAML", () => void save("yaml")), button("Download stored images", () => void save("images"))),
-    ),
-  };
+  return { element };
 };
 
 function diagnostic(view: EditorView, finding: Finding): Diagnostic[] {

@@ -1,6 +1,6 @@
 import { fill, h } from "../dom";
+import { whenDue } from "../draw/schedule";
 import type { Json } from "../engine/api";
-import type { State } from "../store";
 import { panel, type MakePanel } from "./panel";
 
 /** Which panel draws what a fact of the explanation is about. */
@@ -17,8 +17,8 @@ export const whyPanel: MakePanel = (session) => {
   const { store } = session;
   const content = h("div", { class: "why" });
   const filter = h("input", { type: "search", "aria-label": "Facts to show", placeholder: "filter" });
-  const show = (state: State): void => {
-    const told = state.a?.selected?.explanation;
+  const show = (): void => {
+    const told = store.state.a?.selected?.explanation;
     const wanted = filter.value.trim().toLowerCase();
     if (!told || typeof told !== "object") return;
     const open = new Set(Array.from(content.querySelectorAll("details[open]"), (d) => (d as HTMLElement).dataset["key"]));
@@ -31,13 +31,13 @@ export const whyPanel: MakePanel = (session) => {
       }),
     );
   };
-  filter.addEventListener("input", () => show(store.state));
+  const element = panel("why", "Why", "Every step of this frame, from the library's own traces and results.", filter, content);
+  const again = whenDue(element, show);
+  filter.addEventListener("input", again);
   store.watch(["a"], (state, before) => {
-    if (state.a?.selected !== before.a?.selected) show(state);
+    if (state.a?.selected !== before.a?.selected) again();
   });
-  return {
-    element: panel("why", "Why", "Every step of this frame, from the library's own traces and results.", filter, content),
-  };
+  return { element };
 };
 
 function facts(value: Json, path: string, wanted: string): HTMLElement {
