@@ -16,7 +16,7 @@ const unlessClosed = (error: unknown): void => {
 const gridLvs = Array.from({ length: 31 }, (_, i) => 5 * i);
 
 export class Session {
-  private readonly engines: Record<SideName, Engine>;
+  private engines: Record<SideName, Engine>;
   private readonly coming: Record<SideName, Engine | null> = { a: null, b: null }; // loads a tuning
   private running: Engine | null = null; // replays the log
   private logFile: NamedBytes | null = null;
@@ -195,6 +195,15 @@ export class Session {
     } finally {
       this.loadingLog = false;
     }
+  }
+
+  /** The editor holds A: B is edited after it. */
+  swap(): void {
+    const { a, b } = this.store.state;
+    if (!a || !b) return;
+    for (const name of sideNames) this.coming[name]?.close();
+    this.engines = { a: this.engines.b, b: this.engines.a };
+    this.store.set({ a: { ...b, edited: false }, b: { ...a, edited: false }, editing: b.info.findings });
   }
 
   dropB(): void {

@@ -234,6 +234,11 @@ test("a second tuning stands beside the first in every panel", async () => {
   const fields = JSON.parse(execFileSync("/bin/sh", ["-c", '"$0" diff "$1" "$2" --json; true', IMGTUNE, join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx708-blend.yaml")]).toString());
   const first = await page.locator("#compare tbody th").first().textContent();
   assert.ok(JSON.stringify(fields).includes(JSON.stringify(first)));
+  await page.getByRole("button", { name: "Swap A and B" }).click();
+  await until((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(b[0]));
+  assert.deepEqual(await coefficients("a"), b);
+  await until((text) => window.imgtune.store.state.a.text === text, readFileSync(join(EXAMPLES, "imx708-blend.yaml"), "utf8"));
+  assert.match(await page.locator("#tuning .cm-line").first().textContent(), /IMX708/);
   await page.getByRole("button", { name: "Drop B" }).click();
   assert.ok(!(await page.locator("#compare").isVisible()));
   await done();

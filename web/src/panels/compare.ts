@@ -14,6 +14,7 @@ export const comparePanel: MakePanel = (session) => {
     choice("panels show", [["overlay", "A and B overlaid"], ["difference", "B − A"]], store.state.show, (value) =>
       store.set({ show: value as "overlay" | "difference" }),
     ),
+    button("Swap A and B", () => session.swap(), "Swap A and B, as to edit B"),
     button("Drop B", () => session.dropB()),
   );
   const update = async (state: State): Promise<void> => {

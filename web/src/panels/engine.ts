@@ -42,7 +42,7 @@ export const enginePanel: MakePanel = (session) => {
     const current = reader(state.a!.info.colorNames, selected.now.color);
     const before = selected.before ? reader(state.a!.info.colorNames, selected.before.color) : null;
     const target = reader(state.a!.info.colorNames, selected.target.color);
-    const other = state.b?.selected?.now.color ? reader(state.b.info.colorNames, state.b.selected.now.color) : null;
+    const other = state.b?.info.hasColor && state.b.selected ? reader(state.b.info.colorNames, state.b.selected.now.color) : null;
     const index = (n: number): number[] => Array.from({ length: n }, (_, i) => i);
     const run = (read: Reader, name: string, n: number): number[] => index(n).map((i) => read(`${name}[${i}]`));
     const lines = (make: (read: Reader) => number[]): Line[] => [
