@@ -41,5 +41,5 @@ PY
 
 installed=$PWD/build/python-installed
 rm -rf "$installed"
-/usr/bin/python3 -m pip install -q --no-build-isolation --no-deps --no-index --target "$installed" .
+CXX=g++ /usr/bin/python3 -m pip install -q --no-build-isolation --no-deps --no-index --target "$installed" .
 (cd / && PYTHONPATH=$installed /usr/bin/python3 "$IMGTUNE_EXAMPLES/python_walk.py" /dev/null)

@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 scripts/setup.sh g++ clang cmake ninja-build pkg-config libgtest-dev libbenchmark-dev libcli11-dev \
     libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev clang-format clang-tidy locales valgrind binutils ccache python3-cram
-export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD
 
 passed=0
 failed=()
