@@ -15,6 +15,7 @@
 #include "workbench/studies/explanation.h"
 #include "workbench/studies/light_watch.h"
 #include "workbench/studies/resting.h"
+#include "workbench/studies/settling.h"
 #include "workbench/studies/stall.h"
 #include "workbench/studies/summary.h"
 #include "workbench/studies/trace_lines.h"
@@ -137,6 +138,77 @@ TEST(LightWatch, PartsNoiseRampsAndSteps) {
         watch.next(frame);
         *kind = 1;
         EXPECT_EQ(watch.next(frame), LightWatch::Event::begins);
+    }
+}
+
+TEST(LightWatch, HoldsTheMeanAndTheNoiseOfTheFirstFrames) {
+    LightWatch watch(CallerSettings{}, {true, false}, 5, 3);
+    const auto show = [&](const std::vector<int>& reds) {
+        for (const int red : reds) watch.next(make_frame(100, 5000, {red, 512, 900}));
+    };
+    show({1000, 1010, 1000, 990});
+    EXPECT_EQ(watch.held(), 3U);
+    // What comes later moves neither.
+    show({1040, 1040, 960});
+    EXPECT_EQ(watch.held(), 6U);
+    EXPECT_EQ(watch.held_light().state.rAWBGain.i4R, 1000);
+    // Twice the noise seen, and no more than the tolerance.
+    EXPECT_EQ(watch.noisy_light(2, true)->state.rAWBGain.i4R, 1020);
+    EXPECT_EQ(watch.noisy_light(2, false)->state.rAWBGain.i4R, 980);
+    EXPECT_FALSE(watch.noisy_light(4, true).has_value());
+    show({500, 524, 490, 490});  // a new light, 501 in the mean
+    EXPECT_EQ(watch.noisy_light(2, true)->state.rAWBGain.i4R, 526);
+}
+
+TEST(HoldJudge, RestIsABandThatIsKeptForAWhile) {
+    const Tuning tuning = make_tuning();
+    const Jobs ccm{true, false};
+    const Camera camera(tuning, ccm);
+    const Frame light = make_frame(100, 5000, {1200, 512, 800});
+    Camera resting = camera;
+    run_to_rest(resting, light);
+    const auto target = decode(target_registers(camera, light).ccm, tuning.caller);
+    const auto rest = decode(resting.ccm(), tuning.caller);
+    ASSERT_NE(target[1], rest[1]);
+
+    for (const int noise : {0, 2}) {
+        LightWatch watch(tuning.caller, ccm, 5, 3);
+        for (const int lv : {100, 100 + noise, 100 - noise, 100}) {  // moves no target
+            Frame frame = light;
+            frame.state.u4RealLV = static_cast<std::uint32_t>(lv);
+            watch.next(frame);
+        }
+        FieldMotions motions(tuning.caller, ccm);
+        HoldJudge judge(camera, motions, 3);
+        std::uint64_t number = 0;
+        const auto show = [&](std::int32_t off) {
+            NSIspTuning::ISP_CCM_T values{};
+            std::copy(rest.begin(), rest.end(), std::begin(values.i4Coef));
+            values.i4Coef[0] += off;
+            values.i4Coef[1] -= off;
+            Registers registers;
+            CoefficientCodec(3, 9).encode(values, registers.ccm);
+            motions.next(++number, registers, FieldMotions::Phase::light_holds);
+        };
+        show(0);
+        judge.begin(camera.state());
+        for (const int off : {50, 0, 0, 0, 0}) {
+            show(off);
+            judge.next();
+        }
+        judge.judge_by(watch);
+        show(50);  // after three frames at rest it counts no more
+        judge.next();
+        const JobSettling verdict = judge.verdicts()[0];
+        EXPECT_EQ(verdict.state, Settling::settled);
+        EXPECT_EQ(verdict.frames, 2U);
+
+        // Noise adds the stall, 1 with these weights; the diagonal closes a row of two.
+        for (const std::size_t k : {0U, 1U}) {
+            const int stall = noise == 0 ? 0 : k == 0 ? 2 : 1;
+            EXPECT_EQ(judge.bands(0)[k].low, std::min(target[k], rest[k]) - stall) << k;
+            EXPECT_EQ(judge.bands(0)[k].high, std::max(target[k], rest[k]) + stall) << k;
+        }
     }
 }
 
