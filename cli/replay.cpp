@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "cli/common.h"
@@ -126,8 +127,11 @@ std::vector<ReplayRequest> requests_of(const ReplayOptions& options, const RowCo
         outputs = {"-"};
     }
     std::vector<ReplayRequest> requests;
-    for (std::size_t i = 0; i < options.logs.size(); ++i) {
-        requests.push_back({options.logs[i], outputs[i], columns, options.every});
+    const std::size_t logs = options.logs.size();
+    const bool idle_cores = at_a_time(logs, options.workers) < std::thread::hardware_concurrency();
+    const RowThread thread = idle_cores ? RowThread::own : RowThread::callers;
+    for (std::size_t i = 0; i < logs; ++i) {
+        requests.push_back({options.logs[i], outputs[i], columns, options.every, thread});
     }
     return requests;
 }

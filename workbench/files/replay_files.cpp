@@ -12,7 +12,6 @@
 #include "workbench/files/file_source.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/output_guard.h"
-#include "workbench/files/row_writer.h"
 #include "workbench/frames/frame_check.h"
 #include "workbench/text/bad_input.h"
 
@@ -26,7 +25,7 @@ Faults run_replay(const Tuning& tuning, const ReplayRequest& request, const Fram
     std::optional<RowWriter> writer;
     if (!request.output.empty()) {
         output.emplace(request.output);
-        writer.emplace(*output, request.columns);
+        writer.emplace(*output, request.columns, request.row_thread);
         writer->write_header();
     }
     FrameCheck check;
@@ -69,17 +68,19 @@ std::vector<std::string> results_in_folder(const std::string& folder,
     return results;
 }
 
+unsigned at_a_time(std::size_t count, unsigned workers) {
+    if (workers == 0) workers = std::max(std::thread::hardware_concurrency(), 1U);
+    return static_cast<unsigned>(std::min<std::size_t>(workers, count));
+}
+
 void in_parallel(std::size_t count, unsigned workers,
                  const std::function<void(std::size_t)>& work) {
-    if (workers == 0) workers = std::max(std::thread::hardware_concurrency(), 1U);
     std::atomic<std::size_t> next{0};
     const auto take = [&] {
         for (std::size_t i = next++; i < count; i = next++) work(i);
     };
     std::vector<std::thread> threads;
-    for (std::size_t t = 1; t < std::min<std::size_t>(workers, count); ++t) {
-        threads.emplace_back(take);
-    }
+    for (unsigned t = 1; t < at_a_time(count, workers); ++t) threads.emplace_back(take);
     take();
     for (std::thread& thread : threads) thread.join();
 }

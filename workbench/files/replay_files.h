@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "workbench/camera/row_text.h"
+#include "workbench/files/row_writer.h"
 #include "workbench/frames/frame_log.h"
 #include "workbench/tuning/faults.h"
 
@@ -19,6 +20,7 @@ struct ReplayRequest {
     std::string output;  ///< path, "-", or empty for no rows
     RowColumns columns;
     std::uint64_t every = 1;  ///< every Nth frame is written; all of them are run
+    RowThread row_thread = RowThread::own;
 };
 
 /// Told of every frame: the log, the frame's number from 1, the frame, and the camera that ran it.
@@ -32,6 +34,9 @@ Faults run_replay(const Tuning& tuning, const ReplayRequest& request, const Fram
 /// ending. Throws BadInput for two logs of one name, and for a log that is its own result.
 std::vector<std::string> results_in_folder(const std::string& folder,
                                            const std::vector<std::string>& logs);
+
+/// How many of `count` run at a time with so many workers (0: one a core).
+unsigned at_a_time(std::size_t count, unsigned workers);
 
 /// Does work(0) .. work(count - 1), as many at a time as there are workers (0: one a core).
 void in_parallel(std::size_t count, unsigned workers, const std::function<void(std::size_t)>& work);

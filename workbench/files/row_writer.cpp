@@ -1,41 +1,68 @@
 #include "workbench/files/row_writer.h"
 
+#include <algorithm>
 #include <cstring>
-#include <string>
 
 namespace imgtune::workbench {
 
 namespace {
 
 constexpr std::size_t kBlockSize = 1 << 18;
+constexpr std::size_t kRowsInBatch = 128;
 
 }  // namespace
 
-RowWriter::RowWriter(OutputFile& output, const RowColumns& columns)
-    : output_(output),
-      text_(columns),
-      block_{std::vector<char>(kBlockSize + text_.room() + kMostMore), 0} {}
+RowWriter::RowWriter(OutputFile& output, const RowColumns& columns, RowThread thread)
+    : output_(output), text_(columns) {
+    if (thread == RowThread::own) background_.emplace([this](Batch& batch) { put(batch); });
+}
 
 void RowWriter::write_header(std::string_view more) {
     const std::string header = text_.header(more);
-    BackgroundWriter::Block block{{header.begin(), header.end()}, header.size()};
-    output_.write(block);
+    output_.write({header.data(), header.size()});
 }
 
 void RowWriter::write(std::uint64_t number, const FrameValues& values, const Registers& registers,
                       std::string_view more) {
-    if (block_.used > kBlockSize) output_.write(block_);
-    char* at = block_.bytes.data() + block_.used;
-    at = text_.put(at, number, values, registers);
-    if (!more.empty()) std::memcpy(at, more.data(), more.size());
-    at += more.size();
-    *at++ = '\n';
-    block_.used = static_cast<std::size_t>(at - block_.bytes.data());
+    if (batch_.used == kRowsInBatch) hand_over();
+    if (batch_.used == batch_.rows.size()) batch_.rows.resize(kRowsInBatch);
+    Row& row = batch_.rows[batch_.used++];
+    row.number = number;
+    row.values = values;
+    row.registers = registers;
+    row.more = more;
 }
 
 void RowWriter::finish() {
-    output_.write(block_);
-    output_.finish();
+    hand_over();
+    if (background_) background_->finish();
+    output_.write({block_.data(), used_});
+    used_ = 0;
+}
+
+void RowWriter::hand_over() {
+    if (background_) {
+        background_->give(batch_);
+    } else {
+        put(batch_);
+    }
+}
+
+/// Appends the batch's rows to the block, which is written when it is full.
+void RowWriter::put(Batch& batch) {
+    for (std::size_t i = 0; i < batch.used; ++i) {
+        const Row& row = batch.rows[i];
+        block_.resize(std::max(block_.size(), used_ + text_.room() + row.more.size() + 1));
+        char* at = text_.put(block_.data() + used_, row.number, row.values, row.registers);
+        std::memcpy(at, row.more.data(), row.more.size());
+        at += row.more.size();
+        *at++ = '\n';
+        used_ = static_cast<std::size_t>(at - block_.data());
+        if (used_ < kBlockSize) continue;
+        output_.write({block_.data(), used_});
+        used_ = 0;
+    }
+    batch.used = 0;
 }
 
 }  // namespace imgtune::workbench

@@ -10,6 +10,7 @@ export interface Line {
   color: "a" | "b" | "target" | "quiet" | "ink";
   steps?: boolean;
   dots?: boolean;
+  dash?: number[];
 }
 
 export interface PlotOptions {
@@ -112,7 +113,7 @@ export class Plot {
             label: line.label,
             stroke: c[line.color],
             width: line.color === "target" || line.color === "quiet" ? 1 : 1.5,
-            ...(line.color === "target" && !long ? { dash: [4, 3] } : {}),
+            ...(line.dash ? { dash: line.dash } : line.color === "target" && !long ? { dash: [4, 3] } : {}),
             ...(line.steps && !long ? { paths: uPlot.paths.stepped!({ align: 1 }) } : {}),
             points: { show: line.dots ?? false, size: 5, fill: c[line.color] },
           })),

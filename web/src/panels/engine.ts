@@ -9,6 +9,7 @@ import { panel, type MakePanel } from "./panel";
 
 const curves = 20;
 const lastSegment = 32; // third knot behind the second
+const dots = [1, 3];
 
 type Told = Record<string, Json> | undefined;
 interface Row {
@@ -45,14 +46,25 @@ export const enginePanel: MakePanel = (session) => {
     const other = state.b?.info.hasColor && state.b.selected ? reader(state.b.info.colorNames, state.b.selected.now.color) : null;
     const index = (n: number): number[] => Array.from({ length: n }, (_, i) => i);
     const run = (read: Reader, name: string, n: number): number[] => index(n).map((i) => read(`${name}[${i}]`));
+    const lower = tabled(told, "lower");
+    const upper = tabled(told, "upper");
     const lines = (make: (read: Reader) => number[]): Line[] => [
+      { label: "lower CT", values: make(lower), color: "quiet", dash: dots },
+      { label: "upper CT", values: make(upper), color: "quiet", dash: dots },
       { label: "target", values: make(target), color: "target" },
       ...(before ? [{ label: "previous", values: make(before), color: "quiet" } as const] : []),
       { label: "A", values: make(current), color: "a", dots: true },
       ...(other ? [{ label: "B", values: make(other), color: "b" } as const] : []),
     ];
     luma.draw(index(16), lines((read) => run(read, "Luma.PY", 16)), "Luma.PY: entries of the luma curve, 0..255");
-    drawHue(hue, run(current, "Hue.PH", 20), run(target, "Hue.PH", 20), other ? run(other, "Hue.PH", 20) : null);
+    const ring = (read: Reader | null): number[] | null => read && run(read, "Hue.PH", 20);
+    drawHue(hue, run(current, "Hue.PH", 20), [
+      { name: "lower CT", values: ring(lower), color: "quiet", dash: dots },
+      { name: "upper CT", values: ring(upper), color: "quiet", dash: dots },
+      { name: "previous", values: ring(before), color: "quiet", dash: [] },
+      { name: "target", values: ring(target), color: "target", dash: [4, 3] },
+      { name: "B", values: ring(other), color: "b", dash: [] },
+    ]);
     const k = state.curve;
     const knots = (read: Reader): [number, number] => [read(`Saturation.SP1[${k}]`), read(`Saturation.SP2[${k}]`)];
     const level = (read: Reader): number[] => {
@@ -74,7 +86,7 @@ export const enginePanel: MakePanel = (session) => {
   const element = panel(
     "engine",
     "Colour engine",
-    "Register tables, as programmed (line), asked for (dashes) and of the frame before (pale).",
+    "Register tables, as programmed (line), asked for (dashes), of the frame before (pale) and of both CTs' images (dots).",
     bracket,
     luma.element,
     hue.element,
@@ -91,6 +103,14 @@ export const enginePanel: MakePanel = (session) => {
 };
 
 type Reader = (name: string) => number;
+
+/** The values of one of the two CTs' images: "Luma.PY[3]"; NaN where the traces do not tell them. */
+function tabled(told: NonNullable<Told>, image: "lower" | "upper"): Reader {
+  return (name) => {
+    const [, field, entry] = /^(.*?)(?:\[(\d+)\])?$/.exec(name)!;
+    return (told[field!] as Row | undefined)?.[image]?.[Number(entry ?? 0)] ?? NaN;
+  };
+}
 function reader(names: string[], values: Int32Array): Reader {
   return (name) => values[names.indexOf(name)] ?? 0;
 }
@@ -117,24 +137,31 @@ function bracketText(told: NonNullable<Told>): string {
   return parts.join(" · ");
 }
 
-function drawHue(picture: Picture, now: number[], target: number[], other: number[] | null): void {
+interface Ring {
+  name: string;
+  values: number[] | null;
+  color: "quiet" | "target" | "b";
+  dash: number[];
+}
+
+function drawHue(picture: Picture, now: number[], others: Ring[]): void {
   picture.draw(
     "Hue.PH: entries around the ring, 128 on the circle",
     (g, w, hgt, c) => {
       const x = w / 2;
       const y = hgt / 2;
       const unit = hgt / 2 - 14;
-      const ring = (values: number[], color: string, dashed: boolean): void => {
+      const ring = (values: number[], color: string, dash: number[], width: number): void => {
         g.strokeStyle = color;
-        g.setLineDash(dashed ? [4, 3] : []);
-        g.lineWidth = dashed ? 1 : 1.5;
+        g.setLineDash(dash);
+        g.lineWidth = width;
         g.beginPath();
         values.forEach((value, i) => {
           const angle = (2 * Math.PI * i) / values.length - Math.PI / 2;
           const radius = unit * (0.7 + (0.3 * (value - 128)) / 32);
           g.lineTo(x + radius * Math.cos(angle), y + radius * Math.sin(angle));
         });
-        g.closePath();
+        if (values.every(Number.isFinite)) g.closePath();
         g.stroke();
         g.setLineDash([]);
       };
@@ -149,11 +176,16 @@ function drawHue(picture: Picture, now: number[], target: number[], other: numbe
         const angle = (2 * Math.PI * i) / now.length - Math.PI / 2;
         g.fillText(`${i}: ${now[i]}`, x + (unit + 4) * Math.cos(angle) * 1.06, y + (unit + 2) * Math.sin(angle));
       }
-      ring(target, c.target, true);
-      if (other) ring(other, c.b, false);
-      ring(now, c.a, false);
+      for (const { values, color, dash } of others) if (values) ring(values, c[color], dash, 1);
+      ring(now, c.a, [], 1.5);
     },
-    () => ["entry,now,target", ...now.map((v, i) => `${i},${v},${target[i]}`)],
+    () => {
+      const rings = others.filter(({ values }) => values !== null);
+      return [
+        ["entry", "A", ...rings.map(({ name }) => name)].join(","),
+        ...now.map((v, i) => [i, v, ...rings.map(({ values }) => values![i]).map((each) => (Number.isFinite(each) ? each : ""))].join(",")),
+      ];
+    },
   );
 }
 

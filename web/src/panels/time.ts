@@ -25,6 +25,14 @@ interface Summary {
   changes: Change[];
   clipped: { frames: number; spans: { first: number; last: number }[] };
   flicker: { spans: { first: number; last: number }[] };
+  fields: Record<string, Motion>;
+}
+interface Motion {
+  largest_step: number;
+  step_frame: number | null;
+  overshoot: number;
+  overshoot_frame: number | null;
+  sign_changes_per_second: number;
 }
 
 const rowHeight = 96;
@@ -46,7 +54,7 @@ export const timePanel: MakePanel = (session) => {
   input.addEventListener("change", add);
   const facts = h("div", { class: "facts" });
 
-  const bands = (u: uPlot): void => {
+  const bands = (u: uPlot, field: string): void => {
     const { log, a } = store.state;
     if (!log) return;
     const g = u.ctx;
@@ -71,6 +79,16 @@ export const timePanel: MakePanel = (session) => {
     for (const change of summary?.changes ?? []) upright(g, u.valToPos(change.first, "x", true), top, height);
     g.setLineDash([]);
     g.fillStyle = c.mark;
+    const motion = summary?.fields[field];
+    for (const frame of [motion?.largest_step ? motion.step_frame : null, motion?.overshoot ? motion.overshoot_frame : null]) {
+      if (frame === null || frame === undefined) continue;
+      const x = u.valToPos(frame, "x", true);
+      g.beginPath();
+      g.moveTo(x - 4 * devicePixelRatio, top);
+      g.lineTo(x + 4 * devicePixelRatio, top);
+      g.lineTo(x, top + 6 * devicePixelRatio);
+      g.fill();
+    }
     for (const span of [...(summary?.clipped.spans ?? []), ...(summary?.flicker.spans ?? [])]) {
       const x = u.valToPos(span.first, "x", true);
       g.fillRect(x, top + height - 3, Math.max(2, u.valToPos(span.last + 1, "x", true) - x), 3);
@@ -97,7 +115,7 @@ export const timePanel: MakePanel = (session) => {
           height: rowHeight,
           group: "time",
           choose: (at) => store.set({ follow: "log", frame: at - 1, playing: false }),
-          bands,
+          bands: (u) => bands(u, field),
         });
         const remove = button("×", () => store.set({ fields: store.state.fields.filter((f) => f !== field) }), `Remove ${field}`);
         plot.element.querySelector(".tools")!.append(remove);
@@ -108,14 +126,14 @@ export const timePanel: MakePanel = (session) => {
       }
       const lines = linesOf(state, field);
       row.element.hidden = lines.length === 0;
-      if (lines.length > 0) row.plot.draw(x, lines, field + unitOf(field));
+      if (lines.length > 0) row.plot.draw(x, lines, field + unitOf(field) + motionOf(state, field));
     }
     fill(facts, ...factsOf(state));
   };
   const element = panel(
     "time",
     "Over the log",
-    "Line: programmed; dashes: what each frame's light asks for. Shading: flash, scene, capture. Dotted: a change of light; bar below: clipped gain or flicker. Click to choose a frame.",
+    "Line: programmed; dashes: what each frame's light asks for. Shading: flash, scene, capture. Dotted: a change of light; triangle: largest step, overshoot; bar below: clipped gain or flicker. Click to choose a frame.",
     h("div", { class: "row" }, input, button("Add field", add), known),
     facts,
     list,
@@ -145,6 +163,21 @@ function names(state: State): string[] {
     ...(log ? frameColumns : []),
     ...(a.info.hasColor ? a.info.colorNames : []),
   ];
+}
+
+/** The summary's numbers of a field. */
+function motionOf(state: State, field: string): string {
+  return (["a", "b"] as const)
+    .map((name) => {
+      const motion = (state[name]?.summary as Summary | null | undefined)?.fields[field];
+      if (!motion) return "";
+      const parts = [];
+      if (motion.largest_step > 0) parts.push(`largest step ${motion.largest_step} at ${motion.step_frame}`);
+      if (motion.overshoot > 0) parts.push(`overshoot ${motion.overshoot} after ${motion.overshoot_frame}`);
+      if (motion.sign_changes_per_second > 0) parts.push(`${motion.sign_changes_per_second.toFixed(2)} turns a second`);
+      return parts.length > 0 ? ` · ${name.toUpperCase()}: ${parts.join(", ")}` : "";
+    })
+    .join("");
 }
 
 const placeOf = (state: State): number | null => (state.follow === "log" ? state.frame + 1 : null);
