@@ -25,11 +25,21 @@ if [ "${1:-}" = --unpack ]; then
     exit 0
 fi
 
-missing=()
-for package in "$@"; do
-    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
-done
-[ ${#missing[@]} -eq 0 ] && exit 0
+find_missing() {
+    local package
+    missing=()
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ]
+}
+find_missing "$@" || exit 0
+# One at a time: another may be installing the same.
+mkdir -p "$(dirname "$0")/../build"
+exec 9>"$(dirname "$0")/../build/setup.lock"
+flock 9
+find_missing "$@" || exit 0
 echo "installing: ${missing[*]}" >&2
 update_lists "${missing[@]}"
 $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
