@@ -8,11 +8,19 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 1 << 20;
+constexpr std::size_t kSmallBuffer = LineReader::kLongestLine + 4096;
+constexpr std::size_t kLargeBuffer = 1 << 20;
+
+/// Short texts need no large one.
+std::size_t buffer_size(std::uint64_t text_size) {
+    if (text_size == 0) return kLargeBuffer;
+    return static_cast<std::size_t>(
+        std::clamp<std::uint64_t>(text_size, kSmallBuffer, kLargeBuffer));
+}
 
 }  // namespace
 
-LineReader::LineReader(ByteSource& source) : source_(source), buffer_(kBufferSize) {}
+LineReader::LineReader(ByteSource& source) : source_(source), buffer_(buffer_size(source.size())) {}
 
 /// Reads on behind what is in the buffer; false at the end.
 bool LineReader::fill() {
