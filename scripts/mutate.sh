@@ -11,7 +11,7 @@ pattern=${1:-*} tree=build/mutate/tree
 
 rm -rf "$tree"
 mkdir -p "$tree"
-git ls-files -z | xargs -0 cp -p --parents -t "$tree"
+git ls-files -z | xargs -0 cp --parents -t "$tree"
 cmake --preset debug -S "$tree" -B build/mutate/build -DIMGTUNE_BUILD_BENCH=OFF \
     -DCMAKE_CXX_FLAGS=-Wno-error >/dev/null
 build() { cmake --build build/mutate/build >build/mutate/build.txt 2>&1; }

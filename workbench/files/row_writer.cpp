@@ -1,7 +1,6 @@
 #include "workbench/files/row_writer.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace imgtune::workbench {
 
@@ -54,8 +53,7 @@ void RowWriter::put(Batch& batch) {
         const Row& row = batch.rows[i];
         block_.resize(std::max(block_.size(), used_ + text_.room() + row.more.size() + 1));
         char* at = text_.put(block_.data() + used_, row.number, row.values, row.registers);
-        std::memcpy(at, row.more.data(), row.more.size());
-        at += row.more.size();
+        at = std::copy(row.more.begin(), row.more.end(), at);
         *at++ = '\n';
         used_ = static_cast<std::size_t>(at - block_.data());
         if (used_ < kBlockSize) continue;
