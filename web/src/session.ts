@@ -178,13 +178,13 @@ export class Session {
         frame: Math.min(state.frame, log.count - 1),
         follow: "log",
       });
-      for (const name of sideNames) {
-        const side = this.store.state[name];
+      for (const engine of sideNames.map((name) => this.engines[name])) {
+        const name = this.sideOf(engine);
+        const side = name && this.store.state[name];
         if (!side) continue;
-        const engine = this.engines[name];
         const ran = await this.runLog(engine, side.info).catch(unlessClosed);
         if (ran === null) return true;
-        if (ran && engine === this.engines[name]) this.store.setSide(name, ran);
+        if (ran) this.give(engine, ran);
       }
       for (const name of sideNames) await this.complete(name);
       return true;
@@ -250,8 +250,17 @@ export class Session {
     const side = this.store.state[name];
     if (!side?.info.hasCcm || side.columns.size === 0 || side.errors) return;
     const engine = this.engines[name];
-    const errors = await engine.patchErrors(mostErrorFrames);
-    if (engine === this.engines[name]) this.store.setSide(name, { errors });
+    this.give(engine, { errors: await engine.patchErrors(mostErrorFrames) });
+  }
+
+  /** Where an engine's tuning stands now: another may have replaced it, or both have been swapped. */
+  private sideOf(engine: Engine): SideName | undefined {
+    return sideNames.find((name) => this.engines[name] === engine);
+  }
+
+  private give(engine: Engine, change: Partial<Side>): void {
+    const name = this.sideOf(engine);
+    if (name) this.store.setSide(name, change);
   }
 
   private async fetchColumns(name: SideName): Promise<void> {
@@ -263,11 +272,11 @@ export class Session {
       const wanted = this.fieldsOf(side.info).filter((field) => !known.has(key + field));
       if (wanted.length === 0) continue;
       const values = await engine.columns(wanted, kind);
-      const now = this.store.state[name];
-      if (engine !== this.engines[name] || !now) return;
-      const columns = new Map(now.columns);
+      const now = this.sideOf(engine);
+      const columns = new Map(now && this.store.state[now]?.columns);
       wanted.forEach((field, i) => columns.set(key + field, values[i]!));
-      this.store.setSide(name, { columns });
+      this.give(engine, { columns });
+      if (now !== name) return;
     }
   }
 
@@ -285,9 +294,7 @@ export class Session {
       if (!at) continue;
       const engine = this.engines[name];
       // Registers first, which every move of a slider shows; the rest when it is there.
-      const give = (selected: Selected): void => {
-        if (engine === this.engines[name]) this.store.setSide(name, { selected });
-      };
+      const give = (selected: Selected): void => this.give(engine, { selected });
       const told = { explanation: side.selected?.explanation ?? null, patches: side.selected?.patches ?? null };
       give(await this.select(engine, side.info, at, (registers) => give({ ...registers, ...told })));
     }

@@ -50,6 +50,11 @@ const idle = () => until(() => document.querySelector(".busy > div").hidden);
 const start = (hash = "") => openPage(pathToFileURL(PAGE) + hash);
 const coefficients = (side = "a") =>
   page.$$eval(`[data-coefficient^="${side}"]`, (cells) => cells.map((cell) => Number(cell.textContent)));
+const shows = (side, nine) =>
+  until(
+    ([prefix, wanted]) => String(Array.from(document.querySelectorAll(`[data-coefficient^="${prefix}"]`), (cell) => Number(cell.textContent))) === wanted,
+    [side, String(nine)],
+  );
 const choose = (label, value) => page.getByLabel(label, { exact: true }).selectOption(value);
 const upload = (files) => page.getByLabel("Open tuning A or log").last().setInputFiles(files);
 const longLog = (frames) => {
@@ -105,15 +110,15 @@ test("a dragged gain gives the command line's matrix", async () => {
   await page.mouse.down();
   await page.mouse.move(box.x + 160, box.y + 140, { steps: 4 });
   await page.mouse.up();
+  await page.evaluate(() => new Promise((drawn) => requestAnimationFrame(() => setTimeout(drawn))));
   const [red, green, blue] = (await page.locator("#gains").textContent()).match(/\d+/g).map(Number);
   const told = JSON.parse(
     tool("explain", join(EXAMPLES, "imx477-polynomial.yaml"), "--lv", "80", "--cct", "5000", "--gain", `${red},${green},${blue}`, "--json"),
   );
-  await until((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(told.ccm.written[0]));
-  assert.deepEqual(await coefficients(), told.ccm.written);
+  await shows("a", told.ccm.written);
   await canvas.focus();
   await page.keyboard.press("ArrowLeft");
-  assert.match(await page.locator("#gains").textContent(), new RegExp(`AWB gain ${red - 4},`));
+  await until((text) => document.querySelector("#gains").textContent.startsWith(text), `AWB gain ${red - 4},`);
   await done();
 });
 
@@ -130,8 +135,7 @@ test("an edited field is judged at its line, and what cannot be read changes not
   await page.evaluate((text) => window.imgtune.session.edit(text), source);
   await until(() => document.querySelectorAll("#tuning .findings li").length === 0);
   await idle();
-  await until((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(before[0]));
-  assert.deepEqual(await coefficients(), before);
+  await shows("a", before);
   await done();
 });
 
@@ -230,15 +234,17 @@ test("a second tuning stands beside the first in every panel", async () => {
   const b = await coefficients("b");
   assert.notDeepEqual(a, b);
   await choose("panels show", "difference");
-  assert.deepEqual(await coefficients("b"), b.map((value, i) => value - a[i]));
+  await shows("b", b.map((value, i) => value - a[i]));
   const fields = JSON.parse(execFileSync("/bin/sh", ["-c", '"$0" diff "$1" "$2" --json; true', IMGTUNE, join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx708-blend.yaml")]).toString());
   const first = await page.locator("#compare tbody th").first().textContent();
   assert.ok(JSON.stringify(fields).includes(JSON.stringify(first)));
   await page.getByRole("button", { name: "Swap A and B" }).click();
-  await until((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(b[0]));
-  assert.deepEqual(await coefficients("a"), b);
+  await shows("a", b);
   await until((text) => window.imgtune.store.state.a.text === text, readFileSync(join(EXAMPLES, "imx708-blend.yaml"), "utf8"));
   assert.match(await page.locator("#tuning .cm-line").first().textContent(), /IMX708/);
+  await choose("Sample log", "imx708-walk.csv");
+  await page.evaluate(() => window.imgtune.session.swap()); // while it loads and runs
+  await until(() => ["a", "b"].every((name) => window.imgtune.store.state[name].columns.size > 3 && window.imgtune.store.state[name].errors));
   await page.getByRole("button", { name: "Drop B" }).click();
   assert.ok(!(await page.locator("#compare").isVisible()));
   await done();
@@ -257,10 +263,7 @@ test("scrubbing across the flash shows each frame's registers, and the address k
   const frame = rows.findIndex((row, i) => i > 0 && row[flash] !== "0");
   for (let step = 0; step < 3; ++step) {
     const wanted = rows[frame + step].slice(c0, c0 + 9).map(Number);
-    await until(
-      (nine) => JSON.stringify(Array.from(document.querySelectorAll('[data-coefficient^="a"]'), (cell) => Number(cell.textContent))) === nine,
-      JSON.stringify(wanted),
-    );
+    await shows("a", wanted);
     if (step < 2) await page.getByRole("button", { name: "Frame after" }).click();
   }
   await until((n) => location.hash.includes(`frame=${n}`), frame + 2);
@@ -278,8 +281,7 @@ test("a long replay shows its progress and can be cancelled", async () => {
   const told = JSON.parse(
     tool("explain", join(EXAMPLES, "imx477-polynomial.yaml"), "--lv", "60", "--cct", cct, "--gain", gain.replaceAll(" ", ""), "--json"),
   );
-  await until((first) => document.querySelector('[data-coefficient="a0"]')?.textContent === first, String(told.ccm.written[0]));
-  assert.deepEqual(await coefficients(), told.ccm.written);
+  await shows("a", told.ccm.written);
   await page.getByRole("button", { name: "Next flash" }).click();
   await page.waitForTimeout(300);
   assert.equal(await page.locator(".faults strong").count(), 0);
