@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -15,13 +14,13 @@
 #include <vector>
 
 #include "ccm/codec.h"
-#include "workbench/calibration/color_difference.h"
+#include "wasm/answers.h"
+#include "wasm/run.h"
 #include "workbench/calibration/patches.h"
 #include "workbench/camera/camera.h"
 #include "workbench/camera/locus.h"
 #include "workbench/camera/register_values.h"
 #include "workbench/frames/frame_check.h"
-#include "workbench/frames/frame_log.h"
 #include "workbench/json/diff.h"
 #include "workbench/json/explanation.h"
 #include "workbench/json/findings.h"
@@ -34,138 +33,9 @@
 #include "workbench/tuning/check.h"
 #include "workbench/tuning/faults.h"
 #include "workbench/tuning/fields.h"
-#include "workbench/tuning/images.h"
-#include "workbench/tuning/yaml_io.h"
 
+namespace imgtune::workbench::page {
 namespace {
-
-using imgtune::CoefficientCodec;
-using namespace imgtune::workbench;
-using Json = nlohmann::ordered_json;
-
-constexpr std::size_t kFramesBetweenStates = 256;
-
-/// A command's answer: JSON, and arrays beside it.
-struct Answer {
-    Json json = Json::object();
-    std::vector<std::string> blobs;
-
-    template <class Value>
-    void add(const std::vector<Value>& values) {
-        blobs.emplace_back(reinterpret_cast<const char*>(values.data()),
-                           values.size() * sizeof(Value));
-    }
-};
-
-/// A file that cannot be used: its findings.
-class Refused : public std::exception {
-  public:
-    explicit Refused(Faults found) : faults(std::move(found)) {}
-    Faults faults;
-};
-
-Jobs jobs_of(const Tuning& tuning) {
-    return {tuning.has_ccm, tuning.has_color};
-}
-
-Frame frame_of(const Json& values) {
-    return to_frame(values.get<FrameValues>());
-}
-
-std::vector<std::int32_t> words(const std::vector<std::int64_t>& values) {
-    std::vector<std::int32_t> out;
-    out.reserve(values.size());
-    for (const std::int64_t value : values) out.push_back(static_cast<std::int32_t>(value));
-    return out;
-}
-
-RealMatrix real_matrix(const std::vector<std::int64_t>& coefficients, double unity) {
-    RealMatrix matrix{};
-    for (std::size_t k = 0; k < 9; ++k) {
-        matrix[k] = static_cast<double>(coefficients[k]) / unity;
-    }
-    return matrix;
-}
-
-/// The files of a tuning, one behind the other in `bytes`: a YAML text, or stored images.
-Tuning read_tuning(const Json& files, std::string_view bytes, Faults& faults) {
-    const auto names = stored_image_names();
-    std::vector<StoredImage> images;
-    for (const Json& file : files) {
-        const std::string name = file.at("name");
-        const auto size = file.at("size").get<std::size_t>();
-        const std::string text(bytes.substr(0, size));
-        bytes.remove_prefix(size);
-        if (std::find(names.begin(), names.end(), name) == names.end()) {
-            return read_yaml(text, name, faults);
-        }
-        images.push_back({name, text});
-    }
-    return from_images(images, "stored images", faults);
-}
-
-Json lab_json(const Lab& lab) {
-    return Json::array({lab.lightness, lab.a, lab.b});
-}
-
-/// A coefficient or a field of the colour engine.
-struct Field {
-    std::string name;
-    std::optional<std::size_t> coefficient = {};
-    const ColorField* color = nullptr;
-};
-
-/// Fields over frames.
-struct Columns {
-    std::vector<Field> fields;
-    std::vector<std::vector<std::int32_t>> values = {};
-
-    /// The registers of the next frame.
-    void add(const Camera& camera) {
-        values.resize(fields.size());
-        const auto matrix = decode(camera.ccm(), camera.tuning().caller);
-        for (std::size_t i = 0; i < fields.size(); ++i) {
-            const Field& field = fields[i];
-            values[i].push_back(field.coefficient
-                                    ? matrix[*field.coefficient]
-                                    : static_cast<std::int32_t>(field.color->read(camera.color())));
-        }
-    }
-
-    void append(Columns other) {
-        other.values.resize(other.fields.size());
-        for (std::size_t i = 0; i < other.fields.size(); ++i) {
-            fields.push_back(std::move(other.fields[i]));
-            values.push_back(std::move(other.values[i]));
-        }
-    }
-
-    const std::vector<std::int32_t>* find(const std::string& name) const {
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            if (fields[i].name == name) return &values[i];
-        }
-        return nullptr;
-    }
-};
-
-/// A log's frames, one after the other.
-struct Run {
-    Run(const Camera& start, std::vector<Field> fields)
-        : camera(start), summary(start, SummaryOptions{}), columns{std::move(fields)} {}
-
-    void add(const Frame& frame) {
-        if (frames % kFramesBetweenStates == 0) states.push_back(camera.state());
-        camera.run(frame);
-        summary.add(++frames, frame, camera);
-        columns.add(camera);
-    }
-
-    Camera camera;
-    Summary summary;
-    Columns columns;
-    std::vector<CameraState> states;
-    std::size_t frames = 0;
-};
 
 class Engine {
   public:
@@ -596,3 +466,5 @@ std::size_t engine_blob_size(std::size_t i) {
     return answer.blobs[i].size();
 }
 }
+
+}  // namespace imgtune::workbench::page
