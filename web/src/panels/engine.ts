@@ -48,7 +48,11 @@ export const enginePanel: MakePanel = (session) => {
     const run = (read: Reader, name: string, n: number): number[] => index(n).map((i) => read(`${name}[${i}]`));
     const lower = tabled(told, "lower");
     const upper = tabled(told, "upper");
-    const lines = (make: (read: Reader) => number[]): Line[] => [
+    const versus = state.show === "difference" ? other : null;
+    const minus = (b: number[], a: number[]): number[] => b.map((value, i) => value - a[i]!);
+    const lines = (make: (read: Reader) => number[]): Line[] =>
+      versus ? [{ label: "B − A", values: minus(make(versus), make(current)), color: "ink", dots: true }] : overlaid(make);
+    const overlaid = (make: (read: Reader) => number[]): Line[] => [
       { label: "lower CT", values: make(lower), color: "quiet", dash: dots },
       { label: "upper CT", values: make(upper), color: "quiet", dash: dots },
       { label: "target", values: make(target), color: "target" },
@@ -56,15 +60,21 @@ export const enginePanel: MakePanel = (session) => {
       { label: "A", values: make(current), color: "a", dots: true },
       ...(other ? [{ label: "B", values: make(other), color: "b" } as const] : []),
     ];
-    luma.draw(index(16), lines((read) => run(read, "Luma.PY", 16)), "Luma.PY: entries of the luma curve, 0..255");
+    luma.draw(index(16), lines((read) => run(read, "Luma.PY", 16)), versus ? "Luma.PY: B − A at each entry" : "Luma.PY: entries of the luma curve, 0..255");
     const ring = (read: Reader | null): number[] | null => read && run(read, "Hue.PH", 20);
-    drawHue(hue, run(current, "Hue.PH", 20), [
-      { name: "lower CT", values: ring(lower), color: "quiet", dash: dots },
-      { name: "upper CT", values: ring(upper), color: "quiet", dash: dots },
-      { name: "previous", values: ring(before), color: "quiet", dash: [] },
-      { name: "target", values: ring(target), color: "target", dash: [4, 3] },
-      { name: "B", values: ring(other), color: "b", dash: [] },
-    ]);
+    const own = run(current, "Hue.PH", 20);
+    const shift = versus ? minus(run(versus, "Hue.PH", 20), own).map((value) => 128 + value) : null;
+    if (shift) {
+      drawHue(hue, "128 + B − A", shift, []);
+    } else {
+      drawHue(hue, "A", own, [
+        { name: "lower CT", values: ring(lower), color: "quiet", dash: dots },
+        { name: "upper CT", values: ring(upper), color: "quiet", dash: dots },
+        { name: "previous", values: ring(before), color: "quiet", dash: [] },
+        { name: "target", values: ring(target), color: "target", dash: [4, 3] },
+        { name: "B", values: ring(other), color: "b", dash: [] },
+      ]);
+    }
     const k = state.curve;
     const knots = (read: Reader): [number, number] => [read(`Saturation.SP1[${k}]`), read(`Saturation.SP2[${k}]`)];
     const level = (read: Reader): number[] => {
@@ -74,8 +84,13 @@ export const enginePanel: MakePanel = (session) => {
       return [0, l1, l2, l2 + read(`Saturation.SG3[${k}]`) * lastSegment];
     };
     const [p1, p2] = knots(current);
-    saturation.draw([0, p1, p2, p2 + lastSegment], lines(level), `Saturation, curve ${k}: knots SP1 ${p1}, SP2 ${p2}; level = gain × knot`);
-    drawGains(gains, ["SGY0", "SGY64", "SGY128", "SGY192", "SGY256"].map((name) => rowOf(told, name)));
+    saturation.draw([0, p1, p2, p2 + lastSegment], lines(level), `Saturation, curve ${k}: knots SP1 ${p1}, SP2 ${p2}; level = gain × knot${versus ? "; B − A knot by knot" : ""}`);
+    const toldB = versus ? colorOf(state.b?.selected) : undefined;
+    const rows = ["SGY0", "SGY64", "SGY128", "SGY192", "SGY256"].map((name) => {
+      const written = rowOf(told, name).written ?? [];
+      return { written: toldB ? minus(rowOf(toldB, name).written ?? [], written) : written };
+    });
+    drawGains(gains, toldB ? ", B − A" : "", rows);
     bracket.textContent = bracketText(told);
     fill(
       tables,
@@ -96,8 +111,8 @@ export const enginePanel: MakePanel = (session) => {
     tables,
   );
   const again = whenDue(element, () => show(store.state));
-  store.watch(["a", "b", "curve"], (state, before) => {
-    if (state.curve !== before.curve || state.a?.selected !== before.a?.selected || state.b?.selected !== before.b?.selected) again();
+  store.watch(["a", "b", "curve", "show"], (state, before) => {
+    if (state.curve !== before.curve || state.show !== before.show || state.a?.selected !== before.a?.selected || state.b?.selected !== before.b?.selected) again();
   });
   return { element };
 };
@@ -144,9 +159,9 @@ interface Ring {
   dash: number[];
 }
 
-function drawHue(picture: Picture, now: number[], others: Ring[]): void {
+function drawHue(picture: Picture, name: string, now: number[], others: Ring[]): void {
   picture.draw(
-    "Hue.PH: entries around the ring, 128 on the circle",
+    `Hue.PH${name === "A" ? "" : ", " + name}: entries around the ring, 128 on the circle`,
     (g, w, hgt, c) => {
       const x = w / 2;
       const y = hgt / 2;
@@ -182,17 +197,17 @@ function drawHue(picture: Picture, now: number[], others: Ring[]): void {
     () => {
       const rings = others.filter(({ values }) => values !== null);
       return [
-        ["entry", "A", ...rings.map(({ name }) => name)].join(","),
+        ["entry", name, ...rings.map(({ name }) => name)].join(","),
         ...now.map((v, i) => [i, v, ...rings.map(({ values }) => values![i]).map((each) => (Number.isFinite(each) ? each : ""))].join(",")),
       ];
     },
   );
 }
 
-function drawGains(picture: Picture, rows: Row[]): void {
+function drawGains(picture: Picture, note: string, rows: Row[]): void {
   const levels = [0, 64, 128, 192, 256];
   picture.draw(
-    "Saturation gain by luma (down) and hue (across): pale is less, dark is more",
+    `Saturation gain by luma (down) and hue (across)${note}: pale is less, dark is more`,
     (g, w, hgt, c: Colors) => {
       const box = { left: 44, top: 8, right: w - 10, bottom: hgt - 22 };
       const s = axes(g, c, box, { x: [-0.5, curves - 0.5], y: [-0.5, 4.5] }, { x: "", y: "" });
