@@ -170,7 +170,10 @@ class Engine {
     }
 
     Answer values(const Json& arguments, std::string_view) {
-        return answer_values(camera_after(arguments.at("frame").get<std::size_t>()).registers());
+        const auto number = arguments.at("frame").get<std::size_t>();
+        Camera camera = camera_before(number);
+        camera.run(frames_.at(number));
+        return answer_values(camera.registers());
     }
 
     Answer summary(const Json&, std::string_view) {
@@ -276,7 +279,9 @@ class Engine {
             const auto number = arguments.at("frame").get<std::size_t>();
             camera = camera_before(number);
             frame = frames_.at(number);
-            actual = camera_after(number).registers();
+            Camera after = camera;
+            after.run(frame);
+            actual = after.registers();
         } else {
             frame = frame_of(arguments.at("light"));
             camera.run(frame);
@@ -390,12 +395,6 @@ class Engine {
         const std::size_t kept = frame / kFramesBetweenStates;
         camera.set_state(states_.at(kept));
         for (std::size_t i = kept * kFramesBetweenStates; i < frame; ++i) camera.run(frames_[i]);
-        return camera;
-    }
-
-    Camera camera_after(std::size_t frame) const {
-        Camera camera = camera_before(frame);
-        camera.run(frames_.at(frame));
         return camera;
     }
 

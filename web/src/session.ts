@@ -1,19 +1,20 @@
 // What the page does: loads, runs, and fetches what the panels show. Late answers are dropped.
-import { EngineClosed, EngineError, type At, type Frame, type NamedBytes, type TuningInfo } from "./engine/api";
+import { EngineClosed, EngineError, type At, type Frame, type FrameLog, type NamedBytes, type TuningInfo } from "./engine/api";
 import { Engine } from "./engine/engine";
 import { frameOf, fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
 
 const mostErrorFrames = 400;
 const addressPause = 200; // ms without a change
 const gridCts = Array.from({ length: 43 }, (_, i) => 2300 + 100 * i);
+const gridLvs = Array.from({ length: 31 }, (_, i) => 5 * i);
 const sideNames = ["a", "b"] as const;
 const notRun: Pick<Side, "columns" | "summary"> = { columns: new Map(), summary: null };
 type Programmed = Pick<Selected, "now" | "target" | "before" | "rest">;
+
 /** A closed engine was replaced by one that does the same. */
 const unlessClosed = (error: unknown): void => {
   if (!(error instanceof EngineClosed)) throw error;
 };
-const gridLvs = Array.from({ length: 31 }, (_, i) => 5 * i);
 
 export class Session {
   private engines: Record<SideName, Engine>;
@@ -163,10 +164,7 @@ export class Session {
   async loadLog(file: NamedBytes): Promise<boolean> {
     this.loadingLog = true;
     try {
-      const log = await this.engines.a.loadFrames(file.name, file.bytes);
-      if (log.count === 0) throw new EngineError(`${file.name}: the log has no frames`);
-      this.logFile = file;
-      if (this.store.state.b) await this.engines.b.loadFrames(file.name, file.bytes);
+      const log = await this.readLog(file);
       this.loadingLog = false;
       const state = this.store.state;
       const none = { ...notRun, errors: null, selected: null };
@@ -194,6 +192,21 @@ export class Session {
       return false;
     } finally {
       this.loadingLog = false;
+    }
+  }
+
+  /** In the engine of every tuning there is, also of one that comes or is swapped meanwhile. */
+  private async readLog(file: NamedBytes): Promise<FrameLog> {
+    const read = new Set<Engine>();
+    let log: FrameLog | null = null;
+    for (;;) {
+      const used = this.store.state.b ? sideNames : (["a"] as const);
+      const engine = used.map((name) => this.engines[name]).find((each) => !read.has(each));
+      if (!engine) return log!;
+      log = (await engine.loadFrames(file.name, file.bytes).catch(unlessClosed)) ?? log;
+      if (log?.count === 0) throw new EngineError(`${file.name}: the log has no frames`);
+      if (log) this.logFile = file;
+      read.add(engine);
     }
   }
 

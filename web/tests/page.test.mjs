@@ -244,7 +244,15 @@ test("a second tuning stands beside the first in every panel", async () => {
   assert.match(await page.locator("#tuning .cm-line").first().textContent(), /IMX708/);
   await choose("Sample log", "imx708-walk.csv");
   await page.evaluate(() => window.imgtune.session.swap()); // while it loads and runs
-  await until(() => ["a", "b"].every((name) => window.imgtune.store.state[name].columns.size > 3 && window.imgtune.store.state[name].errors));
+  await until(() => {
+    const { a, b, log } = window.imgtune.store.state;
+    return log.name === "imx708-walk.csv" && [a, b].every((side) => side.columns.get("target c0")?.length === log.count && side.errors);
+  });
+  for (const [side, name] of [["a", "imx477-polynomial.yaml"], ["b", "imx708-blend.yaml"]]) {
+    const rows = tool("replay", join(EXAMPLES, name), join(EXAMPLES, "imx708-walk.csv"), "--fields", "c0").trim().split("\n").slice(1);
+    const got = await page.evaluate((which) => Array.from(window.imgtune.store.state[which].columns.get("c0")), side);
+    assert.deepEqual(got, rows.map((row) => Number(row.split(",")[1])));
+  }
   await page.getByRole("button", { name: "Drop B" }).click();
   assert.ok(!(await page.locator("#compare").isVisible()));
   await done();
