@@ -242,8 +242,11 @@ test("a second tuning stands beside the first in every panel", async () => {
   await shows("a", b);
   await until((text) => window.imgtune.store.state.a.text === text, readFileSync(join(EXAMPLES, "imx708-blend.yaml"), "utf8"));
   assert.match(await page.locator("#tuning .cm-line").first().textContent(), /IMX708/);
-  await choose("Sample log", "imx708-walk.csv");
-  await page.evaluate(() => window.imgtune.session.swap()); // while it loads and runs
+  await page.evaluate((text) => {
+    const { session } = window.imgtune;
+    void session.loadLog({ name: "imx708-walk.csv", bytes: new TextEncoder().encode(text) });
+    session.swap(); // while it loads
+  }, readFileSync(join(EXAMPLES, "imx708-walk.csv"), "utf8"));
   await until(() => {
     const { a, b, log } = window.imgtune.store.state;
     return log.name === "imx708-walk.csv" && [a, b].every((side) => side.columns.get("target c0")?.length === log.count && side.errors);
