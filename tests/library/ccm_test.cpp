@@ -168,7 +168,7 @@ TEST_F(Ccm, CtPositionIsTheNearestTunedCtWithinItsLimits) {
     EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 1), 1);    // nearest 0 moves inside
     EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 159), 3);  // nearest N - 1 moves inside
     EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 81), 2);
-    EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 67), 1);  // 13 is not closer than 27 - 15
+    EXPECT_EQ(position_of({0, 40, 81, 120, 160}, 68), 1);  // 13 is not closer than 28 - 15
     EXPECT_EQ(position_of({0, 40, 80, 120, 160}, 68), 2);  // 12 is closer than 28 - 15
     EXPECT_EQ(position_of({-120, 0, 30, 50, 300}, 1), 1);  // 121 is too far, 1 is near
     EXPECT_EQ(position_of({0, 10, 12, 14, 300}, 16), 1);   // nearest 0, coarse 4: one step

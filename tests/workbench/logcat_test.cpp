@@ -49,7 +49,7 @@ constexpr const char* kWalk[] = {
 /// What the phone traces of each frame.
 std::vector<Lines> traces_of(const Tuning& tuning, const std::vector<Frame>& frames) {
     TraceCapture capture(trace_switches(false));
-    Camera camera(tuning, {});
+    Camera camera(tuning, {tuning.has_ccm, tuning.has_color});
     std::vector<Lines> traces;
     for (const Frame& frame : frames) {
         capture.lines().clear();
@@ -195,8 +195,12 @@ TEST(PhoneLog, StateFromBeforeTheLogIsTakenFromIt) {
     for (int i = 0; i < 3; ++i) frames.push_back(frames[0]);
     std::vector<Lines> traces = traces_of(tuning, frames);
 
-    std::vector<Lines> late(traces.begin() + 2, traces.end());
-    EXPECT_FALSE(verify(tuning, log_of(late, kThreadtime)).first);
+    for (int start : {1, 2}) {  // with either entry of the ring as the next
+        const Verification late =
+            verify(tuning, log_of({traces.begin() + start, traces.end()}, kThreadtime));
+        EXPECT_FALSE(late.first) << start << ' ' << late.first->value;
+        EXPECT_EQ(late.state_taken, 0U);
+    }
 
     std::vector<Lines> without_one = traces;
     without_one.erase(without_one.begin() + 5);
@@ -217,6 +221,13 @@ TEST(PhoneLog, StateFromBeforeTheLogIsTakenFromIt) {
     traces.insert(traces.end(), traces.begin(), traces.end());
     const Verification restarted = verify(tuning, log_of(traces, kThreadtime));
     EXPECT_FALSE(restarted.first) << restarted.first->value;
+}
+
+TEST(PhoneLog, CallsOfOneJobAloneAreFramesEach) {
+    Tuning tuning = tuning_with_outdoor_images();
+    tuning.has_color = false;
+    const std::vector<Frame> still(3, walk()[0]);
+    EXPECT_EQ(verify(tuning, log_of(traces_of(tuning, still), kThreadtime)).frames, 3U);
 }
 
 TEST(PhoneLog, LostAndCutLinesAreCountedAndNoDifference) {

@@ -99,6 +99,8 @@ TEST(Check, EachFaultHasItsCodeAndPlace) {
         {"color.images.flash.2.Luma.PY[5]=70", "T216", "color.images.flash.2.Luma.PY[5]"},
         {"color.images.flash.2.Hue.PH[0]=152", "", ""},
         {"color.images.flash.2.Hue.PH[0]=153", "T217", "color.images.flash.2.Hue.PH[0]"},
+        {"color.images.flash.2.Hue.PH[0]=104", "", ""},
+        {"color.images.flash.2.Hue.PH[0]=103", "T217", "color.images.flash.2.Hue.PH[0]"},
         {"caller.frac_bits=8", "T115", "caller.frac_bits"},
         {"color.tuning.normal.u4OutdoorLV_End=100", "T215",
          "color.tuning.normal.u4OutdoorLV_Start"},
