@@ -19,16 +19,19 @@ x86_64() {
     valgrind --tool=callgrind --callgrind-out-file=/dev/null build/count/bench/run_scene "$1" "$2" \
         2>&1 | awk '/Collected/ { print $NF }'
 }
-aarch64() {  # a line of the log is a block that is entered
-    qemu-aarch64 -singlestep -d exec,nochain -D /dev/stdout \
-        build/count-aarch64/bench/run_scene "$1" "$2" | grep -c '^Trace'
-}
 count() {  # the start-up is in both runs and falls out
-    echo "$1 $(( ($(x86_64 "$1" 1100) - $(x86_64 "$1" 100)) / 1000 ))" \
-        "$(( ($(aarch64 "$1" 60) - $(aarch64 "$1" 10)) / 50 ))"
+    echo "$1 $(( ($(x86_64 "$1" 1100) - $(x86_64 "$1" 100)) / 1000 ))"
 }
-export -f count x86_64 aarch64
-counts=$(build/count/bench/run_scene | xargs -P "$(nproc)" -I{} bash -c 'count {}' | sort)
+export -f count x86_64
+scenes=$(build/count/bench/run_scene)
+on_x86_64=$(xargs -P "$(nproc)" -I{} bash -c 'count {}' <<<"$scenes")
+# A line of the log is a block that is entered, with the function's name last.
+on_aarch64=$(qemu-aarch64 -singlestep -d exec,nochain -D /dev/stdout \
+    build/count-aarch64/bench/run_scene --all | awk '
+    $NF == "counting_begins" { n = 0 }
+    $NF == "counting_ends" { print int(n / 50); n = 0 }
+    /^Trace/ { ++n }' | paste -d' ' <(cat <<<"$scenes") -)
+counts=$(join <(sort <<<"$on_x86_64") <(sort <<<"$on_aarch64"))
 
 if [ "${1:-}" = --renew ]; then
     printf '%s\n' "$counts" >bench/instructions.txt
