@@ -1,0 +1,80 @@
+#ifndef IMGTUNE_WASM_ENGINE_H
+#define IMGTUNE_WASM_ENGINE_H
+
+#include <array>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "wasm/answers.h"
+#include "wasm/run.h"
+#include "workbench/calibration/color_difference.h"
+#include "workbench/camera/camera.h"
+
+namespace imgtune::workbench::page {
+
+/// What the page calls of library and workbench: commands as JSON with bytes beside it, answers
+/// likewise. Keeps a tuning, a log and its last run; computes nothing.
+class Engine {
+  public:
+    Answer run(const std::string& command, const Json& arguments, std::string_view bytes);
+
+  private:
+    using Method = Answer (Engine::*)(const Json& arguments, std::string_view bytes);
+    static const std::pair<const char*, Method> kCommands[];
+
+    // Tunings.
+    Answer load_tuning(const Json& arguments, std::string_view bytes);
+    Answer save_tuning(const Json& arguments, std::string_view bytes);
+    Answer gain(const Json& arguments, std::string_view bytes);
+    /// The tuned points row by row.
+    Answer plane(const Json& arguments, std::string_view bytes);
+    Answer diff(const Json& arguments, std::string_view bytes);
+
+    // A log, frame by frame.
+    Answer load_frames(const Json& arguments, std::string_view bytes);
+    /// Frames begin..begin + count; a log's first chunk begins a new run, its last makes it the
+    /// one that others ask about. The run keeps the columns of these names.
+    Answer replay(const Json& arguments, std::string_view bytes);
+    /// Columns that the run did not keep take another pass over the log.
+    Answer columns(const Json& arguments, std::string_view bytes);
+    Answer targets(std::vector<Field> names);
+    Answer values(const Json& arguments, std::string_view bytes);
+    Answer summary(const Json& arguments, std::string_view bytes);
+    /// Mean and largest difference of the chart over the log, at `most` frames or fewer.
+    Answer patch_errors(const Json& arguments, std::string_view bytes);
+
+    // One light, or a frame of the log.
+    Answer explain(const Json& arguments, std::string_view bytes);
+    /// Target and rest of a light after power-on.
+    Answer light(const Json& arguments, std::string_view bytes);
+    Answer grid(const Json& arguments, std::string_view bytes);
+    /// The chart through the frame's matrix, against the matrix at rest in its light.
+    Answer patches(const Json& arguments, std::string_view bytes);
+
+    /// As after power-on.
+    const Camera& camera() const;
+    const Tuning& tuning() const;
+    void require_ccm() const;
+    void forget_runs();
+    std::vector<Field> fields(const Json& names) const;
+    RealMatrix matrix_of(const Registers& registers) const;
+    Answer answer_values(const Registers& registers) const;
+    /// As the frames before this one leave it.
+    Camera camera_before(std::size_t frame) const;
+
+    std::unique_ptr<Camera> camera_;  ///< as after power-on
+    std::array<std::vector<std::string>, 2> names_;
+    std::vector<Frame> frames_;
+    // Of the last whole run.
+    std::vector<CameraState> states_;  ///< before every kFramesBetweenStates-th frame
+    Columns columns_;
+    Json summary_;
+    std::unique_ptr<Run> running_;
+};
+
+}  // namespace imgtune::workbench::page
+
+#endif

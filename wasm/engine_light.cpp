@@ -1,0 +1,101 @@
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "wasm/engine.h"
+#include "workbench/calibration/patches.h"
+#include "workbench/camera/locus.h"
+#include "workbench/json/explanation.h"
+#include "workbench/studies/explanation.h"
+#include "workbench/studies/resting.h"
+#include "workbench/studies/sweep.h"
+
+namespace imgtune::workbench::page {
+
+Answer Engine::explain(const Json& arguments, std::string_view) {
+    Answer answer;
+    if (arguments.contains("frame")) {
+        const auto number = arguments.at("frame").get<std::size_t>();
+        Camera camera = camera_before(number);
+        answer.json = to_json(explain_frame(camera, frames_.at(number)));
+    } else {
+        Camera camera = this->camera();
+        answer.json = to_json(explain_at_rest(camera, frame_of(arguments.at("light"))));
+    }
+    return answer;
+}
+
+Answer Engine::light(const Json& arguments, std::string_view) {
+    const Frame frame = frame_of(arguments.at("light"));
+    Camera camera = this->camera();
+    const Registers target = target_registers(camera, frame);
+    const Rest rest = run_to_rest(camera, frame);
+    Answer answer = answer_values(target);
+    for (std::string& blob : answer_values(camera.registers()).blobs) {
+        answer.blobs.push_back(std::move(blob));
+    }
+    answer.json = {{"ccm", rest.ccm.frames},
+                   {"color", rest.color.frames},
+                   {"ccmStill", rest.ccm.still},
+                   {"colorStill", rest.color.still}};
+    return answer;
+}
+
+Answer Engine::grid(const Json& arguments, std::string_view) {
+    require_ccm();
+    SweepGrid grid;
+    grid.cct = arguments.at("cct").get<std::vector<std::uint32_t>>();
+    grid.lv = arguments.at("lv").get<std::vector<std::uint32_t>>();
+    grid.flash = arguments.value("flash", 0);
+    grid.scene = arguments.value("scene", 0);
+    const Sweep sweep = run_sweep(tuning(), {tuning().has_ccm, false}, grid, tuned_locus(tuning()));
+    std::array<std::vector<std::int32_t>, 9> columns;
+    for (const SweepPoint& point : sweep.points) {
+        const auto values = decode(point.registers.ccm, tuning().caller);
+        for (std::size_t k = 0; k < 9; ++k) columns[k].push_back(values[k]);
+    }
+    Answer answer;
+    for (const auto& column : columns) answer.add(column);
+    for (const SweepSlopes& slopes : slopes_of(sweep, tuning().caller)) {
+        std::vector<std::int32_t> sizes;
+        for (const Difference& point : slopes.points) {
+            sizes.push_back(static_cast<std::int32_t>(point.size));
+        }
+        answer.add(sizes);
+    }
+    return answer;
+}
+
+Answer Engine::patches(const Json& arguments, std::string_view) {
+    Registers actual;
+    require_ccm();
+    Camera camera = this->camera();
+    Frame frame;
+    if (arguments.contains("frame")) {
+        const auto number = arguments.at("frame").get<std::size_t>();
+        camera = camera_before(number);
+        frame = frames_.at(number);
+        Camera after = camera;
+        after.run(frame);
+        actual = after.registers();
+    } else {
+        frame = frame_of(arguments.at("light"));
+        camera.run(frame);
+        actual = camera.registers();
+    }
+    run_to_rest(camera, frame);
+    const ChartError error = chart_error(matrix_of(camera.registers()), matrix_of(actual));
+    Answer answer;
+    Json list = Json::array();
+    for (std::size_t i = 0; i < error.patches.size(); ++i) {
+        const auto& patch = error.patches[i];
+        list.push_back({{"name", chart_patches()[i].name},
+                        {"resting", lab_json(patch.reference)},
+                        {"frame", lab_json(patch.actual)},
+                        {"difference", patch.difference}});
+    }
+    answer.json = {{"patches", list}, {"mean", error.mean}, {"largest", error.largest}};
+    return answer;
+}
+
+}  // namespace imgtune::workbench::page

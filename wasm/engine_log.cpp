@@ -1,0 +1,129 @@
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "wasm/engine.h"
+#include "workbench/calibration/patches.h"
+#include "workbench/frames/frame_check.h"
+#include "workbench/json/findings.h"
+#include "workbench/json/summary.h"
+#include "workbench/studies/resting.h"
+
+namespace imgtune::workbench::page {
+
+Answer Engine::load_frames(const Json& arguments, std::string_view bytes) {
+    const std::string name = arguments.at("name");
+    Faults faults;
+    MemorySource first(bytes);
+    check_frames(name, first, faults);
+    if (faults.has_errors()) throw Refused(faults);
+    MemorySource source(bytes);
+    FrameLog log(name, source);
+    std::vector<Frame> frames;
+    std::array<std::vector<double>, kFrameColumns.size()> columns;
+    for (Frame frame; log.next(frame);) {
+        frames.push_back(frame);
+        for (std::size_t k = 0; k < columns.size(); ++k) {
+            columns[k].push_back(static_cast<double>(log.values()[k]));
+        }
+    }
+    frames_ = std::move(frames);
+    forget_runs();
+    Answer answer;
+    answer.json = to_json(faults);
+    answer.json["count"] = frames_.size();
+    for (auto& column : columns) answer.add(std::exchange(column, {}));
+    return answer;
+}
+
+Answer Engine::replay(const Json& arguments, std::string_view) {
+    const auto begin = arguments.at("begin").get<std::size_t>();
+    const auto count = arguments.at("count").get<std::size_t>();
+    if (begin == 0) running_ = std::make_unique<Run>(camera(), fields(arguments.at("names")));
+    if (!running_ || begin != running_->frames) throw BadInput("the run was given up");
+    const std::size_t end = std::min(frames_.size(), begin + count);
+    while (running_->frames < end) running_->add(frames_[running_->frames]);
+    if (end == frames_.size()) {
+        states_ = std::move(running_->states);
+        columns_ = std::move(running_->columns);
+        summary_ = to_json(running_->summary.finish());
+        running_.reset();
+    }
+    Answer answer;
+    answer.json["done"] = end;
+    return answer;
+}
+
+Answer Engine::columns(const Json& arguments, std::string_view) {
+    if (arguments.at("kind") == "target") return targets(fields(arguments.at("names")));
+    Columns missing;
+    for (const Field& field : fields(arguments.at("names"))) {
+        if (columns_.find(field.name) == nullptr) missing.fields.push_back(field);
+    }
+    if (!missing.fields.empty()) {
+        Camera camera = this->camera();
+        for (const Frame& frame : frames_) {
+            camera.run(frame);
+            missing.add(camera);
+        }
+        columns_.append(std::move(missing));
+    }
+    Answer answer;
+    for (const std::string& name : arguments.at("names")) answer.add(*columns_.find(name));
+    return answer;
+}
+
+Answer Engine::targets(std::vector<Field> names) {
+    Columns columns{std::move(names)};
+    Camera camera = this->camera();
+    for (const Frame& frame : frames_) {
+        aim(camera, frame);
+        columns.add(camera);
+    }
+    Answer answer;
+    for (const auto& column : columns.values) answer.add(column);
+    return answer;
+}
+
+Answer Engine::values(const Json& arguments, std::string_view) {
+    const auto number = arguments.at("frame").get<std::size_t>();
+    Camera camera = camera_before(number);
+    camera.run(frames_.at(number));
+    return answer_values(camera.registers());
+}
+
+Answer Engine::summary(const Json&, std::string_view) {
+    Answer answer;
+    answer.json = summary_;
+    return answer;
+}
+
+Answer Engine::patch_errors(const Json& arguments, std::string_view) {
+    require_ccm();
+    const auto most = std::max<std::size_t>(1, arguments.at("most").get<std::size_t>());
+    const std::size_t step = std::max<std::size_t>(1, (frames_.size() + most - 1) / most);
+    std::vector<double> number;
+    std::vector<double> mean;
+    std::vector<double> largest;
+    Camera camera = this->camera();
+    for (std::size_t i = 0; i < frames_.size(); ++i) {
+        camera.run(frames_[i]);
+        if (i % step != 0) continue;
+        Camera resting = camera;
+        run_to_rest(resting, frames_[i]);
+        const ChartError error =
+            chart_error(matrix_of(resting.registers()), matrix_of(camera.registers()));
+        number.push_back(static_cast<double>(i));
+        mean.push_back(error.mean);
+        largest.push_back(error.largest);
+    }
+    Answer answer;
+    answer.add(number);
+    answer.add(mean);
+    answer.add(largest);
+    return answer;
+}
+
+}  // namespace imgtune::workbench::page
