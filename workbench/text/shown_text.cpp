@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace imgtune::workbench {
@@ -41,6 +42,10 @@ bool is_control(std::uint32_t code) {
 }  // namespace
 
 std::string shown_text(std::string_view text, std::size_t longest) {
+    const auto plain = [](char c) { return c >= ' ' && c <= '~'; };
+    if (text.size() <= longest && std::all_of(text.begin(), text.end(), plain)) {
+        return std::string(text);
+    }
     std::string out;
     for (std::size_t at = 0; at < text.size();) {
         const Character next = first_character(text.substr(at));

@@ -129,8 +129,11 @@ std::string nearest_name(std::string_view name, const std::vector<std::string>& 
     std::size_t best_distance =
         std::max<std::size_t>(2, std::min<std::size_t>(name.size(), 20) / 3) + 1;
     if (name.size() > 64) return best;
+    const std::string wanted = lower_case(name);
     for (const std::string& candidate : candidates) {
-        const std::size_t distance = edit_distance(lower_case(name), lower_case(candidate));
+        const std::size_t longer = std::max(wanted.size(), candidate.size());
+        if (longer - std::min(wanted.size(), candidate.size()) >= best_distance) continue;
+        const std::size_t distance = edit_distance(wanted, lower_case(candidate));
         if (distance < best_distance && distance < candidate.size()) {
             best = candidate;
             best_distance = distance;
