@@ -9,6 +9,15 @@ if(IMGTUNE_SANITIZE)
   add_link_options(-fsanitize=${IMGTUNE_SANITIZE})
 endif()
 
+# For large targets that take longer to compile than to run.
+function(imgtune_compile_quickly target)
+  if(IMGTUNE_SANITIZE)
+    target_compile_options(${target} PRIVATE -O0)
+  else()
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+  endif()
+endfunction()
+
 add_library(imgtune_library_flags INTERFACE)
 target_link_libraries(imgtune_library_flags INTERFACE imgtune_flags)
 target_compile_options(imgtune_library_flags INTERFACE ${IMGTUNE_LIBRARY_OPTIONS}

@@ -49,11 +49,11 @@ run() {
 }
 
 # try BUILD: the quick tests with small pages, where only loading differs, and all of them with large
-# ones; but not optimised, where the long mixed run stands for the longest test.
+# ones; those that compare long runs with and without logging on the optimised build alone.
 try() {
-    local folder=$work/$1 most='*'
-    [ "$1" != Debug ] || most='-*LongDay*'
-    run "$folder/stripped" exports_test 4096 '-*LoggingChanges*' &&
+    local folder=$work/$1 quick='-*LoggingChanges*' most='*'
+    [ "$1" = Release ] || most=$quick
+    run "$folder/stripped" exports_test 4096 "$quick" &&
         run "$folder/stripped" exports_test 16384 "$most" &&
         run "$folder/stripped" matrix_test 16384 &&
         run "$folder/stripped" digest_test 16384 || return

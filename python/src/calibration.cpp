@@ -95,18 +95,18 @@ py::list export_calibration(const Tuning& tuning, const py::object& path, const 
     return findings_of(remarks);
 }
 
-using Values = py::array_t<std::int64_t, py::array::c_style>;
+using Integers = py::array_t<std::int64_t, py::array::c_style>;
 
 /// Whole numbers of a given range, as many as are needed.
-Values whole_numbers(const py::object& given, const char* argument, std::int64_t least,
-                     std::int64_t most) {
+Integers whole_numbers(const py::object& given, const char* argument, std::int64_t least,
+                       std::int64_t most) {
     const py::array array = py::module_::import("numpy").attr("asarray")(given);
     if (array.dtype().kind() != 'i' && array.dtype().kind() != 'u') {
         raise_input_error(fmt::format("{} takes whole numbers, not {}", argument,
                                       py::cast<std::string>(py::str(array.dtype()))),
                           argument);
     }
-    const Values values(array);
+    const Integers values(array);
     for (py::ssize_t i = 0; i < values.size(); ++i) {
         if (values.data()[i] >= least && values.data()[i] <= most) continue;
         raise_input_error(fmt::format("{} has the value {}; allowed are {}..{}", argument,
@@ -117,7 +117,7 @@ Values whole_numbers(const py::object& given, const char* argument, std::int64_t
 }
 
 std::vector<ISP_CCM_T> matrices_of(const py::object& given, const char* argument) {
-    const Values values = whole_numbers(given, argument, kLeastCoefficient, kMostCoefficient);
+    const Integers values = whole_numbers(given, argument, kLeastCoefficient, kMostCoefficient);
     if (values.size() == 0 || values.size() % 9 != 0) {
         raise_input_error(fmt::format("{} has {} values; a matrix has 9", argument, values.size()),
                           argument);
@@ -132,7 +132,7 @@ std::vector<ISP_CCM_T> matrices_of(const py::object& given, const char* argument
 }
 
 std::vector<AWB_GAIN_T> gains_of(const py::object& given) {
-    const Values values = whole_numbers(given, "gains", 1, kLargestGain);
+    const Integers values = whole_numbers(given, "gains", 1, kLargestGain);
     if (values.size() < 6 || values.size() % 3 != 0) {
         raise_input_error(
             fmt::format("gains has {} values; red, green and blue of two points or more are needed",

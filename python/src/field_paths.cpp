@@ -11,7 +11,7 @@ namespace {
 using workbench::FieldRef;
 using workbench::fields;
 using workbench::Record;
-using Values = std::vector<const FieldRef*>;
+using FieldList = std::vector<const FieldRef*>;
 
 /// The path of the list that a value is an element of; its own where it is none.
 std::string list_path(const FieldRef& field) {
@@ -24,7 +24,7 @@ std::string list_path(const FieldRef& field) {
 /// Values and one-dimensional arrays by their path, in the order of the tuning.
 struct Index {
     std::map<std::string, const FieldRef*, std::less<>> values;
-    std::map<std::string, Values, std::less<>> lists;
+    std::map<std::string, FieldList, std::less<>> lists;
     std::vector<std::string> order;
 };
 
@@ -34,7 +34,7 @@ const Index& index() {
         for (const FieldRef& field : fields()) {
             made.values[field.path()] = &field;
             const std::string path = list_path(field);
-            Values& list = made.lists[path];
+            FieldList& list = made.lists[path];
             if (list.empty()) made.order.push_back(path);
             list.push_back(&field);
         }
@@ -43,7 +43,7 @@ const Index& index() {
     return all;
 }
 
-bool is_single(const Values& list) {
+bool is_single(const FieldList& list) {
     return list.size() == 1 && list.front()->definition->count == 0 &&
            !list.front()->record->definition->as_list;
 }
@@ -66,7 +66,7 @@ bool stack(const std::string& prefix,
     const workbench::RecordDefinition* kind = nullptr;
     for (const auto& [name, path] : members) {
         if (path != prefix + name) return false;
-        const Values& list = index().lists.at(path);
+        const FieldList& list = index().lists.at(path);
         const auto* const definition = list.front()->record->definition;
         if (!definition->as_list || (kind != nullptr && definition != kind)) return false;
         kind = definition;

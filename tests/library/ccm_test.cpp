@@ -55,7 +55,7 @@ ISP_NVRAM_MULTI_CCM_STRUCT three_ct_tuning(int method) {
 }
 
 /// One caller of SmoothCCM: unity weights for the new matrix, so that nothing is averaged.
-struct Caller {
+struct CcmCaller {
     ISP_NVRAM_MULTI_CCM_STRUCT tuning;
     RAWIspCamInfo state{.profile = 0,
                         .rAWBFullGain = {1200, 512, 900},
@@ -70,7 +70,7 @@ struct Caller {
     unsigned weights[3] = {1, 0, 0};
     unsigned short version = 0;
 
-    explicit Caller(int method) : tuning(three_ct_tuning(method)) {}
+    explicit CcmCaller(int method) : tuning(three_ct_tuning(method)) {}
 
     ISP_CCM_T run(int full_gain = 0) {
         SmoothCCM(full_gain, 3, 9, tuning, output, version, state, ring, index, weights);
@@ -83,7 +83,7 @@ class Ccm : public testing::Test {
     // One call of the entry point closes the trace gate that is open at load.
     Ccm() {
         fakes::reset();
-        Caller(0).run();
+        CcmCaller(0).run();
         fakes::reset();
     }
 };
@@ -306,7 +306,7 @@ TEST_F(Ccm, GainIsClippedInOrder) {
         {{1300, 512, 1600}, "L", {600, 512, 1500}}, {{-1, -2, -3}, "LH", {1200, -2, 900}},
     };
     for (const auto& c : cases) {
-        Caller caller(0);
+        CcmCaller caller(0);
         caller.state.rAWBGain = c.gain;
         fakes::reset_with({"debug.smooth_ccm.enable"});
         caller.run();
@@ -334,20 +334,20 @@ TEST_F(Ccm, LightPicksRowAndLowLightShare) {
         {35, 1, 2, -161},  {35, 2, 2, -161},
     };
     for (const auto& c : cases) {
-        Caller caller(2);
+        CcmCaller caller(2);
         caller.state.u4RealLV = c.lv;
         caller.state.u4FlashMode = c.flash;
         caller.tuning.i4NumLV = c.num_lv;
         expect_matrix(caller.run(), matrix_of(c.c1, 20, -30, 40, -50, 60), "light");
         EXPECT_EQ(caller.version, 200);
     }
-    Caller caller(2);
+    CcmCaller caller(2);
     EXPECT_EQ(caller.run(1).i4Coef[1], -102) << "full gain: highest CT";
     EXPECT_EQ(caller.run(2).i4Coef[1], -101) << "only 1 means full gain";
 }
 
 TEST_F(Ccm, RingIsAveragedByFixedSlots) {
-    Caller caller(2);
+    CcmCaller caller(2);
     kCodec.encode(matrix_of(100, 0, 0, 0, 0, 0), caller.ring[0]);
     kCodec.encode(matrix_of(-200, 0, 0, 0, 0, 0), caller.ring[1]);
     caller.ring[0].u4Word[1] |= 0xffffe000U;
@@ -381,7 +381,7 @@ TEST_F(Ccm, LoggingChangesNoResult) {
     const auto below = [&random](unsigned end) { return static_cast<int>(random() % end); };
     const std::uint32_t lights[] = {0, 19, 20, 21, 49, 50, 0xffffffff};
     for (int round = 0; round < 4000; ++round) {
-        Caller silent(1 + below(2));
+        CcmCaller silent(1 + below(2));
         for (auto& row : silent.tuning.rCCM_Nvram) {
             for (auto& w : row[below(3)].u4Word) w = static_cast<std::uint32_t>(random());
         }
@@ -400,8 +400,8 @@ TEST_F(Ccm, LoggingChangesNoResult) {
         silent.index = static_cast<unsigned>(below(3));
         for (auto& w : silent.weights) w = static_cast<unsigned>(below(4));
         const int int_bits = round % 2 == 0 ? 3 : below(24) - 9;
-        Caller logged = silent;
-        const auto run = [int_bits](Caller& c) {
+        CcmCaller logged = silent;
+        const auto run = [int_bits](CcmCaller& c) {
             SmoothCCM(0, int_bits, 9, c.tuning, c.output, c.version, c.state, c.ring, c.index,
                       c.weights);
         };
@@ -425,7 +425,7 @@ TEST_F(Ccm, SlotsLeftAloneAreStillEncodedAnew) {
         {4, 8191, 8191},
     };
     for (const auto& c : cases) {
-        Caller caller(0);
+        CcmCaller caller(0);
         caller.index = 2;
         caller.ring[0].u4Word[1] = 0xabcde000U | c.before;
         SmoothCCM(0, c.int_bits, 9, caller.tuning, caller.output, caller.version, caller.state,
@@ -445,7 +445,7 @@ TEST_F(Ccm, GamutMatrixUsesTheCoefficientsJustComputed) {
         {3, matrix_of(-101, 20, -30, 40, -50, 60)},
     };
     for (const auto& c : cases) {
-        Caller caller(2);
+        CcmCaller caller(2);
         caller.tuning.i4PQType = c.pq_type;
         expect_matrix(caller.run(), c.expected, "gamut");
         EXPECT_EQ(kCodec.decode(caller.ring[0]).i4Coef[1], -101) << "the ring is kept before it";
@@ -453,7 +453,7 @@ TEST_F(Ccm, GamutMatrixUsesTheCoefficientsJustComputed) {
 }
 
 TEST_F(Ccm, TunedMatricesAreLoggedUnderLiteralFormats) {
-    Caller caller(0);
+    CcmCaller caller(0);
     fakes::reset_with({"debug.smooth_ccm.enable"});
     caller.run();
     std::vector<std::string> formats;
@@ -494,7 +494,7 @@ TEST_F(Ccm, RwbSeparationScalesAndLimits) {
 }
 
 TEST_F(Ccm, TracesOneCall) {
-    Caller caller(2);
+    CcmCaller caller(2);
     caller.state.u4RealLV = 35;
     fakes::reset_with({"debug.smooth_ccm.enable"});
     caller.run();

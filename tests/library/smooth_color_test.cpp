@@ -19,7 +19,7 @@ namespace fakes = imgtune::fakes;
 constexpr unsigned kSentinel = 0xfffffff7U;
 
 /// One caller of SmoothCOLOR. Image (slot, ct) holds 10 slot + ct in every byte.
-struct Caller {
+struct ColorCaller {
     Image table[4][5];
     ISP_NVRAM_PCA_PARAM_T tuning[4];
     NSIspTuning::RAWIspCamInfo state{};
@@ -30,7 +30,7 @@ struct Caller {
     unsigned upper_kelvin = 5000, lower_kelvin = 4000;
     int upper = 3, lower = 2;
 
-    Caller() {
+    ColorCaller() {
         for (unsigned slot = 0; slot < 4; ++slot) {
             for (unsigned ct = 0; ct < 5; ++ct) {
                 for (auto& w : table[slot][ct].u4Word) w = (10 * slot + ct) * 0x01010101U;
@@ -62,7 +62,7 @@ TEST(SmoothColor, OutdoorRampBlendsAndSwitchesTheColourMap) {
     };
     for (const auto& c : cases) {
         fakes::reset();
-        Caller caller;
+        ColorCaller caller;
         caller.tuning[0].u4OutdoorEnable = 7;
         caller.tuning[0].u4OutdoorBase = c.base;
         caller.state.u4RealLV = c.lv;
@@ -78,7 +78,7 @@ TEST(SmoothColor, LoggingChangesNoFrameOfALongDay) {
     std::mt19937 random(41);
     const auto below = [&random](unsigned end) { return static_cast<unsigned>(random()) % end; };
     for (const unsigned base : {64U, 1U, 8192U, 8193U, 0U}) {
-        Caller silent;
+        ColorCaller silent;
         for (auto& slot : silent.table) {
             for (auto& image : slot) {
                 for (auto& w : image.u4Word) w = static_cast<std::uint32_t>(random());
@@ -91,7 +91,7 @@ TEST(SmoothColor, LoggingChangesNoFrameOfALongDay) {
         }
         silent.tuning[0].u4OutdoorEnable = 1;
         silent.tuning[0].u4OutdoorBase = base;
-        Caller logged = silent;
+        ColorCaller logged = silent;
         unsigned lv = 110;
         for (int frame = 0; frame < 1500; ++frame) {
             lv = std::clamp(lv + below(5) - 2, 95U, 125U);
@@ -119,7 +119,7 @@ TEST(SmoothColor, LoggingChangesNoFrameOfALongDay) {
 
 TEST(SmoothColor, OnlySmoothedFieldsMoveInSteps) {
     fakes::reset();
-    Caller caller;
+    ColorCaller caller;
     caller.boot = 0;
     caller.run();
     const Image& w = caller.working;
@@ -137,7 +137,7 @@ TEST(SmoothColor, OnlySmoothedFieldsMoveInSteps) {
     caller.run();
     EXPECT_EQ(w.u4Word[14], 0x04040404U) << "capture 2 is no capture";
     const auto hue_with_scene = [](std::int32_t flag) {
-        Caller other;
+        ColorCaller other;
         other.capture = 1;
         other.state.u4SceneFlag = flag;
         other.run();
@@ -153,7 +153,7 @@ TEST(SmoothColor, BypassSwitchesNeedEnableAndTheMapTakesItsOwnBitBack) {
     fakes::properties["debug.smooth_color.bypass.heng"] = "2";
     fakes::properties["debug.smooth_color.bypass.seng"] = "1";
     fakes::properties["debug.smooth_color.bypass.cm"] = "-1";
-    Caller caller;
+    ColorCaller caller;
     caller.table[0][0].u4Word[0] = 0xffefffffU;
     caller.table[0][3].u4Word[71] = 0;
     caller.run();
@@ -169,7 +169,7 @@ TEST(SmoothColor, BypassSwitchesNeedEnableAndTheMapTakesItsOwnBitBack) {
 
 TEST(SmoothColor, LockKeepsTheWorkingImageAndIsAlwaysLogged) {
     fakes::reset_with({"debug.smooth_color.lock"});
-    Caller caller;
+    ColorCaller caller;
     for (auto& w : caller.working.u4Word) w = kSentinel;
     caller.run();
     EXPECT_EQ(fakes::log_text(), "[SmoothCOLOR()] Force Lock!!\n");
@@ -185,7 +185,7 @@ TEST(SmoothColor, LockKeepsTheWorkingImageAndIsAlwaysLogged) {
 
 TEST(SmoothColor, TracesTheDriverInOrder) {
     fakes::reset_with({"debug.smooth_color.dump"});
-    Caller caller;
+    ColorCaller caller;
     caller.capture = 1;
     caller.state.profile = -4;
     caller.state.u4RealLV = 0xffffffff;
@@ -221,7 +221,7 @@ TEST(SmoothColor, ReadsItsPropertiesInOrder) {
     indoor.push_back("debug.smooth_color.dump.cm");
     outdoor.push_back("debug.smooth_color.dump.cm");
     fakes::reset();
-    Caller caller;
+    ColorCaller caller;
     caller.run();
     EXPECT_EQ(fakes::property_reads, indoor);
     fakes::reset();
@@ -233,7 +233,7 @@ TEST(SmoothColor, ReadsItsPropertiesInOrder) {
 TEST(SmoothColor, CtIndicesOutsideTheGridTakeItsEnds) {
     fakes::reset();
     for (const auto& [index, ct] : {std::pair{-1, 0}, std::pair{5, 4}, std::pair{0x7fffffff, 4}}) {
-        Caller caller;
+        ColorCaller caller;
         caller.lower = caller.upper = index;
         caller.run();
         EXPECT_EQ(caller.hue(), static_cast<unsigned>(ct));
