@@ -39,10 +39,10 @@ A value keeps its sign, and what is odd about a log is told once each kind.
     odd.csv:2: warning: cct is 0 [F103]
         on the camera: every block takes the lower-CT image
         try: write the temperature in kelvin
-    odd.csv:3: warning: an AWB gain of 0 for red or blue [F106]
+    odd.csv:3: warning: a gain of 0 for red or blue [F106]
         on the camera: it is clipped to an end of the tuned gains
         try: gains are fixed point, 512 = 1.0
-    odd.csv:3: warning: a negative AWB gain, -5 [F107]
+    odd.csv:3: warning: a negative gain, -5 [F107]
         on the camera: it is clipped to an end of the tuned gains
         try: gains are fixed point, 512 = 1.0
     odd.csv:3: warning: a green gain of 0 [F108]

@@ -37,9 +37,9 @@ constexpr Oddity kKindTable[] = {
      "write the temperature in kelvin"},
     {"F105", "cct", "is {}, no kelvin value of a light",
      "the images of one end of the CT grid are taken", "is it mired? write kelvin"},
-    {"F106", "", "an AWB gain of {} for red or blue", "it is clipped to an end of the tuned gains",
+    {"F106", "", "a gain of {} for red or blue", "it is clipped to an end of the tuned gains",
      "gains are fixed point, 512 = 1.0"},
-    {"F107", "", "a negative AWB gain, {}", "it is clipped to an end of the tuned gains",
+    {"F107", "", "a negative gain, {}", "it is clipped to an end of the tuned gains",
      "gains are fixed point, 512 = 1.0"},
     {"F108", "", "a green gain of {}", "", "write 512, which is 1.0"},
 };
