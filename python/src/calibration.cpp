@@ -201,11 +201,8 @@ py::dict patches(const py::object& matrix, const py::object& reference) {
                     py::arg("largest") = error.largest);
 }
 
-}  // namespace
-
-void bind_calibration(py::module_& module) {
+void bind_import(py::class_<Tuning>& tuning) {
     const workbench::ImportChoices usual;
-    auto tuning = tuning_class(module);
     tuning.def_static("import_calibration", &import_path, py::arg("path"), py::kw_only(),
                       py::arg("name") = "", py::arg("method") = "blend",
                       py::arg("cts") = usual.kelvins, py::arg("most") = usual.most_cts,
@@ -253,6 +250,9 @@ Raises
 InputError
     With every finding.
 )");
+}
+
+void bind_export(py::class_<Tuning>& tuning) {
     tuning.def("export_calibration", &export_calibration, py::arg("path"), py::kw_only(),
                py::arg("form") = "json", py::arg("cts") = std::vector<double>(),
                R"(Writes the normal row as another camera stack's file, whole or not at all.
@@ -270,6 +270,9 @@ Returns
 list of dict
     What the file has no place for, as `check` gives findings.
 )");
+}
+
+void bind_fit(py::module_& module) {
     module.def("fit", &fit, py::arg("gains"), py::arg("matrices"),
                R"(The polynomial of method 1 through tuned points: least squares along the chord.
 
@@ -297,6 +300,9 @@ Examples
 >>> t["ccm.rCCMPoly22"] = imgtune.fit(
 ...     t["ccm.rows.normal.gains"][:count], t["ccm.rows.normal.matrices"][:count])
 )");
+}
+
+void bind_patches(py::module_& module) {
     module.def("patches", &patches, py::arg("matrix"), py::arg("reference"),
                R"(The 24 patches of the usual chart through a matrix, against a reference.
 
@@ -323,6 +329,16 @@ Examples
 >>> imgtune.patches(unity, unity)["largest"]
 0.0
 )");
+}
+
+}  // namespace
+
+void bind_calibration(py::module_& module) {
+    auto tuning = tuning_class(module);
+    bind_import(tuning);
+    bind_export(tuning);
+    bind_fit(module);
+    bind_patches(module);
 }
 
 }  // namespace imgtune::python

@@ -130,7 +130,7 @@ py::array_t<float> float_array(const Record& record) {
     return out;
 }
 
-void bind_matrices(py::module_& module) {
+void bind_products(py::module_& module) {
     module.def(
         "matmul3",
         [](const Floats& a, const Floats& b) {
@@ -176,6 +176,9 @@ void bind_matrices(py::module_& module) {
             return float_array(out);
         },
         py::arg("a"), py::arg("b"), "The cross product.");
+}
+
+void bind_decomposition(py::module_& module) {
     const auto in_place = [&module](const char* name, void (*function)(float*), const char* doc) {
         module.def(
             name,
@@ -245,7 +248,8 @@ void bind_rules(py::module_& module) {
 void bind_library(py::module_& module) {
     py::module_ library = module.def_submodule("library", "The exported functions of the library.");
     bind_rules(library);
-    bind_matrices(library);
+    bind_products(library);
+    bind_decomposition(library);
     bind_ccm_functions(library);
     const std::pair<const char*, Block> blocks[] = {
         {"inter_param_by_lv_global", InterParamByLVGlobal},

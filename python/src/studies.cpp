@@ -127,9 +127,7 @@ py::object compare(const Tuning& a, const Tuning& b) {
     return as_python(to_json(workbench::diff_tunings(a, b)));
 }
 
-}  // namespace
-
-void bind_studies(py::module_& module) {
+void bind_comparisons(py::module_& module) {
     tuning_class(module).def("compare", &compare, py::arg("other"),
                              R"(The fields in which another tuning differs.
 
@@ -146,6 +144,27 @@ Examples
 >>> a.compare(b)
 [{'field': 'ccm.i4NumLV', 'a': 2, 'b': 1}]
 )");
+    module.def("diff", &diff, py::arg("a"), py::arg("b"), py::arg("frames") = py::none(),
+               R"(What differs between two tunings, and with frames, between their registers.
+
+Parameters
+----------
+a, b : Tuning
+frames : as for `replay`, optional
+
+Returns
+-------
+dict
+    differences: list of {field, a, b}; frames: counts, worst frames and largest differences.
+
+Raises
+------
+InputError
+    With `field` naming the column or argument.
+)");
+}
+
+void bind_explanation(py::module_& module) {
     module.def("explain", &explain, py::arg("tuning"), py::arg("frame"), py::kw_only(),
                py::arg("after") = py::none(),
                R"(What the library does with one frame, once the camera has come to rest in it.
@@ -174,6 +193,9 @@ Examples
 >>> sorted(imgtune.explain(imgtune.Tuning.starter(), light))
 ['at_rest', 'ccm', 'color', 'frame', 'registers', 'resting']
 )");
+}
+
+void bind_summary(py::module_& module) {
     module.def("summary", &summary, py::arg("tuning"), py::arg("frames"), py::kw_only(),
                py::arg("fps") = 30.0, py::arg("noise") = 5.0,
                R"(How the registers move over a log: settling, steps, clipping, flicker.
@@ -200,24 +222,9 @@ InputError
     module.def("summary_row", &summary_row, py::arg("tuning"), py::arg("frames"), py::kw_only(),
                py::arg("fps") = 30.0, py::arg("noise") = 5.0,
                "The numbers of `summary` alone, with the fields that step and turn most.");
-    module.def("diff", &diff, py::arg("a"), py::arg("b"), py::arg("frames") = py::none(),
-               R"(What differs between two tunings, and with frames, between their registers.
+}
 
-Parameters
-----------
-a, b : Tuning
-frames : as for `replay`, optional
-
-Returns
--------
-dict
-    differences: list of {field, a, b}; frames: counts, worst frames and largest differences.
-
-Raises
-------
-InputError
-    With `field` naming the column or argument.
-)");
+void bind_sweep(py::module_& module) {
     module.def("sweep", &sweep, py::arg("tuning"), py::kw_only(), py::arg("cct") = py::none(),
                py::arg("lv") = std::vector<std::uint32_t>{0, 20, 40, 60, 80, 100, 120, 140},
                py::arg("flash") = 0, py::arg("scene") = 0,
@@ -241,6 +248,15 @@ Raises
 InputError
     When the tuning has no part to run.
 )");
+}
+
+}  // namespace
+
+void bind_studies(py::module_& module) {
+    bind_comparisons(module);
+    bind_explanation(module);
+    bind_summary(module);
+    bind_sweep(module);
 }
 
 }  // namespace imgtune::python
