@@ -3,6 +3,11 @@
 # Or unpacks one beside the system, into a folder: scripts/setup.sh --unpack FOLDER PACKAGE
 set -euo pipefail
 sudo=
+one_at_a_time() {  # another may be installing the same
+    mkdir -p "$(dirname "$0")/../build"
+    exec 9>"$(dirname "$0")/../build/setup.lock"
+    flock 9
+}
 update_lists() {  # update_lists PACKAGE...: what they are needed for
     if [ "$(id -u)" -ne 0 ]; then
         command -v sudo >/dev/null || { echo "setup: neither root nor sudo; install: $*" >&2; exit 2; }
@@ -13,6 +18,7 @@ update_lists() {  # update_lists PACKAGE...: what they are needed for
 
 if [ "${1:-}" = --unpack ]; then
     folder=$2 package=$3
+    one_at_a_time
     [ -d "$folder" ] && exit 0
     echo "unpacking: $package" >&2
     part=$folder.part
@@ -35,10 +41,7 @@ find_missing() {
     [ ${#missing[@]} -gt 0 ]
 }
 find_missing "$@" || exit 0
-# One at a time: another may be installing the same.
-mkdir -p "$(dirname "$0")/../build"
-exec 9>"$(dirname "$0")/../build/setup.lock"
-flock 9
+one_at_a_time
 find_missing "$@" || exit 0
 echo "installing: ${missing[*]}" >&2
 update_lists "${missing[@]}"
