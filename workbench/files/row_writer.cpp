@@ -13,7 +13,14 @@ constexpr std::size_t kRowsInBatch = 128;
 
 RowWriter::RowWriter(OutputFile& output, const RowColumns& columns, RowThread thread)
     : output_(output), text_(columns) {
-    if (thread == RowThread::own) background_.emplace([this](Batch& batch) { put(batch); });
+    if (thread == RowThread::callers) return;
+    background_.emplace([this](Batch& batch) {
+        for (std::size_t i = 0; i < batch.used; ++i) {
+            const Row& row = batch.rows[i];
+            put(row.number, row.values, row.registers, row.more);
+        }
+        batch.used = 0;
+    });
 }
 
 void RowWriter::write_header(std::string_view more) {
@@ -23,7 +30,11 @@ void RowWriter::write_header(std::string_view more) {
 
 void RowWriter::write(std::uint64_t number, const FrameValues& values, const Registers& registers,
                       std::string_view more) {
-    if (batch_.used == kRowsInBatch) hand_over();
+    if (!background_) {
+        put(number, values, registers, more);
+        return;
+    }
+    if (batch_.used == kRowsInBatch) background_->give(batch_);
     if (batch_.used == batch_.rows.size()) batch_.rows.resize(kRowsInBatch);
     Row& row = batch_.rows[batch_.used++];
     row.number = number;
@@ -33,34 +44,25 @@ void RowWriter::write(std::uint64_t number, const FrameValues& values, const Reg
 }
 
 void RowWriter::finish() {
-    hand_over();
-    if (background_) background_->finish();
+    if (background_) {
+        background_->give(batch_);
+        background_->finish();
+    }
     output_.write({block_.data(), used_});
     used_ = 0;
 }
 
-void RowWriter::hand_over() {
-    if (background_) {
-        background_->give(batch_);
-    } else {
-        put(batch_);
-    }
-}
-
-/// Appends the batch's rows to the block, which is written when it is full.
-void RowWriter::put(Batch& batch) {
-    for (std::size_t i = 0; i < batch.used; ++i) {
-        const Row& row = batch.rows[i];
-        block_.resize(std::max(block_.size(), used_ + text_.room() + row.more.size() + 1));
-        char* at = text_.put(block_.data() + used_, row.number, row.values, row.registers);
-        at = std::copy(row.more.begin(), row.more.end(), at);
-        *at++ = '\n';
-        used_ = static_cast<std::size_t>(at - block_.data());
-        if (used_ < kBlockSize) continue;
-        output_.write({block_.data(), used_});
-        used_ = 0;
-    }
-    batch.used = 0;
+/// Appends a row to the block, which is written when it is full.
+void RowWriter::put(std::uint64_t number, const FrameValues& values, const Registers& registers,
+                    std::string_view more) {
+    block_.resize(std::max(block_.size(), used_ + text_.room() + more.size() + 1));
+    char* at = text_.put(block_.data() + used_, number, values, registers);
+    at = std::copy(more.begin(), more.end(), at);
+    *at++ = '\n';
+    used_ = static_cast<std::size_t>(at - block_.data());
+    if (used_ < kBlockSize) return;
+    output_.write({block_.data(), used_});
+    used_ = 0;
 }
 
 }  // namespace imgtune::workbench

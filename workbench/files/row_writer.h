@@ -43,8 +43,8 @@ class RowWriter {
         std::size_t used = 0;
     };
 
-    void put(Batch& batch);
-    void hand_over();
+    void put(std::uint64_t number, const FrameValues& values, const Registers& registers,
+             std::string_view more);
 
     OutputFile& output_;
     RowText text_;
