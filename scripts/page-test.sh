@@ -5,8 +5,11 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh chromium g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev \
     nlohmann-json3-dev libeigen3-dev zlib1g-dev
 scripts/page.sh
-cmake --preset release
-cmake --build --preset release --target imgtune
+{
+    flock 9  # the Python module is built in the same folder
+    cmake --preset release
+    cmake --build --preset release --target imgtune
+} 9>build/release.lock
 export PAGE=$PWD/build/imgtune.html IMGTUNE=$PWD/build/release/cli/imgtune EXAMPLES=$PWD/examples
 cd web
 node --test tests/

@@ -15,8 +15,12 @@ if [ "${1:-}" = --sanitize ]; then
     options=(-DCMAKE_CXX_FLAGS=-O1 -DIMGTUNE_SANITIZE=address,undefined -DIMGTUNE_BUILD_TESTS=OFF
         -DIMGTUNE_BUILD_BENCH=OFF -DIMGTUNE_UNITY=8)
 fi
-cmake --preset "$preset" -B "$build" -DIMGTUNE_BUILD_PYTHON=ON "${options[@]}"
-cmake --build "$build" --target imgtune_python imgtune
+mkdir -p build
+{
+    flock 9  # the page's test builds in the same folder
+    cmake --preset "$preset" -B "$build" -DIMGTUNE_BUILD_PYTHON=ON "${options[@]}"
+    cmake --build "$build" --target imgtune_python imgtune
+} 9>build/release.lock
 export PYTHONPATH=$PWD/$build/python PYTHONDONTWRITEBYTECODE=1 MPLBACKEND=Agg
 export IMGTUNE_EXAMPLES=$PWD/examples IMGTUNE_TOOL=$PWD/$build/cli/imgtune
 pytest=(/usr/bin/python3 -m pytest -q -p no:cacheprovider python/tests)

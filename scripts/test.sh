@@ -30,19 +30,26 @@ suite() {
     cmake --preset "$@" && cmake --build --preset "$1" && ctest --preset "$1" -j "$(nproc)"
 }
 
-# The workbench is built once here and once more under the sanitizers; the library by everything.
-step "release suite" suite release -DIMGTUNE_UNITY=8
-for preset in clang debug clang-debug; do
-    step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF
-done
-step "format and lint" scripts/lint.sh
-# Two rows side by side, as many of them wait for one core; what shares a build folder is in one row.
 row() {
     local script
     for script in "$@"; do step "$script" "scripts/$script.sh"; done
 }
-row sanitize fuzz abi count-instructions &
-row aarch64 android wasm page-test python-test
+
+# Two rows side by side, as many steps wait for one core now and then; what shares a build folder is in
+# one row. The workbench is built once for release and once under the sanitizers; the library by
+# everything.
+{
+    step "release suite" suite release -DIMGTUNE_UNITY=8
+    row sanitize fuzz abi count-instructions
+} &
+for preset in clang debug clang-debug; do
+    step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF
+done
+step "format and lint" scripts/lint.sh
+row aarch64 android wasm
+wait
+row page-test &
+row python-test
 wait
 
 passed=$(grep -c ok build/log/results || true) begun=$(grep -c begun build/log/results)
