@@ -29,6 +29,7 @@ Answer Engine::load_frames(const Json& arguments, std::string_view bytes) {
             columns[k].push_back(static_cast<double>(log.values()[k]));
         }
     }
+    if (frames.empty()) throw BadInput(name + ": the log has no frames");
     frames_ = std::move(frames);
     forget_runs();
     Answer answer;

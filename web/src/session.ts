@@ -204,7 +204,6 @@ export class Session {
       const engine = used.map((name) => this.engines[name]).find((each) => !read.has(each));
       if (!engine) return log!;
       log = (await engine.loadFrames(file.name, file.bytes).catch(unlessClosed)) ?? log;
-      if (log?.count === 0) throw new EngineError(`${file.name}: the log has no frames`);
       if (log) this.logFile = file;
       read.add(engine);
     }
