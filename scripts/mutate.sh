@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Puts one small fault after the other into a copy of the sources and tells which of them no test
+# Puts one small fault after the other into copies of the sources and tells which of them no test
 # notices. Takes some minutes. Usage: scripts/mutate.sh [PATTERN]   (only files that match, as
 # 'color/*')
 set -euo pipefail
@@ -7,55 +7,79 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh g++ cmake ninja-build libgtest-dev libcli11-dev libyaml-cpp-dev libfmt-dev \
     nlohmann-json3-dev libeigen3-dev python3-cram ccache zsh fish
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache
-pattern=${1:-*} tree=build/mutate/tree
+pattern=${1:-*} work=$PWD/build/mutate workers=$(nproc)
 
-rm -rf "$tree"
-mkdir -p "$tree"
-git ls-files -z | xargs -0 cp --parents -t "$tree"
-cmake --preset debug -S "$tree" -B build/mutate/build -DIMGTUNE_BUILD_BENCH=OFF \
-    -DCMAKE_CXX_FLAGS=-Wno-error >/dev/null
-build() { cmake --build build/mutate/build >build/mutate/build.txt 2>&1; }
-build || { tail -n 40 build/mutate/build.txt; exit 1; }
+# Each worker has a tree and a build of its own.
+prepare() {
+    tree=$work/$1/tree build=$work/$1/build
+    rm -rf "$tree"
+    mkdir -p "$tree"
+    git ls-files -z | xargs -0 cp --parents -t "$tree"
+    # No debug information: it would take half of the time.
+    CCACHE_BASEDIR=$work/$1 cmake --preset debug -S "$tree" -B "$build" -DIMGTUNE_BUILD_BENCH=OFF \
+        -DCMAKE_CXX_FLAGS_DEBUG=-g0 >/dev/null
+}
+build() { CCACHE_BASEDIR=${build%/*} cmake --build "$build" >"$build.txt" 2>&1; }
 
 # pass FOLDER...: every test program below these folders of the tests passes.
 pass() {
     local program
-    for program in $(cd build/mutate/build/tests && find "$@" -name '*_test' -type f -perm -u+x | sort); do
-        timeout 100 "build/mutate/build/tests/$program" --gtest_brief=1 >/dev/null 2>&1 || return 1
+    for program in $(cd "$build/tests" && find "$@" -name '*_test' -type f -perm -u+x | sort); do
+        timeout 100 "$build/tests/$program" --gtest_brief=1 >/dev/null 2>&1 || return 1
     done
 }
 caught_by_library() { ! pass library matrix platform proof; }
 caught_by_workbench() {
-    ! pass workbench || ! timeout 100 "$tree/tests/cli/run.sh" build/mutate/build/cli/imgtune >/dev/null 2>&1
+    ! pass workbench || ! timeout 100 "$tree/tests/cli/run.sh" "$build/cli/imgtune" >/dev/null 2>&1
 }
-caught_by_library || caught_by_workbench && { echo "a test fails without any fault" >&2; exit 1; }
 
-declare -A faults=([library]=0 [workbench]=0) caught=([library]=0 [workbench]=0)
-while IFS=$'\t' read -r file old new; do
-    # shellcheck disable=SC2254  # a pattern
-    case $file in '#'*) continue ;; $pattern) ;; *) continue ;; esac
+# try FILE TEXT NEW: puts a fault in and says what became of it.
+try() {
+    local file=$1 old=$2 new=$3 part=library text
     text=$(cat "$tree/$file" && printf x)
     if [ "$(grep -cF -- "$old" "$tree/$file")" != 1 ]; then
-        echo "$file: not once there, renew tests/mutants.txt: $old" >&2
-        exit 1
+        echo "broken: $file: not once there, renew tests/mutants.txt: $old"
+        return
     fi
     printf %s "${text%x}" | OLD=$old NEW=$new python3 -c 'import os, sys
 sys.stdout.write(sys.stdin.read().replace(os.environ["OLD"], os.environ["NEW"]))' >"$tree/$file.new"
     mv "$tree/$file.new" "$tree/$file"
-    part=library
     case $file in workbench/* | cli/*) part=workbench ;; esac
     if ! build; then
-        echo "does not build: $file: $old -> $new"
+        echo "broken: does not build: $file: $old -> $new"
+    elif "caught_by_$part"; then
+        echo "$part caught"
     else
-        faults[$part]=$((faults[$part] + 1))
-        if "caught_by_$part"; then
-            caught[$part]=$((caught[$part] + 1))
-        else
-            echo "not caught: $file: $old -> $new"
-        fi
+        echo "$part not caught: $file: $old -> $new"
     fi
     printf %s "${text%x}" >"$tree/$file"
-done <tests/mutants.txt
-for part in library workbench; do
-    echo "$part: ${caught[$part]} of ${faults[$part]} faults caught"
+}
+
+# work NUMBER: every so many-th fault.
+work() {
+    prepare "$1"
+    build || { tail -n 40 "$build.txt" >&2; return 1; }
+    if [ "$1" = 0 ]; then
+        caught_by_library || caught_by_workbench && { echo "a test fails without any fault" >&2; return 1; }
+    fi
+    local file old new count=0
+    while IFS=$'\t' read -r file old new; do
+        # shellcheck disable=SC2254  # a pattern
+        case $file in '#'*) continue ;; $pattern) ;; *) continue ;; esac
+        [ $((count++ % workers)) = "$1" ] || continue
+        try "$file" "$old" "$new"
+    done <tests/mutants.txt
+}
+
+pids=()
+for ((i = 0; i < workers; ++i)); do
+    mkdir -p "$work/$i"
+    work "$i" | tee "$work/$i/results" | sed -n '/ caught$/!p' &
+    pids+=($!)
 done
+for pid in "${pids[@]}"; do wait "$pid"; done
+for part in library workbench; do
+    echo "$part: $(cat "$work"/*/results | grep -c "^$part caught") of" \
+        "$(cat "$work"/*/results | grep -c "^$part ") faults caught"
+done
+! cat "$work"/*/results | grep -q '^broken'
