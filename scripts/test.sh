@@ -9,21 +9,19 @@ export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD
 
 mkdir -p build/log
 : >build/log/results
-# step NAME COMMAND...: runs one part of the tests; its output is shown when it fails.
+# step NAME COMMAND...: runs one part of the tests; its output is shown when it fails. Tells how long it
+# took and how much of the processors.
 step() {
-    local name=$1 start=$SECONDS log
+    local name=$1 log passed=ok took user system TIMEFORMAT='%0R %0U %0S'
     shift
     log=build/log/${name// /-}.txt
     echo begun >>build/log/results
-    if "$@" >"$log" 2>&1; then
-        echo ok >>build/log/results
-        printf 'ok    %-34s %4d s   %s\n' "$name" $((SECONDS - start)) \
-            "$(grep -oE '[0-9]+ tests? failed out of [0-9]+' "$log" | tail -n 1)"
-    else
-        echo FAIL >>build/log/results
-        printf 'FAIL  %-34s %4d s   see %s\n' "$name" $((SECONDS - start)) "$log"
-        tail -n 60 "$log"
-    fi
+    { time "$@" >"$log" 2>&1 || passed=FAIL; } 2>"$log.time"
+    read -r took user system <"$log.time"
+    echo "$passed" >>build/log/results
+    printf '%-5s %-22s %4d s, %4d s of a core   %s\n' "$passed" "$name" "$took" $((user + system)) \
+        "$(grep -oE '[0-9]+ tests? failed out of [0-9]+' "$log" | tail -n 1)"
+    [ "$passed" = ok ] || { echo "see $log:"; tail -n 60 "$log"; }
 }
 
 suite() {
@@ -35,21 +33,19 @@ row() {
     for script in "$@"; do step "$script" "scripts/$script.sh"; done
 }
 
-# Two rows side by side, as many steps wait for one core now and then; what shares a build folder is in
-# one row. The workbench is built once for release and once under the sanitizers; the library by
-# everything.
+library_suite() { step "$1 suite" suite "$1" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF; }
+
+# Two rows side by side, as many steps wait for one core now and then. The workbench is built once for
+# release and once under the sanitizers; the library by everything.
 {
     step "release suite" suite release -DIMGTUNE_UNITY=8
-    row sanitize fuzz abi count-instructions
+    library_suite clang-debug
+    row sanitize fuzz abi count-instructions python-test
 } &
-for preset in clang debug clang-debug; do
-    step "$preset suite" suite "$preset" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF
-done
+library_suite clang
+library_suite debug
 step "format and lint" scripts/lint.sh
-row aarch64 android wasm
-wait
-row page-test &
-row python-test
+row aarch64 android wasm page-test
 wait
 
 passed=$(grep -c ok build/log/results || true) begun=$(grep -c begun build/log/results)
