@@ -42,10 +42,12 @@ library_suite() { step "$1 suite" suite "$1" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMG
     library_suite clang-debug
     row sanitize fuzz abi count-instructions python-test
 } &
-library_suite clang
-library_suite debug
-step "format and lint" scripts/lint.sh
-row aarch64 android wasm page-test
+{
+    library_suite clang
+    library_suite debug
+    step "format and lint" scripts/lint.sh
+    row aarch64 android wasm page-test
+} &
 wait
 
 passed=$(grep -c ok build/log/results || true) begun=$(grep -c begun build/log/results)
