@@ -9,17 +9,25 @@ scripts/setup.sh g++ cmake ninja-build libgtest-dev libcli11-dev libyaml-cpp-dev
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache
 pattern=${1:-*} work=$PWD/build/mutate workers=$(nproc)
 
-# Each worker has a tree and a build of its own.
+# Each worker has a tree and a build of its own, with the same paths within: ccache compiles once.
+enter() { tree=$work/$1/tree build=$work/$1/build; }
 prepare() {
-    tree=$work/$1/tree build=$work/$1/build
+    enter "$1"
     rm -rf "$tree"
     mkdir -p "$tree"
     git ls-files -z | xargs -0 cp --parents -t "$tree"
     # No debug information: it would take half of the time.
     CCACHE_BASEDIR=$work/$1 cmake --preset debug -S "$tree" -B "$build" -DIMGTUNE_BUILD_BENCH=OFF \
         -DCMAKE_CXX_FLAGS_DEBUG=-g0 >/dev/null
+    build || { tail -n 40 "$build.txt" >&2; return 1; }
 }
-build() { CCACHE_BASEDIR=${build%/*} cmake --build "$build" >"$build.txt" 2>&1; }
+# build [PART]: what tests it, or everything.
+build() {
+    local targets=()
+    [ "${1:-}" != library ] || targets=(--target tests/{library,matrix,platform,proof}/all)
+    [ "${1:-}" != workbench ] || targets=(--target {tests/workbench,cli}/all)
+    CCACHE_BASEDIR=${build%/*} cmake --build "$build" "${targets[@]}" >"$build.txt" 2>&1
+}
 
 # pass FOLDER...: every test program below these folders of the tests passes.
 pass() {
@@ -45,7 +53,7 @@ try() {
 sys.stdout.write(sys.stdin.read().replace(os.environ["OLD"], os.environ["NEW"]))' >"$tree/$file.new"
     mv "$tree/$file.new" "$tree/$file"
     case $file in workbench/* | cli/*) part=workbench ;; esac
-    if ! build; then
+    if ! build "$part"; then
         echo "broken: does not build: $file: $old -> $new"
     elif "caught_by_$part"; then
         echo "$part caught"
@@ -57,11 +65,7 @@ sys.stdout.write(sys.stdin.read().replace(os.environ["OLD"], os.environ["NEW"]))
 
 # work NUMBER: every so many-th fault.
 work() {
-    prepare "$1"
-    build || { tail -n 40 "$build.txt" >&2; return 1; }
-    if [ "$1" = 0 ]; then
-        caught_by_library || caught_by_workbench && { echo "a test fails without any fault" >&2; return 1; }
-    fi
+    enter "$1"
     local file old new count=0
     while IFS=$'\t' read -r file old new; do
         # shellcheck disable=SC2254  # a pattern
@@ -71,9 +75,10 @@ work() {
     done <tests/mutants.txt
 }
 
+for ((i = 0; i < workers; ++i)); do prepare "$i"; done
+caught_by_library || caught_by_workbench && { echo "a test fails without any fault" >&2; exit 1; }
 pids=()
 for ((i = 0; i < workers; ++i)); do
-    mkdir -p "$work/$i"
     work "$i" | tee "$work/$i/results" | sed -n '/ caught$/!p' &
     pids+=($!)
 done
