@@ -20,7 +20,7 @@ const unsigned short g_Smooth_CCM_Ver = 200;
 
 namespace imgtune {
 
-constinit std::atomic<std::uint32_t> g_Smooth_CCM_Debug{1};
+constinit RelaxedWord g_Smooth_CCM_Debug{1};
 
 namespace {
 
@@ -109,8 +109,7 @@ void SmoothCCM(int Fullgain, int i4IntBits, int i4FracBits, ISP_NVRAM_MULTI_CCM_
                unsigned int& u4TemporalIdx, unsigned int* u4Coef) {
     using namespace imgtune;
     version = g_Smooth_CCM_Ver;
-    g_Smooth_CCM_Debug.store(as_unsigned(read_debug_switch("debug.smooth_ccm.enable")),
-                             std::memory_order_relaxed);
+    g_Smooth_CCM_Debug.store(as_unsigned(read_debug_switch("debug.smooth_ccm.enable")));
 
     AWB_GAIN_T gain = Fullgain == 1 ? state.rAWBFullGain : state.rAWBGain;
     const auto flash = static_cast<std::int32_t>(state.u4FlashMode);

@@ -3,20 +3,19 @@
 
 #include <imgtune/ccm_types.h>
 
-#include <atomic>
 #include <cstddef>
-#include <utility>
 
 #include "common/log.h"
+#include "common/relaxed_word.h"
 
 namespace imgtune {
 
 /// The gate of every CCM trace line. SmoothCCM sets it from its debug switch on every call; until
 /// then the building blocks trace.
-extern std::atomic<std::uint32_t> g_Smooth_CCM_Debug;
+extern RelaxedWord g_Smooth_CCM_Debug;
 
 inline bool ccm_trace_on() {
-    return g_Smooth_CCM_Debug.load(std::memory_order_relaxed) != 0;
+    return g_Smooth_CCM_Debug.load() != 0;
 }
 
 template <class... Values>
