@@ -1,6 +1,7 @@
 #ifndef IMGTUNE_WORKBENCH_TUNING_LAYOUT_H
 #define IMGTUNE_WORKBENCH_TUNING_LAYOUT_H
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,12 @@ struct LayoutNode {
     std::vector<LayoutNode> children;
 
     const LayoutNode* child(std::string_view key) const;
+
+    /// The record of a node that must have one; a layout that forgot it is refused.
+    const Record& own_record() const {
+        if (record == nullptr) throw std::logic_error("no record at " + path);
+        return *record;
+    }
 };
 
 const LayoutNode& layout_tree(Layout layout);

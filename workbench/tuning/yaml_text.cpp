@@ -54,9 +54,9 @@ std::string ValueText::field_text(const Record& record, const FieldDefinition& d
 }
 
 std::string ValueText::flow(const LayoutNode& node) const {
-    if (node.kind == LayoutKind::field) return field_text(*node.record, *node.definition);
+    if (node.kind == LayoutKind::field) return field_text(node.own_record(), *node.definition);
     if (node.kind == LayoutKind::values) {
-        const std::vector<FieldDefinition>& definitions = node.record->definition->fields;
+        const std::vector<FieldDefinition>& definitions = node.own_record().definition->fields;
         if (definitions.size() == 1) return field_text(*node.record, definitions[0]);
         std::string text;
         for (const FieldDefinition& definition : definitions) {
@@ -79,7 +79,7 @@ bool ValueText::is_zero(const LayoutNode& node) const {
         return std::all_of(node.children.begin(), node.children.end(),
                            [this](const LayoutNode& child) { return is_zero(child); });
     }
-    for (const FieldDefinition& definition : node.record->definition->fields) {
+    for (const FieldDefinition& definition : node.own_record().definition->fields) {
         if (node.kind == LayoutKind::field && &definition != node.definition) continue;
         for (unsigned e = 0; e < definition.elements(); ++e) {
             if (FieldRef{node.record, &definition, e}.read_bits(tuning_) != 0) return false;

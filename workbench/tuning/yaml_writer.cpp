@@ -144,7 +144,7 @@ class Writer {
             plain_body(node, indent, key);
             return;
         }
-        const Record* const base = nearest_record(text_.tuning(), *node.record);
+        const Record* const base = nearest_record(text_.tuning(), node.own_record());
         text_.set_base(base);
         if (base == nullptr) {
             plain_body(node, indent, key);
