@@ -5,13 +5,13 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh g++ cmake ninja-build abigail-tools
 
-cmake -S . -B build/abi -G Ninja -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=Debug \
-    "-DCMAKE_CXX_FLAGS=-ffile-prefix-map=$PWD/=" -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_TESTS=OFF \
+export CCACHE_NOHASHDIR=1  # folders are not recorded: objects of another will do
+cmake --preset debug -B build/abi -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_TESTS=OFF \
     -DIMGTUNE_BUILD_BENCH=OFF >/dev/null
 cmake --build build/abi --target ispfeature
 now=build/abi/imgtune.abi
 abidw --headers-dir include --drop-private-types --exported-interfaces-only --no-corpus-path --no-comp-dir-path --no-show-locs --no-elf-needed \
-    --no-architecture --type-id-style hash --out-file "$now" build/abi/libimgtune.ispfeature.so
+    --no-architecture --type-id-style hash build/abi/libimgtune.ispfeature.so | sed "s|path='$PWD/|path='|" >"$now"
 
 if [ "${1:-}" = --renew ]; then
     mkdir -p abi
