@@ -8,12 +8,11 @@ one_at_a_time() {  # another may be installing the same
     exec 9>"$(dirname "$0")/../build/setup.lock"
     flock 9
 }
-update_lists() {  # update_lists PACKAGE...: what they are needed for
+become_root() {  # become_root PACKAGE...: what for
     if [ "$(id -u)" -ne 0 ]; then
         command -v sudo >/dev/null || { echo "setup: neither root nor sudo; install: $*" >&2; exit 2; }
         sudo=sudo
     fi
-    $sudo apt-get update -qq
 }
 
 if [ "${1:-}" = --unpack ]; then
@@ -25,7 +24,7 @@ if [ "${1:-}" = --unpack ]; then
     rm -rf "$part"
     mkdir -p "$part"
     fetch() { (cd "$part" && apt-get download -qq "$package"); }
-    fetch 2>/dev/null || { update_lists "$package"; fetch; }
+    fetch 2>/dev/null || { become_root "$package"; $sudo apt-get update -qq; fetch; }
     dpkg -x "$part"/*.deb "$part"
     mv "$part" "$folder"
     exit 0
@@ -44,5 +43,13 @@ find_missing "$@" || exit 0
 one_at_a_time
 find_missing "$@" || exit 0
 echo "installing: ${missing[*]}" >&2
-update_lists "${missing[@]}"
-$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+become_root "${missing[@]}"
+install() {
+    $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+# Lists that were read within the hour will do.
+if [ -n "$(find /var/lib/apt/lists -maxdepth 0 -mmin -60)" ] && compgen -G '/var/lib/apt/lists/*_Packages*' >/dev/null; then
+    install && exit 0
+fi
+$sudo apt-get update -qq
+install
