@@ -49,7 +49,7 @@ values() {
 # release and once under the sanitizers; the library by everything.
 {
     step "release suite" suite release -DIMGTUNE_UNITY=8
-    row sanitize fuzz python-test abi count-instructions
+    row aarch64 sanitize fuzz python-test abi count-instructions
 } &
 {
     step "install clang" scripts/setup.sh clang clang-format clang-tidy
@@ -57,7 +57,7 @@ values() {
     step "debug values" values debug
     step "clang-debug values" values clang-debug
     step "format and lint" scripts/lint.sh
-    row wasm page-test aarch64 android
+    row wasm page-test android  # the last with the tests that aarch64 has built
 } &
 wait
 
