@@ -7,7 +7,7 @@ namespace {
 constexpr ByteRun<20, 14> kHue;
 
 // The lines show entries 0..15; the last word's four are computed like the others.
-constexpr SmoothedTraceFormats kFormats{
+constexpr SmoothedTraceFormats kHueFormats{
     "[%s()] PH_Low : " IMGTUNE_16_VALUES "\n",
     "[%s()] PH_High: " IMGTUNE_16_VALUES "\n",
     "[%s()] PH_Tgt : " IMGTUNE_16_VALUES "\n",
@@ -18,12 +18,12 @@ constexpr SmoothedTraceFormats kFormats{
 
 void blend_hue(const BlockTrace& trace, const ColorParam& param, const FrameBlend& blend,
                const ColorImage& outdoor, const ColorImage& normal, ColorImage& scratch) {
-    blend_by_lv(trace, kHue, kFormats, param, blend, outdoor, normal, scratch);
+    blend_by_lv(trace, kHue, kHueFormats, param, blend, outdoor, normal, scratch);
 }
 
 void smooth_hue(const BlockTrace& trace, const ColorParam& param, const FrameBlend& blend,
                 const ColorImage& upper, const ColorImage& lower, ColorImage& working) {
-    smooth_by_ct(trace, kHue, kFormats, param, blend, param.hue_speed, upper, lower, working);
+    smooth_by_ct(trace, kHue, kHueFormats, param, blend, param.hue_speed, upper, lower, working);
 }
 
 }  // namespace imgtune

@@ -10,8 +10,8 @@ constexpr PackedRun<8, 69> kLsp{{PackedFields({{69, 22, 7}, {69, 14, 8}, {69, 7,
                                  PackedFields({{70, 23, 7}, {70, 16, 7}, {70, 8, 7}, {70, 0, 7}})}};
 
 template <class Kind, class Trace>
-void blend_block(const Trace& trace, Kind kind, const ColorImage& high_image,
-                 const ColorImage& low_image, ColorImage& out_image) {
+void blend_lsp(const Trace& trace, Kind kind, const ColorImage& high_image,
+               const ColorImage& low_image, ColorImage& out_image) {
     const auto high = kLsp.read(high_image);
     const auto low = kLsp.read(low_image);
     const auto out = kind(high, low);
@@ -31,7 +31,7 @@ void blend_lsp(const BlockTrace& block_trace, const ColorParam& param, const Fra
                const ColorImage& outdoor, const ColorImage& normal, ColorImage& scratch) {
     blend.apply(block_trace, [&](auto kind, const auto& trace) {
         trace.lv_header(param);
-        blend_block(trace, kind, outdoor, normal, scratch);
+        blend_lsp(trace, kind, outdoor, normal, scratch);
     });
 }
 
@@ -43,7 +43,7 @@ void interpolate_lsp(const BlockTrace& block_trace, const ColorParam& param,
                      as_signed(param.LSPEnable), as_signed(param.u4RealCT),
                      as_signed(param.u4LowerCT), as_signed(param.u4UpperCT));
         kLspEnable.write(working.u4Word, param.LSPEnable == 1 ? 1 : 0);
-        blend_block(trace, kind, upper, lower, working);
+        blend_lsp(trace, kind, upper, lower, working);
     });
 }
 

@@ -6,7 +6,7 @@ namespace {
 
 constexpr SpacedByteRun<6> kLuma;
 
-constexpr SmoothedTraceFormats kFormats{
+constexpr SmoothedTraceFormats kLumaFormats{
     "[%s()] PY_Low : " IMGTUNE_16_VALUES "\n",
     "[%s()] PY_High: " IMGTUNE_16_VALUES "\n",
     "[%s()] PY_Tgt : " IMGTUNE_16_VALUES "\n",
@@ -17,12 +17,12 @@ constexpr SmoothedTraceFormats kFormats{
 
 void blend_luma(const BlockTrace& trace, const ColorParam& param, const FrameBlend& blend,
                 const ColorImage& outdoor, const ColorImage& normal, ColorImage& scratch) {
-    blend_by_lv(trace, kLuma, kFormats, param, blend, outdoor, normal, scratch);
+    blend_by_lv(trace, kLuma, kLumaFormats, param, blend, outdoor, normal, scratch);
 }
 
 void smooth_luma(const BlockTrace& trace, const ColorParam& param, const FrameBlend& blend,
                  const ColorImage& upper, const ColorImage& lower, ColorImage& working) {
-    smooth_by_ct(trace, kLuma, kFormats, param, blend, param.lum_speed, upper, lower, working);
+    smooth_by_ct(trace, kLuma, kLumaFormats, param, blend, param.lum_speed, upper, lower, working);
 }
 
 }  // namespace imgtune

@@ -28,16 +28,16 @@ constexpr LevelFormats kLevels[] = {
 constexpr std::size_t kLevelCount = sizeof(kLevels) / sizeof(kLevels[0]);
 
 // SGY0, SGY64, SGY128, SGY192, SGY256, one after the other.
-constexpr ByteRun<kLevelCount * kEntries, 44> kCurves;
+constexpr ByteRun<kLevelCount * kEntries, 44> kCurveBytes;
 
 template <class Kind, class Trace>
-void blend_block(const Trace& trace, Kind kind, const ColorImage& high_image,
-                 const ColorImage& low_image, ColorImage& out_image) {
-    const auto high = kCurves.read(high_image);
-    const auto low = kCurves.read(low_image);
+void blend_curves(const Trace& trace, Kind kind, const ColorImage& high_image,
+                  const ColorImage& low_image, ColorImage& out_image) {
+    const auto high = kCurveBytes.read(high_image);
+    const auto low = kCurveBytes.read(low_image);
     const KeptInputs kept(trace, high, low);
     const auto out = kind(high, low);
-    kCurves.write(out_image, cut_to_bytes(out));
+    kCurveBytes.write(out_image, cut_to_bytes(out));
     if (!trace.details()) return;
     for (std::size_t k = 0; k < kLevelCount; ++k) {
         trace_row<kEntries>(trace, kLevels[k].low, kept.low, k * kEntries);
@@ -53,7 +53,7 @@ void blend_saturation_gain(const BlockTrace& block_trace, const ColorParam& para
                            const ColorImage& normal, ColorImage& scratch) {
     blend.apply(block_trace, [&](auto kind, const auto& trace) {
         trace.lv_header(param);
-        blend_block(trace, kind, outdoor, normal, scratch);
+        blend_curves(trace, kind, outdoor, normal, scratch);
     });
 }
 
@@ -64,7 +64,7 @@ void interpolate_saturation_gain(const BlockTrace& block_trace, const ColorParam
         trace.header("[%s()] u4RealCT = %d, u4LowerCT = %d, u4UpperCT = %d\n",
                      as_signed(param.u4RealCT), as_signed(param.u4LowerCT),
                      as_signed(param.u4UpperCT));
-        blend_block(trace, kind, upper, lower, working);
+        blend_curves(trace, kind, upper, lower, working);
     });
 }
 

@@ -7,7 +7,7 @@ scripts/setup.sh g++ cmake ninja-build abigail-tools
 
 export CCACHE_NOHASHDIR=1  # folders are not recorded: objects of another will do
 cmake --preset debug -B build/abi -DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_TESTS=OFF \
-    -DIMGTUNE_BUILD_BENCH=OFF >/dev/null
+    -DIMGTUNE_BUILD_BENCH=OFF -DIMGTUNE_UNITY=8 >/dev/null
 cmake --build build/abi --target ispfeature
 now=build/abi/imgtune.abi
 abidw --headers-dir include --drop-private-types --exported-interfaces-only --no-corpus-path --no-comp-dir-path --no-show-locs --no-elf-needed \

@@ -65,7 +65,7 @@ name=libimgtune.ispfeature.so tries=()
 for build in Release MinSizeRel Debug; do
     folder=$work/$build
     cmake --preset android -B "$folder" "-DCMAKE_BUILD_TYPE=$build" \
-        "-DCMAKE_CXX_FLAGS_MINSIZEREL=-Oz -DNDEBUG" >/dev/null
+        "-DCMAKE_CXX_FLAGS_MINSIZEREL=-Oz -DNDEBUG" -DIMGTUNE_UNITY=8 >/dev/null
     cmake --build "$folder"
     mkdir -p "$folder/stripped"
     aarch64-linux-gnu-objcopy --only-keep-debug "$folder/$name" "$folder/stripped/$name.debug"

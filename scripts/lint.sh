@@ -13,24 +13,25 @@ else
     clang-format --dry-run --Werror "${sources[@]}"
 fi
 
-# Workbench and command line are read together, in two units: their files share most headers.
+# Library, workbench and command line are read as a unit each: their files share most headers.
 tidy() { clang-tidy --quiet --config-file=.clang-tidy "$@"; }
 export -f tidy
-library=('common/*.cpp' 'ccm/*.cpp' 'color/*.cpp' 'matrix/*.cpp' 'platform/*.cpp'
-    ':!platform/import')
+platform=('platform/*.cpp' ':!platform/import')
 if [ "${CI:-}" = true ] || [ "${1:-}" = --all ]; then
-    cmake --preset clang -B build/lint -DIMGTUNE_UNITY=0 >/dev/null
+    cmake --preset clang-debug -B build/lint -DIMGTUNE_UNITY=0 >/dev/null
     # Of what a unit includes the analyser reads functions where it is called so.
-    find build/lint/workbench build/lint/cli -name 'unity_0_*.cxx' -execdir cp {} UnifiedSource.cxx \;
+    parts=(build/lint/workbench build/lint/cli build/lint/CMakeFiles)
+    find "${parts[@]}" -name 'unity_0_*.cxx' -execdir cp {} UnifiedSource.cxx \;
+    sed -i 's|/unity_0_cxx\.cxx|/UnifiedSource.cxx|g' build/lint/compile_commands.json
     {
-        find build/lint/workbench build/lint/cli -name UnifiedSource.cxx
-        git ls-files "${library[@]}"
+        find "${parts[@]}" -name UnifiedSource.cxx
+        git ls-files "${platform[@]}"
     } | xargs -P "$(nproc)" -I{} bash -c 'tidy -p build/lint {}'
     exit 0
 fi
 mapfile -t units < <(comm -12 \
-    <(git ls-files "${library[@]}" 'workbench/**/*.cpp' 'cli/*.cpp' | sort -u) \
+    <(git ls-files {common,ccm,color,matrix,cli}/'*.cpp' 'workbench/**/*.cpp' "${platform[@]}" | sort -u) \
     <({ git diff --name-only HEAD; git ls-files --others --exclude-standard; } | sort -u))
 [ ${#units[@]} -eq 0 ] && { echo "lint: no changed source for clang-tidy"; exit 0; }
-cmake --preset clang -B build/lint -DIMGTUNE_UNITY= >/dev/null
+cmake --preset clang-debug -B build/lint -DIMGTUNE_UNITY= >/dev/null
 printf '%s\n' "${units[@]}" | xargs -P "$(nproc)" -I{} bash -c 'tidy -p build/lint {}'

@@ -39,7 +39,7 @@ library_only=(-DIMGTUNE_BUILD_WORKBENCH=OFF -DIMGTUNE_BUILD_BENCH=OFF)
 # What a compiler's optimisation could change: the library's values.
 values() {
     local tests=(exports_test internal_test matrix_test digest_test) test
-    cmake --preset "$1" "${library_only[@]}" && cmake --build --preset "$1" --target "${tests[@]}" || return
+    cmake --preset "$1" "${library_only[@]}" -DIMGTUNE_UNITY=8 && cmake --build --preset "$1" --target "${tests[@]}" || return
     for test in "${tests[@]}"; do
         "$(find "build/$1/tests" -name "$test" -type f)" || return
     done
