@@ -8,6 +8,7 @@
 
 #include "workbench/tuning/faults.h"
 #include "workbench/tuning/fields.h"
+#include "workbench/tuning/yaml_io.h"
 
 namespace imgtune::workbench {
 
@@ -24,6 +25,14 @@ inline std::string codes(const Faults& faults) {
     std::string list;
     for (const Fault& f : faults.list()) list += (list.empty() ? "" : " ") + f.code;
     return list;
+}
+
+inline std::string to_yaml(const Tuning& tuning, bool comments = false) {
+    return write_yaml(tuning, comments);
+}
+
+inline Tuning from_yaml(const std::string& text, Faults& faults) {
+    return read_yaml(text, "t.yaml", faults);
 }
 
 }  // namespace imgtune::workbench
