@@ -175,6 +175,20 @@ int run_replay(const ReplayOptions& options) {
     return failed ? kBadInput : kFine;
 }
 
+constexpr const char* kReplayFooter =
+    "One row a frame: frame number, inputs, matrix coefficients c0..c8 (512 = 1.0), register\n"
+    "words ccm0..ccm5, then the colour fields by name.\n"
+    "\n"
+    "A frame log names its columns in the first line, in any order: lv, cct (kelvin), full_r,\n"
+    "full_g, full_b, awb_r, awb_g, awb_b (512 = 1.0), flash, scene, profile, capture. One\n"
+    "gain triple will do; flash, scene, profile and capture are 0 when missing. Columns\n"
+    "whose name begins with x_ are skipped, and so are lines that begin with #.\n"
+    "\n"
+    "Example:\n"
+    "  imgtune replay phone.yaml walk.csv -o walk-registers.csv\n"
+    "  imgtune replay phone.yaml walk.csv --summary\n"
+    "  imgtune replay phone.yaml day1.csv day2.csv day3.csv -O results";
+
 }  // namespace
 
 void add_replay(const Verbs& verbs) {
@@ -217,19 +231,7 @@ void add_replay(const Verbs& verbs) {
         .range(0.0, 50.0)
         .needs(summary);
     verb.flag("--json", options->json, "the summary as JSON").needs(summary);
-    verb.footer(
-        "One row a frame: frame number, inputs, matrix coefficients c0..c8 (512 = 1.0), register\n"
-        "words ccm0..ccm5, then the colour fields by name.\n"
-        "\n"
-        "A frame log names its columns in the first line, in any order: lv, cct (kelvin), full_r,\n"
-        "full_g, full_b, awb_r, awb_g, awb_b (512 = 1.0), flash, scene, profile, capture. One\n"
-        "gain triple will do; flash, scene, profile and capture are 0 when missing. Columns\n"
-        "whose name begins with x_ are skipped, and so are lines that begin with #.\n"
-        "\n"
-        "Example:\n"
-        "  imgtune replay phone.yaml walk.csv -o walk-registers.csv\n"
-        "  imgtune replay phone.yaml walk.csv --summary\n"
-        "  imgtune replay phone.yaml day1.csv day2.csv day3.csv -O results");
+    verb.footer(kReplayFooter);
     verb.run([options] { return run_replay(*options); });
 }
 
