@@ -7,6 +7,7 @@
 
 #include "cli/verbs.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/text/shown_text.h"
 #include "workbench/tuning/faults.h"
 
 namespace {
@@ -15,8 +16,14 @@ std::string unknown_verb(const CLI::App& app, const std::string& name) {
     std::vector<std::string> verbs;
     for (const CLI::App* verb : app.get_subcommands({})) verbs.push_back(verb->get_name());
     const std::string near = imgtune::workbench::nearest_name(name, verbs);
-    return "no verb '" + name + "'" +
+    return "no verb '" + imgtune::workbench::shown_text(name) + "'" +
            (near.empty() ? "; 'imgtune --help' lists them" : ", did you mean '" + near + "'?");
+}
+
+/// What is wrong with the options; it quotes them.
+std::string misuse(const CLI::App*, const CLI::Error& error) {
+    return imgtune::workbench::shown_text(error.what()) +
+           "\nRun with --help for more information.\n";
 }
 
 /// 'help VERB' is 'VERB --help'.
@@ -47,6 +54,7 @@ int main(int argc, char** argv) {
     app.name("imgtune");
     app.set_version_flag("--version", "imgtune " IMGTUNE_VERSION);
     app.require_subcommand(1);
+    app.failure_message(misuse);
     app.footer(
         "A TUNING is a YAML file or a folder of stored images; '-' is standard input or output.\n"
         "Exit status: 0 fine, 1 findings, 2 bad input, 3 errors found by check. 'imgtune VERB "
@@ -76,7 +84,11 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        if (argc > 1 && app.get_subcommands().empty() && *argv[1] != '-') {
+        if (argc <= 1) {
+            std::fputs("imgtune: name a verb; 'imgtune --help' lists them\n", stderr);
+            return kBadInput;
+        }
+        if (app.get_subcommands().empty() && *argv[1] != '-') {
             std::fprintf(stderr, "imgtune: %s\n", unknown_verb(app, argv[1]).c_str());
             return kBadInput;
         }

@@ -1,5 +1,7 @@
 #include "cli/verb.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
@@ -29,7 +31,14 @@ Option Option::one_of(const std::vector<std::string>& words) const {
 
 template <typename Number>
 Option Option::range(Number least, Number most) const {
-    option_->check(CLI::Range(least, most));
+    option_->check(
+        [least, most](const std::string& text) -> std::string {
+            Number value{};
+            if (CLI::detail::lexical_cast(text, value) && value >= least && value <= most)
+                return {};
+            return fmt::format("{} is not a number from {} to {}", text, least, most);
+        },
+        fmt::format("{}..{}", least, most));
     return *this;
 }
 

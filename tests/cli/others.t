@@ -63,6 +63,9 @@ The verbs that make, turn over, judge and explain tunings, and help.
     $ imgtune chek a.yaml
     imgtune: no verb 'chek', did you mean 'check'?
     [2]
+    $ imgtune
+    imgtune: name a verb; 'imgtune --help' lists them
+    [2]
     $ imgtune help chek
     imgtune: no verb 'chek', did you mean 'check'?
     [2]

@@ -71,7 +71,7 @@ Several logs at once; one that fails does not keep the others back.
     imgtune: short.csv and twin/short.csv would both be written to out/short.csv; run them apart
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv -O out --jobs 65
-    --jobs: Value 65 not in range 0 to 64
+    --jobs: 65 is not a number from 0 to 64
     Run with --help for more information.
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv -O .
@@ -90,7 +90,11 @@ Outputs that are inputs, and what cannot be set.
     imgtune: the library reads no property 'debug.smooth_color.lok', did you mean 'debug.smooth_color.lock'?
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv --every 0
-    --every: Value 0 not in range 1 to 1000000000
+    --every: 0 is not a number from 1 to 1000000000
+    Run with --help for more information.
+    [2]
+    $ imgtune replay imx477-polynomial.yaml short.csv --only "$(printf '\033[31m')"
+    --only: \x1b[31m not in {ccm,color}
     Run with --help for more information.
     [2]
     $ imgtune replay nowhere.yaml short.csv
