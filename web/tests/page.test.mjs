@@ -88,7 +88,7 @@ test("registers of every sample equal the command line's", async () => {
       const lines = tool("replay", join(EXAMPLES, tuning), join(EXAMPLES, log)).trim().split("\n").map((line) => line.split(","));
       const fields = lines[0].map((name, i) => [name, i]).filter(([name]) => /^c\d$/.test(name) || /^[A-Z]|\./.test(name));
       const wanted = fields.map(([, i]) => lines.slice(1).map((line) => Number(line[i])));
-      const got = await page.evaluate(
+      const told = await page.evaluate(
         async ([tuningText, logText, columns]) => {
           const encode = (text) => new TextEncoder().encode(text);
           const engine = window.imgtune.newEngine();
@@ -97,10 +97,11 @@ test("registers of every sample equal the command line's", async () => {
           await engine.replay([]);
           const result = (await engine.columns(columns, "actual")).map((column) => Array.from(column));
           engine.close();
-          return result;
+          return JSON.stringify(result); // handed over as a whole
         },
         [readFileSync(join(EXAMPLES, tuning), "utf8"), readFileSync(join(EXAMPLES, log), "utf8"), fields.map(([name]) => name)],
       );
+      const got = JSON.parse(told);
       assert.ok(fields.length >= 9);
       fields.forEach(([name], i) => assert.deepEqual(got[i], wanted[i], `${tuning}, ${log}: ${name}`));
     }
