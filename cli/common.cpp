@@ -5,10 +5,10 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "workbench/camera/trace_capture.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/tuning_files.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/trace/trace_capture.h"
 #include "workbench/tuning/check.h"
 
 namespace imgtune::cli {

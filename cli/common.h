@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "workbench/camera/camera.h"
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/tuning.h"
 
 // What several verbs say and ask alike.

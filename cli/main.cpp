@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "cli/verbs.h"
+#include "workbench/findings/faults.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/text/shown_text.h"
-#include "workbench/tuning/faults.h"
 
 namespace {
 

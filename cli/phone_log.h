@@ -6,7 +6,7 @@
 
 #include "cli/verb.h"
 #include "workbench/files/file_source.h"
-#include "workbench/frames/traced_frames.h"
+#include "workbench/trace/traced_frames.h"
 
 // What the verbs that read a device's log share.
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "cli/verbs.h"
-#include "workbench/camera/trace_capture.h"
 #include "workbench/files/output_file.h"
+#include "workbench/trace/trace_capture.h"
 
 namespace imgtune::cli {
 

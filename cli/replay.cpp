@@ -13,12 +13,12 @@
 #include "cli/common.h"
 #include "cli/summary_text.h"
 #include "cli/verbs.h"
-#include "workbench/camera/debug_properties.h"
 #include "workbench/files/output_guard.h"
 #include "workbench/files/replay_files.h"
 #include "workbench/json/summary.h"
 #include "workbench/studies/summary.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/trace/debug_properties.h"
 
 namespace imgtune::cli {
 

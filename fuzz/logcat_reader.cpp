@@ -4,8 +4,8 @@
 #include <string>
 
 #include "input.h"
-#include "workbench/frames/traced_frames.h"
 #include "workbench/studies/verify.h"
+#include "workbench/trace/traced_frames.h"
 
 using namespace imgtune::fuzz;
 using namespace imgtune::workbench;

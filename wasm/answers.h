@@ -12,8 +12,8 @@
 
 #include "workbench/calibration/color_difference.h"
 #include "workbench/camera/camera.h"
+#include "workbench/findings/faults.h"
 #include "workbench/frames/frame_log.h"
-#include "workbench/tuning/faults.h"
 #include "workbench/tuning/images.h"
 #include "workbench/tuning/yaml_io.h"
 

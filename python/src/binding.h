@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "workbench/camera/camera.h"
+#include "workbench/findings/faults.h"
 #include "workbench/frames/frame_log.h"
 #include "workbench/text/bad_input.h"
-#include "workbench/tuning/faults.h"
 #include "workbench/tuning/tuning.h"
 
 // What the binding's files share. Each adds its subject to the module.

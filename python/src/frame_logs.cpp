@@ -5,7 +5,7 @@
 
 #include "binding.h"
 #include "workbench/files/file_source.h"
-#include "workbench/frames/traced_frames.h"
+#include "workbench/trace/traced_frames.h"
 
 // Frame logs out of files, as structured arrays.
 

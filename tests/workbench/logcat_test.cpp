@@ -6,10 +6,10 @@
 
 #include "tests/workbench/sample_tuning.h"
 #include "workbench/camera/camera.h"
-#include "workbench/camera/trace_capture.h"
-#include "workbench/frames/traced_frames.h"
 #include "workbench/studies/verify.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/trace/trace_capture.h"
+#include "workbench/trace/traced_frames.h"
 
 namespace imgtune::workbench {
 namespace {

@@ -11,7 +11,7 @@
 #include "workbench/studies/explanation.h"
 #include "workbench/studies/resting.h"
 #include "workbench/studies/stall.h"
-#include "workbench/studies/trace_lines.h"
+#include "workbench/trace/trace_lines.h"
 
 namespace imgtune::workbench {
 namespace {

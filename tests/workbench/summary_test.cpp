@@ -8,13 +8,13 @@
 
 #include "cli/summary_text.h"
 #include "tests/workbench/sample_tuning.h"
-#include "workbench/camera/trace_capture.h"
 #include "workbench/studies/clipping.h"
 #include "workbench/studies/light_watch.h"
 #include "workbench/studies/resting.h"
 #include "workbench/studies/settling.h"
 #include "workbench/studies/summary.h"
-#include "workbench/studies/trace_lines.h"
+#include "workbench/trace/trace_capture.h"
+#include "workbench/trace/trace_lines.h"
 
 namespace imgtune::workbench {
 namespace {

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <string>
 
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/fields.h"
 #include "workbench/tuning/yaml_io.h"
 

@@ -4,10 +4,10 @@
 
 #include <cstring>
 
+#include "workbench/findings/faults.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/text/digits.h"
 #include "workbench/text/glob.h"
-#include "workbench/tuning/faults.h"
 #include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {

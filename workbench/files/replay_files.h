@@ -9,8 +9,8 @@
 
 #include "workbench/camera/row_text.h"
 #include "workbench/files/row_writer.h"
+#include "workbench/findings/faults.h"
 #include "workbench/frames/frame_log.h"
-#include "workbench/tuning/faults.h"
 
 namespace imgtune::workbench {
 

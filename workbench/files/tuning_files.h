@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/tuning.h"
 
 namespace imgtune::workbench {

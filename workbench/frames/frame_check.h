@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "workbench/findings/faults.h"
 #include "workbench/frames/frame_log.h"
-#include "workbench/tuning/faults.h"
 
 namespace imgtune::workbench {
 

@@ -6,9 +6,9 @@
 #include <charconv>
 #include <utility>
 
+#include "workbench/findings/faults.h"
 #include "workbench/text/characters.h"
 #include "workbench/text/shown_text.h"
-#include "workbench/tuning/faults.h"
 
 namespace imgtune::workbench {
 

@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 
 namespace imgtune::workbench {
 

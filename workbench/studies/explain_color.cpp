@@ -5,8 +5,8 @@
 #include <string_view>
 #include <utility>
 
-#include "workbench/camera/trace_capture.h"
 #include "workbench/studies/explain_parts.h"
+#include "workbench/trace/trace_capture.h"
 #include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {

@@ -2,7 +2,7 @@
 #define IMGTUNE_WORKBENCH_STUDIES_EXPLAIN_PARTS_H
 
 #include "workbench/studies/explanation.h"
-#include "workbench/studies/trace_lines.h"
+#include "workbench/trace/trace_lines.h"
 
 namespace imgtune::workbench {
 

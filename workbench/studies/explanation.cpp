@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "workbench/camera/trace_capture.h"
 #include "workbench/studies/explain_parts.h"
+#include "workbench/trace/trace_capture.h"
 
 namespace imgtune::workbench {
 

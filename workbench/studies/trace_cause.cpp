@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "workbench/frames/traced_frames.h"
+#include "workbench/trace/traced_frames.h"
 #include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {

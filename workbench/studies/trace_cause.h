@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "workbench/frames/trace_reader.h"
-#include "workbench/studies/trace_comparison.h"
+#include "workbench/trace/trace_comparison.h"
+#include "workbench/trace/trace_reader.h"
 
 namespace imgtune::workbench {
 

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "workbench/camera/camera.h"
-#include "workbench/camera/trace_capture.h"
-#include "workbench/frames/traced_frames.h"
 #include "workbench/studies/trace_cause.h"
-#include "workbench/studies/trace_comparison.h"
+#include "workbench/trace/trace_capture.h"
+#include "workbench/trace/trace_comparison.h"
+#include "workbench/trace/traced_frames.h"
 
 namespace imgtune::workbench {
 

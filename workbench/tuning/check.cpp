@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "workbench/tuning/check_rules.h"
+#include "workbench/tuning/checked.h"
 
 namespace imgtune::workbench {
 
@@ -22,16 +22,16 @@ Checked::Checked(const Tuning& tuning, Faults& faults)
       codec_(tuning.caller.int_bits, tuning.caller.frac_bits),
       rows_matter_(tuning.has_ccm && ccm().i4NumCT >= 1 && ccm().i4NumCT <= 8 &&
                    (ccm().i4Method == kPolynomialMethod || ccm().i4Method == kBlendMethod) &&
-                   !is_unread("ccm.i4NumCT") && !is_unread("ccm.i4Method")) {}
+                   !is_suppressed("ccm.i4NumCT") && !is_suppressed("ccm.i4Method")) {}
 
 void Checked::report(Fault fault) {
-    if (!is_unread(fault.path)) faults_.add(std::move(fault));
+    if (!is_suppressed(fault.path)) faults_.add(std::move(fault));
 }
 
 bool Checked::is_row_used(std::size_t row) const {
     return row == kNormalRow ||
-           (row == kLowLightRow && ccm().i4NumLV >= 2 && !is_unread("ccm.i4NumLV")) ||
-           (row == kFlashRow && ccm().i4NumFlash != 0 && !is_unread("ccm.i4NumFlash"));
+           (row == kLowLightRow && ccm().i4NumLV >= 2 && !is_suppressed("ccm.i4NumLV")) ||
+           (row == kFlashRow && ccm().i4NumFlash != 0 && !is_suppressed("ccm.i4NumFlash"));
 }
 
 std::size_t Checked::filled_points(std::size_t row) const {
@@ -76,7 +76,7 @@ bool Checked::codec_fits() const {
     const CallerSettings& c = tuning_.caller;
     return c.int_bits >= 0 && c.frac_bits >= 0 &&
            std::int64_t{c.int_bits} + c.frac_bits <= kCoefficientBits &&
-           !is_unread("caller.int_bits") && !is_unread("caller.frac_bits");
+           !is_suppressed("caller.int_bits") && !is_suppressed("caller.frac_bits");
 }
 
 std::int32_t Checked::unity() const {

@@ -1,7 +1,7 @@
 #ifndef IMGTUNE_WORKBENCH_TUNING_CHECK_H
 #define IMGTUNE_WORKBENCH_TUNING_CHECK_H
 
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/tuning.h"
 
 namespace imgtune::workbench {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "workbench/studies/stall.h"
-#include "workbench/tuning/check_rules.h"
+#include "workbench/tuning/checked.h"
 
 namespace imgtune::workbench {
 
@@ -37,7 +37,7 @@ void check_codec(Checked& checked) {
                         .effect = "diagonals of another scale: a picture too dark or too bright",
                         .suggestion = "frac_bits: 9"});
         // Coefficients for another unity would each be a finding.
-        checked.set_unread("caller.frac_bits");
+        checked.suppress("caller.frac_bits");
     }
 }
 
@@ -93,7 +93,7 @@ bool is_in_kelvin(Checked& checked) {
          .allowed = "1000..1000000",
          .effect = "every frame lies beyond one end of the grid: one image for all",
          .suggestion = kelvin + "]"});
-    checked.set_unread("caller.ct_grid");
+    checked.suppress("caller.ct_grid");
     return false;
 }
 
@@ -119,7 +119,7 @@ void check_grid(Checked& checked) {
                     .allowed = "five different CTs in order",
                     .effect = "a wrong pair of images is blended around this CT",
                     .suggestion = "sort ct_grid together with the images of every slot"});
-    checked.set_unread(path);
+    checked.suppress(path);
 }
 
 }  // namespace

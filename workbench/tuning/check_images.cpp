@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "workbench/tuning/check_rules.h"
+#include "workbench/tuning/checked.h"
 
 namespace imgtune::workbench {
 
@@ -31,7 +31,7 @@ void check_knots(Checked& checked, const Image& image, const std::string& path) 
     for (unsigned i = 0; i < first.count; ++i) {
         const std::uint32_t sp1 = first.place(i).read(image.u4Word);
         const std::uint32_t sp2 = second.place(i).read(image.u4Word);
-        if (sp1 <= sp2 || checked.is_unread(fmt::format("{}.Saturation.SP2[{}]", path, i)))
+        if (sp1 <= sp2 || checked.is_suppressed(fmt::format("{}.Saturation.SP2[{}]", path, i)))
             continue;
         checked.report({.code = "T207",
                         .path = fmt::format("{}.Saturation.SP1[{}]", path, i),
@@ -94,7 +94,7 @@ void check_slot(Checked& checked, std::size_t slot) {
                             .message = "is missing: all fields are 0",
                             .effect = "a black or grey picture around this CT",
                             .suggestion = "fill the image, or write it like a neighbour"});
-            checked.set_unread(path);
+            checked.suppress(path);
             continue;
         }
         check_knots(checked, image, path);

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "workbench/tuning/check_rules.h"
+#include "workbench/tuning/checked.h"
 
 namespace imgtune::workbench {
 
@@ -194,7 +194,7 @@ bool check_against_tuned(Checked& checked, const Block& block) {
     if (!checked.has_matrices(block.row)) return found;
     found |= check_term_factors(checked, block);
     if (found) {
-        checked.set_unread(block.path);
+        checked.suppress(block.path);
         return true;
     }
     const double off = distance(checked, block) / checked.unity();
@@ -224,7 +224,8 @@ void check_polynomials(Checked& checked) {
                             {ccm.rCCMPoly22Flash, "ccm.rCCMPoly22Flash", kFlashRow}};
     for (const Block& block : blocks) {
         if (!checked.is_row_used(block.row) || checked.is_row_missing(block.row) ||
-            block.poly.i4R_STD == 0 || block.poly.i4B_STD == 0 || checked.is_unread(block.path)) {
+            block.poly.i4R_STD == 0 || block.poly.i4B_STD == 0 ||
+            checked.is_suppressed(block.path)) {
             continue;
         }
         // The low-light row shares the polynomial of the normal one.

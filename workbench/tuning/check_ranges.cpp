@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "workbench/tuning/check_rules.h"
+#include "workbench/tuning/checked.h"
 
 namespace imgtune::workbench {
 
@@ -55,7 +55,7 @@ void check_range(Checked& checked, const FieldRef& field) {
                     .effect = zero_deviation
                                   ? "division by zero: coefficients of 0 or beyond all bounds"
                                   : rule->effect});
-    checked.set_unread(path);
+    checked.suppress(path);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "workbench/tuning/check_rules.h"
+#include "workbench/tuning/checked.h"
 
 namespace imgtune::workbench {
 
@@ -87,7 +87,7 @@ void check_order(Checked& checked, std::size_t row, std::size_t ct) {
     const AWB_GAIN_T& gain = checked.ccm().rCTAWBGain[row][ct];
     const auto report = [&](const char* name, const char* rule, std::int32_t value,
                             std::int32_t other) {
-        if (checked.is_unread(fmt::format("{}.gain.{}", point_path(row, ct - 1), name))) return;
+        if (checked.is_suppressed(fmt::format("{}.gain.{}", point_path(row, ct - 1), name))) return;
         checked.report(
             {.code = "T104",
              .path = fmt::format("{}.gain.{}", point_path(row, ct), name),
@@ -209,7 +209,7 @@ void check_jump(Checked& checked, std::size_t row, std::size_t ct) {
 
 void check_matrix(Checked& checked, std::size_t row, std::size_t ct) {
     const std::string path = point_path(row, ct) + ".matrix";
-    if (checked.is_unread(path)) return;
+    if (checked.is_suppressed(path)) return;
     if (!checked.has_matrix(row, ct)) {
         checked.report({.code = "T107",
                         .path = path,
@@ -220,7 +220,7 @@ void check_matrix(Checked& checked, std::size_t row, std::size_t ct) {
     }
     check_sums(checked, row, ct);
     const bool has_before = ct > 0 && checked.has_matrix(row, ct - 1) &&
-                            !checked.is_unread(point_path(row, ct - 1) + ".matrix");
+                            !checked.is_suppressed(point_path(row, ct - 1) + ".matrix");
     if (has_before) check_jump(checked, row, ct);
 }
 

@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "workbench/tuning/check_rules.h"
+#include "workbench/tuning/checked.h"
 
 namespace imgtune::workbench {
 
@@ -20,7 +20,8 @@ void check_ratio_thresholds(Checked& checked, std::size_t slot) {
         // A ramp without length is a jump, unless it joins equal ratios.
         const bool ramp = i != 2;
         const bool jumps = ramp && th[i] == th[i - 1] && plateau[i / 2] != plateau[i / 2 + 1];
-        if ((th[i] >= th[i - 1] && !jumps) || checked.is_unread(slot_path(slot, kNames[i - 1]))) {
+        if ((th[i] >= th[i - 1] && !jumps) ||
+            checked.is_suppressed(slot_path(slot, kNames[i - 1]))) {
             continue;
         }
         checked.report({.code = jumps ? "T214" : "T201",
@@ -62,7 +63,7 @@ void check_saturation_target(Checked& checked, std::size_t slot, std::size_t sou
 void check_outdoor(Checked& checked) {
     const ISP_NVRAM_PCA_PARAM_T& p = checked.tuning().pca[kNormalSlot];
     if (p.u4OutdoorLV_Start >= p.u4OutdoorLV_End &&
-        !checked.is_unread(slot_path(kNormalSlot, "u4OutdoorLV_End"))) {
+        !checked.is_suppressed(slot_path(kNormalSlot, "u4OutdoorLV_End"))) {
         const bool equal = p.u4OutdoorLV_Start == p.u4OutdoorLV_End;
         checked.report({.code = equal ? "T215" : "T203",
                         .path = slot_path(kNormalSlot, "u4OutdoorLV_Start"),

@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/tuning.h"
 
 // A tuning as stored: a folder with little-endian images of the records.

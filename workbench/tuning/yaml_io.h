@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/tuning.h"
 
 namespace imgtune::workbench {

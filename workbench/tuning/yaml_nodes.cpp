@@ -20,7 +20,7 @@ void TextFaults::add(int line, Fault fault) {
         fault.file = file_;
         fault.line = line;
     }
-    if (!fault.path.empty()) faults_.set_unread(fault.path);
+    if (!fault.path.empty()) faults_.suppress(fault.path);
     faults_.add(std::move(fault));
 }
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "workbench/findings/faults.h"
 #include "workbench/text/yaml_document.h"
-#include "workbench/tuning/faults.h"
 
 // What reading a YAML text stands on: findings with their line, and the entries of its maps.
 
@@ -18,11 +18,11 @@ class TextFaults {
   public:
     TextFaults(std::string file, Faults& faults) : file_(std::move(file)), faults_(faults) {}
 
-    /// What stands at the fault's path counts as unread. Line 0: that of the path.
+    /// What stands at the fault's path is suppressed. Line 0: that of the path.
     void add(int line, Fault fault);
     void set_place(const std::string& path, int line) { faults_.set_place(path, file_, line); }
-    void set_unread(const std::string& path) { faults_.set_unread(path); }
-    bool is_unread(const std::string& path) const { return faults_.is_unread(path); }
+    void suppress(const std::string& path) { faults_.suppress(path); }
+    bool is_suppressed(const std::string& path) const { return faults_.is_suppressed(path); }
 
   private:
     std::string file_;

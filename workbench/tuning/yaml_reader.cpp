@@ -367,7 +367,7 @@ class Reader {
             if (map.done) continue;
             if (first == nullptr) first = &map;
             circle = circle && waits(map.base);
-            faults_.set_unread(map.node->path);
+            faults_.suppress(map.node->path);
         }
         if (first == nullptr || !circle) return;
         report_like(*first->node, first->line,

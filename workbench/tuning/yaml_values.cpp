@@ -154,9 +154,9 @@ void ValueReader::read_coefficient(const FieldRef& field, const std::string& pat
 
 void ValueReader::finish() {
     if (misfits_.empty()) return;
-    for (const Misfit& misfit : misfits_) faults_.set_unread(misfit.path);
+    for (const Misfit& misfit : misfits_) faults_.suppress(misfit.path);
     const bool codec_unread =
-        faults_.is_unread("caller.int_bits") || faults_.is_unread("caller.frac_bits");
+        faults_.is_suppressed("caller.int_bits") || faults_.is_suppressed("caller.frac_bits");
     if (codec_unread) return;
     const CallerSettings& caller = tuning_.caller;
     const std::string codec =

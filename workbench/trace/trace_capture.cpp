@@ -1,4 +1,4 @@
-#include "workbench/camera/trace_capture.h"
+#include "workbench/trace/trace_capture.h"
 
 #include <android/log.h>
 #include <cutils/properties.h>

@@ -1,5 +1,5 @@
-#ifndef IMGTUNE_WORKBENCH_TUNING_FAULTS_H
-#define IMGTUNE_WORKBENCH_TUNING_FAULTS_H
+#ifndef IMGTUNE_WORKBENCH_FINDINGS_FAULTS_H
+#define IMGTUNE_WORKBENCH_FINDINGS_FAULTS_H
 
 #include <map>
 #include <set>
@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "workbench/tuning/rules.h"
+#include "workbench/findings/rules.h"
 
 namespace imgtune::workbench {
 
@@ -38,9 +38,9 @@ class Faults {
     void set_place(const std::string& path, const std::string& file, int line);
 
     /// An earlier finding says why what stands at `path`, or below it, has no sensible value.
-    void set_unread(const std::string& path) { unread_.insert(path); }
-    /// Something at, above or below `path` is unread: what follows from it is no finding.
-    bool is_unread(std::string_view path) const;
+    void suppress(const std::string& path) { suppressed_.insert(path); }
+    /// Something at, above or below `path` is suppressed: what follows from it is no finding.
+    bool is_suppressed(std::string_view path) const;
 
     const std::vector<Fault>& list() const { return list_; }
     bool empty() const { return list_.empty(); }
@@ -61,7 +61,7 @@ class Faults {
         int line;
     };
     std::map<std::string, Place, std::less<>> places_;
-    std::set<std::string, std::less<>> unread_;
+    std::set<std::string, std::less<>> suppressed_;
     std::vector<Fault> list_;
 };
 

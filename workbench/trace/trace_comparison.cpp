@@ -1,4 +1,4 @@
-#include "workbench/studies/trace_comparison.h"
+#include "workbench/trace/trace_comparison.h"
 
 #include <algorithm>
 #include <map>

@@ -1,4 +1,4 @@
-#include "workbench/tuning/faults.h"
+#include "workbench/findings/faults.h"
 
 #include <fmt/format.h>
 
@@ -71,18 +71,18 @@ void Faults::add(Fault fault) {
     list_.push_back(std::move(fault));
 }
 
-bool Faults::is_unread(std::string_view path) const {
-    if (unread_.empty()) return false;
+bool Faults::is_suppressed(std::string_view path) const {
+    if (suppressed_.empty()) return false;
     // At the path or above it.
     for (std::string_view top = path;;) {
-        if (unread_.find(top) != unread_.end()) return true;
+        if (suppressed_.find(top) != suppressed_.end()) return true;
         const std::size_t end = top.find_last_of(".[");
         if (end == top.npos) break;
         top = top.substr(0, end);
     }
     // Below it.
-    const auto next = unread_.lower_bound(path);
-    for (auto at = next; at != unread_.end() && at->starts_with(path); ++at) {
+    const auto next = suppressed_.lower_bound(path);
+    for (auto at = next; at != suppressed_.end() && at->starts_with(path); ++at) {
         const char after = (*at)[path.size()];
         if (after == '.' || after == '[') return true;
     }

@@ -1,5 +1,5 @@
-#ifndef IMGTUNE_WORKBENCH_FRAMES_TRACE_READER_H
-#define IMGTUNE_WORKBENCH_FRAMES_TRACE_READER_H
+#ifndef IMGTUNE_WORKBENCH_TRACE_TRACE_READER_H
+#define IMGTUNE_WORKBENCH_TRACE_TRACE_READER_H
 
 #include <array>
 #include <cstdint>
@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "workbench/frames/logcat_line.h"
 #include "workbench/text/line_reader.h"
+#include "workbench/trace/logcat_line.h"
 
 namespace imgtune::workbench {
 

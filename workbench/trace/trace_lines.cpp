@@ -1,4 +1,4 @@
-#include "workbench/studies/trace_lines.h"
+#include "workbench/trace/trace_lines.h"
 
 #include <fmt/format.h>
 

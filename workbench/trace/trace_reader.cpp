@@ -1,4 +1,4 @@
-#include "workbench/frames/trace_reader.h"
+#include "workbench/trace/trace_reader.h"
 
 #include <algorithm>
 #include <charconv>

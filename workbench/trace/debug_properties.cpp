@@ -1,12 +1,12 @@
-#include "workbench/camera/debug_properties.h"
+#include "workbench/trace/debug_properties.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "workbench/camera/trace_capture.h"
+#include "workbench/findings/faults.h"
 #include "workbench/text/bad_input.h"
-#include "workbench/tuning/faults.h"
+#include "workbench/trace/trace_capture.h"
 
 namespace imgtune::workbench {
 

@@ -1,5 +1,5 @@
-#ifndef IMGTUNE_WORKBENCH_FRAMES_TRACED_FRAMES_H
-#define IMGTUNE_WORKBENCH_FRAMES_TRACED_FRAMES_H
+#ifndef IMGTUNE_WORKBENCH_TRACE_TRACED_FRAMES_H
+#define IMGTUNE_WORKBENCH_TRACE_TRACED_FRAMES_H
 
 #include <array>
 #include <cstdint>
@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "workbench/frames/frame_log.h"
-#include "workbench/frames/trace_reader.h"
+#include "workbench/trace/trace_reader.h"
 
 namespace imgtune::workbench {
 

@@ -1,5 +1,5 @@
-#ifndef IMGTUNE_WORKBENCH_TUNING_CHECK_RULES_H
-#define IMGTUNE_WORKBENCH_TUNING_CHECK_RULES_H
+#ifndef IMGTUNE_WORKBENCH_TUNING_CHECKED_H
+#define IMGTUNE_WORKBENCH_TUNING_CHECKED_H
 
 #include <cstddef>
 #include <string>
@@ -26,8 +26,8 @@ class Checked {
     /// Left out where the path, or what stands below or above it, was not read.
     void report(Fault fault);
     /// Nothing that follows from the value at `path` is a finding from here on.
-    void set_unread(const std::string& path) { faults_.set_unread(path); }
-    bool is_unread(const std::string& path) const { return faults_.is_unread(path); }
+    void suppress(const std::string& path) { faults_.suppress(path); }
+    bool is_suppressed(const std::string& path) const { return faults_.is_suppressed(path); }
 
     /// The library takes matrices from the rows: method and number of CTs make sense.
     bool rows_matter() const { return rows_matter_; }

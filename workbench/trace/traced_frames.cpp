@@ -1,4 +1,4 @@
-#include "workbench/frames/traced_frames.h"
+#include "workbench/trace/traced_frames.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "workbench/frames/logcat_line.h"
+#include "workbench/trace/logcat_line.h"
 
 #include <charconv>
 

@@ -1,4 +1,4 @@
-#include "workbench/tuning/rules.h"
+#include "workbench/findings/rules.h"
 
 namespace imgtune::workbench {
 
