@@ -5,12 +5,23 @@
 #include <string>
 #include <vector>
 
+#include "cli/program.h"
 #include "cli/verbs.h"
 #include "workbench/findings/faults.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/text/shown_text.h"
 
 namespace {
+
+constexpr const char* kFirstSteps =
+    "imgtune: a verb is missing. First steps:\n"
+    "  imgtune new -o phone.yaml                      a commented tuning to start from\n"
+    "  imgtune check phone.yaml                       every fault of it\n"
+    "  imgtune replay phone.yaml walk.csv --summary   what it does with the light of a log\n"
+    "  imgtune explain phone.yaml --lv 35 --cct 4200 --gain 780,512,1010\n"
+    "                                                 why a frame gets its registers\n"
+    "  imgtune view phone.yaml walk.csv               the same as pictures\n"
+    "'imgtune --help' lists all verbs, 'imgtune VERB --help' explains one.\n";
 
 std::string unknown_verb(const CLI::App& app, const std::string& name) {
     std::vector<std::string> verbs;
@@ -50,34 +61,10 @@ void add_help(CLI::App& app, std::string& verb_to_explain, std::function<int()>&
 
 int main(int argc, char** argv) {
     using namespace imgtune::cli;
-    CLI::App app{"Tools for tunings of the camera's colour correction and colour engine."};
-    app.name("imgtune");
-    app.set_version_flag("--version", "imgtune " IMGTUNE_VERSION);
-    app.require_subcommand(1);
-    app.failure_message(misuse);
-    app.footer(
-        "A TUNING is a YAML file or a folder of stored images; '-' is standard input or output.\n"
-        "Exit status: 0 fine, 1 findings, 2 bad input, 3 errors found by check. 'imgtune VERB "
-        "--help' shows an example.");
-
+    CLI::App app;
     std::function<int()> chosen;
-    const Verbs verbs(app, chosen);
-    add_check(verbs);
-    add_convert(verbs);
-    add_diff(verbs);
-    add_explain(verbs);
-    add_export(verbs);
-    add_frames(verbs);
-    add_import(verbs);
-    add_new(verbs);
-    add_pack(verbs);
-    add_props(verbs);
-    add_replay(verbs);
-    add_report(verbs);
-    add_sweep(verbs);
-    add_unpack(verbs);
-    add_verify(verbs);
-    add_view(verbs);
+    set_up(app, IMGTUNE_VERSION, chosen);
+    app.failure_message(misuse);
 
     std::string verb_to_explain;
     add_help(app, verb_to_explain, chosen);
@@ -85,7 +72,7 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (argc <= 1) {
-            std::fputs("imgtune: name a verb; 'imgtune --help' lists them\n", stderr);
+            std::fputs(kFirstSteps, stderr);
             return kBadInput;
         }
         if (app.get_subcommands().empty() && *argv[1] != '-') {

@@ -64,7 +64,14 @@ The verbs that make, turn over, judge and explain tunings, and help.
     imgtune: no verb 'chek', did you mean 'check'?
     [2]
     $ imgtune
-    imgtune: name a verb; 'imgtune --help' lists them
+    imgtune: a verb is missing. First steps:
+      imgtune new -o phone.yaml                      a commented tuning to start from
+      imgtune check phone.yaml                       every fault of it
+      imgtune replay phone.yaml walk.csv --summary   what it does with the light of a log
+      imgtune explain phone.yaml --lv 35 --cct 4200 --gain 780,512,1010
+                                                     why a frame gets its registers
+      imgtune view phone.yaml walk.csv               the same as pictures
+    'imgtune --help' lists all verbs, 'imgtune VERB --help' explains one.
     [2]
     $ imgtune help chek
     imgtune: no verb 'chek', did you mean 'check'?
@@ -81,7 +88,7 @@ The verbs that make, turn over, judge and explain tunings, and help.
     Example:
       imgtune new -o tuning.yaml && imgtune check tuning.yaml
     $ imgtune --version
-    imgtune 1.0.0
+    imgtune 1.0.0* (glob)
 
 A report needs the page, and a log with frames.
 
