@@ -2,22 +2,24 @@
 include(CMakePackageConfigHelpers)
 
 set(IMGTUNE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/imgtune)
-set(IMGTUNE_INSTALLED_LIBRARIES ispfeature imgtune_headers)
 if(NOT ANDROID)
-  # The stand-ins lie beside the library, which finds them there; their headers stay out of the way
-  # of other packages'.
-  list(APPEND IMGTUNE_INSTALLED_LIBRARIES cutils log)
-  set_target_properties(ispfeature PROPERTIES INSTALL_RPATH "$ORIGIN")
+  # The stand-ins have the names of other packages' libraries: they lie in a folder of their own, in
+  # which the library finds them, and so do their headers.
+  set(IMGTUNE_STAND_INS_DIR ${CMAKE_INSTALL_LIBDIR}/imgtune)
+  install(TARGETS cutils log EXPORT imgtuneTargets COMPONENT library
+    DESTINATION ${IMGTUNE_STAND_INS_DIR})
+  set_target_properties(ispfeature PROPERTIES INSTALL_RPATH "$ORIGIN/imgtune")
   install(DIRECTORY platform/include/ COMPONENT library
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/imgtune/platform)
   if(TARGET imgtune)
     file(RELATIVE_PATH lib_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(imgtune PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
+    set_target_properties(imgtune PROPERTIES
+      INSTALL_RPATH "$ORIGIN/${lib_from_bin};$ORIGIN/${lib_from_bin}/imgtune")
   endif()
 endif()
 set_target_properties(imgtune_headers PROPERTIES EXPORT_NAME headers)
 
-install(TARGETS ${IMGTUNE_INSTALLED_LIBRARIES} EXPORT imgtuneTargets COMPONENT library)
+install(TARGETS ispfeature imgtune_headers EXPORT imgtuneTargets COMPONENT library)
 install(EXPORT imgtuneTargets NAMESPACE imgtune:: DESTINATION ${IMGTUNE_PACKAGE_DIR}
   COMPONENT library)
 
