@@ -1,11 +1,13 @@
 // Builds the one file: node build.mjs ENGINE_FOLDER OUTPUT. Script, style, worker, engine and samples
-// stand inside, and a policy that lets nothing else in.
+// stand inside, a policy that lets nothing else in, and the notices of those whose work it contains,
+// which stand beside it, too: OUTPUT.notices.txt, and OUTPUT.components.json for those who list them.
 import { createHash } from "node:crypto";
 import { readFileSync, readdirSync, writeFileSync } from "node:fs";
 import { dirname } from "node:path";
 import { fileURLToPath } from "node:url";
 import { gzipSync } from "node:zlib";
 import { build } from "vite";
+import { bundledPackages, compiledLibraries, noticesOf } from "./notices.mjs";
 
 const [engine, output] = process.argv.slice(2);
 const here = dirname(fileURLToPath(import.meta.url));
@@ -24,9 +26,9 @@ const bundle = async (entry, name) => {
       },
     }),
   ].flat()[0];
-  const script = parts.find((part) => part.type === "chunk").code;
+  const { code: script, modules } = parts.find((part) => part.type === "chunk");
   const style = parts.find((part) => part.fileName.endsWith(".css"))?.source ?? "";
-  return { script, style: String(style) };
+  return { script, style: String(style), modules: Object.keys(modules) };
 };
 
 const packed = (text) => gzipSync(text, { level: 9 }).toString("base64");
@@ -62,9 +64,17 @@ const parts = {
   ].join("\n"),
   script: `<script type="module">${script}</script>`,
 };
+const components = [
+  ...bundledPackages([...page.modules, ...worker.modules]),
+  ...compiledLibraries(`${engine}/../yaml-cpp`),
+];
+const notices = noticesOf(components);
+parts.notices = `<template id="notices"><pre>${notices.replaceAll("&", "&amp;").replaceAll("<", "&lt;")}</pre></template>`;
 const html = readFileSync(`${here}/index.html`, "utf8").replace(
-  /<!-- (policy|style|data|script) -->/g,
+  /<!-- (policy|style|data|notices|script) -->/g,
   (_, name) => parts[name],
 );
 if (html.length > largest) throw new Error(`${output}: ${html.length} bytes, allowed are ${largest}`);
 writeFileSync(output, html);
+writeFileSync(`${output}.notices.txt`, notices);
+writeFileSync(`${output}.components.json`, JSON.stringify(components, null, 2));
