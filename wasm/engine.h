@@ -51,7 +51,8 @@ class Engine {
     /// Target and rest of a light after power-on.
     Answer light(const Json& arguments, std::string_view bytes);
     Answer grid(const Json& arguments, std::string_view bytes);
-    /// The chart through the frame's matrix, against the matrix at rest in its light.
+    /// The chart through a frame's matrix, against the matrix at rest in its light; of a light,
+    /// through the matrix at rest, against what the light asks for.
     Answer patches(const Json& arguments, std::string_view bytes);
 
     /// As after power-on.

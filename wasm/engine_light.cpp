@@ -67,31 +67,32 @@ Answer Engine::grid(const Json& arguments, std::string_view) {
 }
 
 Answer Engine::patches(const Json& arguments, std::string_view) {
-    Registers actual;
     require_ccm();
-    Camera camera = this->camera();
-    Frame frame;
+    Registers reference;
+    Registers shown;
     if (arguments.contains("frame")) {
         const auto number = arguments.at("frame").get<std::size_t>();
-        camera = camera_before(number);
-        frame = frames_.at(number);
-        Camera after = camera;
-        after.run(frame);
-        actual = after.registers();
-    } else {
-        frame = frame_of(arguments.at("light"));
+        const Frame& frame = frames_.at(number);
+        Camera camera = camera_before(number);
         camera.run(frame);
-        actual = camera.registers();
+        shown = camera.registers();
+        run_to_rest(camera, frame);
+        reference = camera.registers();
+    } else {
+        const Frame frame = frame_of(arguments.at("light"));
+        Camera camera = this->camera();
+        reference = target_registers(camera, frame);
+        run_to_rest(camera, frame);
+        shown = camera.registers();
     }
-    run_to_rest(camera, frame);
-    const ChartError error = chart_error(matrix_of(camera.registers()), matrix_of(actual));
+    const ChartError error = chart_error(matrix_of(reference), matrix_of(shown));
     Answer answer;
     Json list = Json::array();
     for (std::size_t i = 0; i < error.patches.size(); ++i) {
         const auto& patch = error.patches[i];
         list.push_back({{"name", chart_patches()[i].name},
-                        {"resting", lab_json(patch.reference)},
-                        {"frame", lab_json(patch.actual)},
+                        {"reference", lab_json(patch.reference)},
+                        {"shown", lab_json(patch.actual)},
                         {"difference", patch.difference}});
     }
     answer.json = {{"patches", list}, {"mean", error.mean}, {"largest", error.largest}};

@@ -35,6 +35,7 @@ const packed = (text) => gzipSync(text, { level: 9 }).toString("base64");
 const data = (id, text) => `<script type="application/octet-stream" id="${id}">${packed(text)}</script>`;
 const hash = (text) => `'sha256-${createHash("sha256").update(text).digest("base64")}'`;
 
+const start = (await bundle("start.ts", "start")).script;
 const page = await bundle("main.ts", "page");
 const worker = await bundle("engine/worker.ts", "engineWorker");
 const examples = `${here}/../examples`;
@@ -46,7 +47,7 @@ const samples = Object.fromEntries(
 const script = page.script.replaceAll("</script", "<\\/script");
 const policy = [
   "default-src 'none'",
-  `script-src ${hash(script)} 'wasm-unsafe-eval' blob:`,
+  `script-src ${hash(start)} ${hash(script)} 'wasm-unsafe-eval' blob:`,
   "worker-src blob:",
   `style-src ${hash(page.style)}`,
   "img-src data: blob:",
@@ -62,6 +63,7 @@ const parts = {
     data("samples", JSON.stringify(samples)),
     "<!-- report -->",
   ].join("\n"),
+  start: `<script>${start}</script>`,
   script: `<script type="module">${script}</script>`,
 };
 const components = [
@@ -71,7 +73,7 @@ const components = [
 const notices = noticesOf(components);
 parts.notices = `<template id="notices"><pre>${notices.replaceAll("&", "&amp;").replaceAll("<", "&lt;")}</pre></template>`;
 const html = readFileSync(`${here}/index.html`, "utf8").replace(
-  /<!-- (policy|style|data|notices|script) -->/g,
+  /<!-- (policy|start|style|data|notices|script) -->/g,
   (_, name) => parts[name],
 );
 if (html.length > largest) throw new Error(`${output}: ${html.length} bytes, allowed are ${largest}`);

@@ -21,9 +21,31 @@ export function h<K extends keyof HTMLElementTagNameMap>(
 export function append(element: Element, children: Child[]): void {
   for (const child of children) {
     if (child === null || child === undefined || child === false) continue;
-    element.append(child instanceof Node ? child : String(child));
+    element.append(child instanceof Node ? child : plain(String(child)));
   }
 }
+
+/** Control characters and what turns the direction of writing, told by their numbers. */
+export const plain = (text: string): string =>
+  text.replace(/[\0-\x08\x0b-\x1f\x7f-\x9f\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069]/g, (mark) =>
+    mark === "\r" ? "" : `\\u{${mark.charCodeAt(0).toString(16)}}`,
+  );
+
+const longestName = 60;
+
+/** A name from a file: cut when it is long, the whole of it in the title. */
+export function named(name: string, before = "", className?: string): HTMLElement {
+  const long = name.length > longestName;
+  return h(
+    "span",
+    { class: className, title: long ? plain(name.slice(0, 4000)) : undefined },
+    before + shortened(name),
+  );
+}
+export const shortened = (name: string): string =>
+  name.length > longestName ? Array.from(name).slice(0, longestName).join("") + "…" : name;
+
+export const counted = (count: number, one: string, many = one + "s"): string => `${count} ${count === 1 ? one : many}`;
 
 export function fill(element: Element, ...children: Child[]): void {
   element.replaceChildren();

@@ -18,7 +18,7 @@ export function block(id: string): string {
 export async function readFiles(list: FileList | File[]): Promise<NamedBytes[]> {
   return Promise.all(
     Array.from(list).map(async (file) => {
-      if (file.size > largestFile) throw new Error(`${file.name}: ${file.size} bytes; at most 256 MB can be opened here`);
+      if (file.size > largestFile) throw new Error(`${file.name}: ${file.size} bytes; larger than the page can open (256 MB)`);
       return { name: file.name, bytes: new Uint8Array(await file.arrayBuffer()) };
     }),
   );

@@ -1,6 +1,8 @@
+import "./locale";
 import "uplot/dist/uPlot.min.css";
 import "./style.css";
-import { append, button, choice, fill, h } from "./dom";
+import { append, button, choice, counted, fill, h, named } from "./dom";
+import { pack } from "./draw/pack";
 import { setTheme, type Theme } from "./draw/theme";
 import { Engine } from "./engine/engine";
 import type { NamedBytes } from "./engine/api";
@@ -47,6 +49,7 @@ async function main(): Promise<void> {
   const samples = await bundle("samples");
   const report = await bundle("report");
 
+  app.replaceChildren();
   append(app, [
     header(session, samples),
     messages(session),
@@ -60,6 +63,10 @@ async function main(): Promise<void> {
     ),
   ]);
   receiveDrops(session);
+  pack(app.querySelector("main")!);
+  addEventListener("beforeunload", (event) => {
+    if (session.unsaved()) event.preventDefault(); // the browser asks
+  });
 
   const wanted = store.state; // what the address asks for survives loading
   const file = (from: Bundle, key: string, name: string): NamedBytes => ({
@@ -109,9 +116,9 @@ function header(session: Session, samples: Bundle): HTMLElement {
     const { a, b, log } = store.state;
     fill(
       opened,
-      a ? h("span", { class: "side-a" }, `A ${a.info.name || a.files[0]!.name}`) : "no tuning",
-      b ? h("span", { class: "side-b" }, `B ${b.info.name || b.files[0]!.name}`) : null,
-      log ? h("span", {}, `${log.name}, ${log.count} frames`) : null,
+      a ? named(a.info.name || a.files[0]!.name, "A ", "side-a") : "no tuning",
+      b ? named(b.info.name || b.files[0]!.name, "B ", "side-b") : null,
+      log ? h("span", {}, named(log.name), `, ${counted(log.count, "frame")}`) : null,
     );
   };
   store.watch(["a", "b", "log"], show);
@@ -153,7 +160,7 @@ function messages(session: Session): HTMLElement {
   store.watch(["busy"], ({ busy: run }) => {
     line.hidden = run === null;
     if (!run) return;
-    text.textContent = `${run.text}: ${run.done} of ${run.total} frames `;
+    fill(text, `${run.text}: ${run.done} of ${counted(run.total, "frame")} `);
     progress.max = run.total;
     progress.value = run.done;
   });
@@ -172,6 +179,4 @@ function receiveDrops(session: Session): void {
   });
 }
 
-void main().catch((error: unknown) => {
-  document.getElementById("app")!.append(h("pre", { role: "alert" }, `The page could not start: ${String(error)}`));
-});
+void main(); // what goes wrong until it is ready is told by start.ts

@@ -1,5 +1,6 @@
 // What the page does: loads, runs, and fetches what the panels show. Late answers are dropped.
 import { EngineClosed, EngineError, type At, type Frame, type FrameLog, type NamedBytes, type TuningInfo } from "./engine/api";
+import { shortened } from "./dom";
 import { Engine } from "./engine/engine";
 import { frameOf, fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
 
@@ -106,6 +107,7 @@ export class Session {
 
   /** The editor's text: its findings, and the panels follow when it can be used. */
   async edit(text: string): Promise<void> {
+    this.store.set({ draft: text });
     const bytes = new TextEncoder().encode(text);
     const name = this.store.state.a?.files[0]?.name ?? "tuning.yaml";
     try {
@@ -139,10 +141,12 @@ export class Session {
         await engine.loadFrames(log.name, log.bytes);
         ran = (await this.runLog(engine, info)) ?? notRun;
       }
+      const opened = new TextDecoder().decode(yaml!.bytes);
       const side: Side = {
         info,
         files,
-        text: text ?? new TextDecoder().decode(yaml!.bytes),
+        text: opened,
+        saved: text === undefined ? opened : (this.store.state[name]?.saved ?? opened),
         edited: text !== undefined,
         plane,
         grid,
@@ -154,7 +158,11 @@ export class Session {
       if (at) side.selected = await this.select(engine, info, at);
       this.engines[name].close();
       this.engines[name] = engine;
-      this.store.set({ [name]: side, ...(log && !ran.columns.size ? { follow: "light" } : {}) });
+      this.store.set({
+        [name]: side,
+        ...(name === "a" && text === undefined ? { draft: null } : {}),
+        ...(log && !ran.columns.size ? { follow: "light" } : {}),
+      });
     } finally {
       if (this.engines[name] !== engine) engine.close();
       if (this.coming[name] === engine) this.coming[name] = null;
@@ -215,7 +223,7 @@ export class Session {
     if (!a || !b) return;
     for (const name of sideNames) this.coming[name]?.close();
     this.engines = { a: this.engines.b, b: this.engines.a };
-    this.store.set({ a: { ...b, edited: false }, b: { ...a, edited: false }, editing: b.info.findings });
+    this.store.set({ a: { ...b, edited: false }, b: { ...a, edited: false }, editing: b.info.findings, draft: null });
   }
 
   dropB(): void {
@@ -235,7 +243,7 @@ export class Session {
     try {
       const fields = this.fieldsOf(info);
       const whole = await engine.replay(fields, (done, total) => {
-        if (done < total) this.store.set({ busy: { text: `running ${info.name}`, done, total } });
+        if (done < total) this.store.set({ busy: { text: `running ${shortened(info.name)}`, done, total } });
       });
       if (!whole) return null;
       const [actual, summary] = await Promise.all([engine.columns(fields, "actual"), engine.summary()]);
@@ -355,6 +363,17 @@ export class Session {
       freeGain: true,
       light: { ...this.store.state.light, awb_r: r, full_r: r, awb_b: b, full_b: b, awb_g: 512, full_g: 512 },
     });
+  }
+
+  /** Edits that are in no file yet. */
+  unsaved(): boolean {
+    const { a, b, draft } = this.store.state;
+    return (draft !== null && draft !== a?.saved) || [a, b].some((side) => side && side.text !== side.saved);
+  }
+
+  /** The editor's text is in a file now. */
+  keep(text: string): void {
+    this.store.setSide("a", { saved: text });
   }
 
   tuningFiles(form: "yaml" | "images"): Promise<NamedBytes[]> {

@@ -31,6 +31,7 @@ export interface Side {
   info: TuningInfo;
   files: NamedBytes[];
   text: string; // as YAML
+  saved: string; // the text that was opened or downloaded last
   edited: boolean; // it came from the editor
   plane: GainPlane;
   grid: MatrixGrid | null;
@@ -63,6 +64,7 @@ export interface State {
   curve: number; // saturation curve 0..19
   faults: readonly Fault[];
   editing: readonly Finding[]; // of the text in the editor
+  draft: string | null; // that text, once it was edited
   busy: { text: string; done: number; total: number } | null;
 }
 
@@ -97,6 +99,7 @@ export const initialState: State = {
   curve: 0,
   faults: [],
   editing: [],
+  draft: null,
   busy: null,
 };
 

@@ -379,6 +379,99 @@ test("a report of 100,000 frames is small, opens fast and stays small", async ()
   await done();
 });
 
+test("free light's colour error is that of the camera at rest", async () => {
+  const source = readFileSync(join(EXAMPLES, "imx477-polynomial.yaml"), "utf8");
+  await start("#follow=light");
+  const mean = () => page.locator("#error .side-a figcaption").textContent();
+  // Rest differs from what the light asks for by the rounding of the average alone; without one, by nothing.
+  assert.ok(Number(/mean ([\d.]+)/.exec(await mean())[1]) < 0.2, await mean());
+  await page.evaluate((text) => window.imgtune.session.edit(text), source.replace(/weights: .*/, "weights: [1, 0, 0]"));
+  await until(() => document.querySelector("#error .side-a figcaption").textContent.includes("mean 0.00, largest 0.00"));
+  await done();
+});
+
+test("the largest step is one after the start, and the map's square follows another log", async () => {
+  await start();
+  await page.getByRole("button", { name: "Largest step" }).click();
+  const { fields } = JSON.parse(tool("replay", join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx477-walk.csv"), "--summary", "--json"));
+  const shown = await page.evaluate(() => window.imgtune.store.state.fields);
+  const largest = shown.map((name) => fields[name]).sort((a, b) => b.largest_step - a.largest_step)[0];
+  assert.equal((await page.evaluate(() => window.imgtune.store.state.frame)) + 1, largest.step_frame);
+
+  await page.evaluate(() => window.imgtune.store.set({ frame: 0 }));
+  await choose("Sample log", "imx477-flash-shot.csv");
+  await until(() => document.querySelector(".opened").textContent.includes("186 frames"));
+  await idle();
+  const map = () => page.evaluate(async () => {
+    await new Promise((drawn) => setTimeout(drawn, 400));
+    return document.querySelector("#matrix .picture").toDataURL();
+  });
+  const first = await map();
+  await page.getByRole("button", { name: "Next flash" }).click();
+  assert.notEqual(await map(), first);
+  await page.evaluate(() => window.imgtune.store.set({ frame: 0 }));
+  assert.equal(await map(), first);
+  await done();
+});
+
+test("the browser asks before a reload drops edits, until they are in a file", async () => {
+  await start();
+  const asked = [];
+  page.on("dialog", (dialog) => {
+    asked.push(dialog.type());
+    void dialog.accept();
+  });
+  const reload = async () => {
+    await page.reload();
+    await page.waitForSelector("html[data-ready]");
+    await page.locator("#tuning .cm-content").click();
+  };
+  await page.locator("#tuning .cm-content").click();
+  await reload();
+  assert.deepEqual(asked, []);
+  await page.keyboard.press("Control+Home");
+  await page.keyboard.type("[ # what cannot be read counts, too ");
+  await until(() => window.imgtune.session.unsaved());
+  await reload();
+  assert.deepEqual(asked, ["beforeunload"]);
+  await page.keyboard.press("Control+Home");
+  await page.keyboard.type("# kept ");
+  await until(() => window.imgtune.store.state.a.text.startsWith("# kept"));
+  await Promise.all([page.waitForEvent("download"), page.getByRole("button", { name: "Download YAML" }).click()]);
+  await reload();
+  assert.equal(asked.length, 1);
+  await done();
+});
+
+test("names of any length and writing stay in their place", async () => {
+  await start();
+  const source = readFileSync(join(EXAMPLES, "imx477-polynomial.yaml"), "utf8");
+  await upload(file("long-name.yaml", source.replace(/^name: .*$/m, `name: "\u202egnp${"M".repeat(3000)}"`)));
+  await until(() => /MMM/.test(document.querySelector(".opened").textContent));
+  const drawn = await page.evaluate(() => ({
+    text: document.querySelector(".opened").textContent + document.querySelector("#light caption").textContent,
+    wide: document.documentElement.scrollWidth - innerWidth,
+    high: document.querySelector("header").offsetHeight,
+  }));
+  assert.ok(drawn.text.includes("\\u{202e}gnp") && !drawn.text.includes("\u202e") && drawn.text.length < 400);
+  assert.ok(drawn.wide <= 0 && drawn.high < 120, JSON.stringify(drawn));
+  await done();
+});
+
+test("a page that cannot start says so", async () => {
+  const context = await browser.newContext();
+  page = await context.newPage();
+  // A language that no number format knows is none of the reasons.
+  await page.addInitScript(() => Object.defineProperty(navigator, "language", { value: "C", configurable: true }));
+  await page.goto(pathToFileURL(PAGE).href);
+  await page.waitForSelector("html[data-ready]");
+  await page.addInitScript(() => (window.ResizeObserver = undefined));
+  await page.reload();
+  await page.waitForSelector("#app pre");
+  assert.match(await page.locator("#app").textContent(), /^The page could not start: TypeError/);
+  await context.close();
+});
+
 for (const [width, colorScheme] of [[1280, "light"], [390, "dark"]]) {
   test(`accessible at ${width} pixels, ${colorScheme}`, async () => {
     await openPage(pathToFileURL(PAGE).href, { viewport: { width, height: 900 }, colorScheme });

@@ -116,7 +116,9 @@ export function axes(
   for (const t of ticks(x0, x1, 5)) {
     const px = Math.round(scale.x(t)) + 0.5;
     line(g, px, box.top, px, box.bottom);
-    g.fillText(String(+t.toPrecision(6)), px, box.bottom + 3);
+    const text = String(+t.toPrecision(6));
+    const half = g.measureText(text).width / 2;
+    g.fillText(text, Math.max(half, Math.min(px, g.canvas.width / devicePixelRatio - half)), box.bottom + 3);
   }
   g.textAlign = "right";
   g.textBaseline = "middle";

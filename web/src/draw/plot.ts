@@ -25,6 +25,12 @@ export interface PlotOptions {
 
 const mostSteps = 8192; // beyond it no step can be seen, and lines are thinned to the pixels
 
+/** Half the width of the largest x, whose label may stand at the right end. */
+function lastLabelRoom(x: ArrayLike<number>): number {
+  const digit = 7;
+  return 4 + (digit * (x[x.length - 1] ?? 0).toLocaleString().length) / 2;
+}
+
 /** A plot that is redrawn with new lines, and keeps its place in the page. */
 export class Plot {
   readonly element: HTMLElement;
@@ -97,7 +103,7 @@ export class Plot {
         height: this.options.height,
         legend: { show: false },
         scales: { x: { time: false } },
-        padding: [6, 8, 0, 0],
+        padding: [6, () => lastLabelRoom(this.x), 0, 0],
         cursor: {
           drag: { x: false, y: false },
           points: { size: 5 },

@@ -10,6 +10,8 @@ export interface Colors {
   rule: string;
   paper: string;
   mark: string;
+  clip: string;
+  flicker: string;
   font: string;
 }
 
@@ -26,6 +28,8 @@ export function colors(): Colors {
     rule: of("rule"),
     paper: of("paper"),
     mark: of("mark"),
+    clip: of("clip"),
+    flicker: of("flicker"),
     font: "11px " + style.fontFamily,
   };
 }

@@ -104,7 +104,8 @@ export interface MatrixGrid {
 
 export type Lab = [number, number, number]; // L*, a*, b* under D65
 export interface Patches {
-  patches: { name: string; resting: Lab; frame: Lab; difference: number }[]; // CIEDE2000
+  // Of a frame: the matrix at rest and the frame's; of a light: what it asks for and where it rests.
+  patches: { name: string; reference: Lab; shown: Lab; difference: number }[]; // CIEDE2000
   mean: number;
   largest: number;
 }

@@ -1,4 +1,4 @@
-import { button, choice, fill, h } from "../dom";
+import { button, choice, counted, fill, h } from "../dom";
 import type { State } from "../store";
 import { panel, type MakePanel } from "./panel";
 
@@ -24,7 +24,7 @@ export const comparePanel: MakePanel = (session) => {
     count.textContent =
       differences.length === 0
         ? "The tunings are equal."
-        : `${differences.length} fields differ${differences.length > mostRows ? `; the first ${mostRows} are listed` : ""}.`;
+        : `${counted(differences.length, "field differs", "fields differ")}${differences.length > mostRows ? `; the first ${mostRows} are listed` : ""}.`;
     fill(
       table,
       ...differences.slice(0, mostRows).map((d) =>

@@ -103,11 +103,14 @@ export const enginePanel: MakePanel = (session) => {
     "Colour engine",
     "Register tables, as programmed (line), asked for (dashes), of the frame before (pale) and of both CTs' images (dots).",
     bracket,
-    luma.element,
-    hue.element,
-    h("div", { class: "row" }, pick),
-    saturation.element,
-    gains.element,
+    h(
+      "div",
+      { class: "tables" },
+      luma.element,
+      hue.element,
+      h("div", {}, h("div", { class: "row" }, pick), saturation.element),
+      gains.element,
+    ),
     tables,
   );
   const again = whenDue(element, () => show(store.state));

@@ -9,11 +9,12 @@ import { panel, type MakePanel } from "./panel";
 
 const display = (lab: Lab): string => formatHex({ mode: "lab65", l: lab[0], a: lab[1], b: lab[2] });
 
-/** The 24 patches of the usual chart through the frame's matrix, against the one at rest. */
+/** The 24 patches of the usual chart: how far a frame is from rest, or rest from what the light asks for. */
 export const errorPanel: MakePanel = (session) => {
   const { store } = session;
   const charts = h("div", { class: "charts" });
-  const arrows = new Picture("patches-ab", 260, "a* and b* of the patches, from rest to this frame");
+  const note = h("p", { class: "note" });
+  const arrows = new Picture("patches-ab", 260, "a* and b* of the patches");
   const time = new Plot({
     name: "patch-error",
     xLabel: "frame",
@@ -24,6 +25,11 @@ export const errorPanel: MakePanel = (session) => {
   });
   const show = (state: State): void => {
     element.hidden = !state.a?.info.hasCcm;
+    note.textContent =
+      "The matrix alone, on white-balanced linear RGB, in CIEDE2000. " +
+      (onLog(state)
+        ? "Left in each patch: where the camera rests in this light; right: this frame."
+        : "Left in each patch: what the light asks for; right: where the camera comes to rest.");
     fill(charts, ...(["a", "b"] as const).map((name) => chart(name, state[name]?.selected?.patches ?? null)));
     drawArrows(arrows, state);
     const a = state.a?.errors;
@@ -42,21 +48,24 @@ export const errorPanel: MakePanel = (session) => {
   };
   const element = panel(
     "error",
-    "Colour error while it settles",
-    "The matrix alone, on white-balanced linear RGB: each patch left through the matrix at rest, right through this frame's, with their CIEDE2000.",
+    "Colour error",
+    "",
+    note,
     charts,
     arrows.element,
     time.element,
   );
   const again = whenDue(element, () => show(store.state));
-  store.watch(["a", "b"], (state, before) => {
-    const changed = (["a", "b"] as const).some(
+  store.watch(["a", "b", "follow"], (state, before) => {
+    const changed = state.follow !== before.follow || (["a", "b"] as const).some(
       (n) => state[n]?.selected !== before[n]?.selected || state[n]?.errors !== before[n]?.errors || !state[n] !== !before[n],
     );
     if (changed) again();
   });
   return { element };
 };
+
+const onLog = (state: State): boolean => state.follow === "log" && state.log !== null;
 
 function chart(name: SideName, patches: Patches | null): HTMLElement | null {
   if (!patches) return null;
@@ -76,7 +85,7 @@ function chart(name: SideName, patches: Patches | null): HTMLElement | null {
         return h(
           "li",
           { title: patch.name },
-          h("span", { class: "pair" }, swatch(patch.resting), swatch(patch.frame)),
+          h("span", { class: "pair" }, swatch(patch.reference), swatch(patch.shown)),
           h("span", { class: "difference" }, patch.difference.toFixed(1)),
           h("span", { class: "hidden" }, patch.name),
         );
@@ -93,22 +102,22 @@ function drawArrows(picture: Picture, state: State): void {
   let most = 60;
   for (const { patches } of sides) {
     for (const p of patches.patches) {
-      for (const lab of [p.resting, p.frame]) most = Math.max(most, Math.abs(lab[1]), Math.abs(lab[2]));
+      for (const lab of [p.reference, p.shown]) most = Math.max(most, Math.abs(lab[1]), Math.abs(lab[2]));
     }
   }
   picture.draw(
-    "from rest to this frame",
+    onLog(state) ? "from rest to this frame" : "from what the light asks for to rest",
     (g, w, hgt, c) => {
       const size = Math.min(w - 56, (hgt - 30) * 1.6);
       const box = { left: 44, top: 8, right: 44 + size, bottom: hgt - 22 };
       const s = axes(g, c, box, { x: [-most, most], y: [-most, most] }, { x: "a*", y: "b*" });
       for (const { name, patches } of sides) {
         for (const p of patches.patches) {
-          const [x0, y0, x1, y1] = [s.x(p.resting[1]), s.y(p.resting[2]), s.x(p.frame[1]), s.y(p.frame[2])];
+          const [x0, y0, x1, y1] = [s.x(p.reference[1]), s.y(p.reference[2]), s.x(p.shown[1]), s.y(p.shown[2])];
           g.strokeStyle = c[name];
           g.lineWidth = 1.5;
           line(g, x0, y0, x1, y1);
-          g.fillStyle = display(p.resting);
+          g.fillStyle = display(p.reference);
           g.beginPath();
           g.arc(x0, y0, 4, 0, 7);
           g.fill();
@@ -121,9 +130,9 @@ function drawArrows(picture: Picture, state: State): void {
       }
     },
     () => [
-      "tuning,patch,L*_rest,a*_rest,b*_rest,L*_frame,a*_frame,b*_frame,ciede2000",
+      "tuning,patch,L*_reference,a*_reference,b*_reference,L*_shown,a*_shown,b*_shown,ciede2000",
       ...sides.flatMap(({ name, patches }) =>
-        patches.patches.map((p) => [name, `"${p.name}"`, ...p.resting, ...p.frame, p.difference].join(",")),
+        patches.patches.map((p) => [name, `"${p.name}"`, ...p.reference, ...p.shown, p.difference].join(",")),
       ),
     ],
   );

@@ -1,4 +1,4 @@
-import { button, fill, h } from "../dom";
+import { button, counted, fill, h, shortened } from "../dom";
 import { whenDue } from "../draw/schedule";
 import type { Frame, FrameColumn } from "../engine/api";
 import { frameOf, type Side, type State } from "../store";
@@ -60,7 +60,7 @@ export const lightPanel: MakePanel = (session) => {
     const onLog = state.follow === "log" && state.log !== null;
     source.textContent = onLog
       ? `Frame ${state.frame + 1} of ${state.log!.count}. Moving a control leaves the log for free light.`
-      : "Free light: shown at rest, after it held for ever from power-on.";
+      : "Free light: where the camera comes to rest from power-on when this light stays.";
     locus.hidden = onLog || !state.freeGain;
     useFrame.hidden = !onLog;
     gains.textContent =
@@ -74,7 +74,7 @@ export const lightPanel: MakePanel = (session) => {
     "",
     source,
     ...sliders.map((each) => each.element),
-    h("div", { class: "row" }, ...switches.map((each) => each.element), h("label", {}, "profile", profile), locus, useFrame),
+    h("div", { class: "row" }, ...switches.map((each) => each.element), h("label", { class: "choice" }, "profile", profile), locus, useFrame),
     gains,
     matrices,
   );
@@ -105,7 +105,7 @@ function matrixTable(side: Side | null, name: "a" | "b", state: State): HTMLElem
   };
   const settle = rest
     ? rest.ccmStill
-      ? `at rest after ${rest.ccm} frames`
+      ? `at rest after ${counted(rest.ccm, "frame")}`
       : "never rests"
     : `frame ${state.frame + 1}`;
   return h(
@@ -114,7 +114,7 @@ function matrixTable(side: Side | null, name: "a" | "b", state: State): HTMLElem
     h(
       "caption",
       {},
-      `${name.toUpperCase()} · ${side.info.name} · ${other ? "B − A" : "1.0 = " + side.info.codecOne} · ${settle}`,
+      `${name.toUpperCase()} · ${shortened(side.info.name)} · ${other ? "B − A" : "1.0 = " + side.info.codecOne} · ${settle}`,
     ),
     h("thead", {}, h("tr", {}, ...["R", "G", "B"].map((t) => h("th", { scope: "col" }, t)), h("th", { scope: "col", class: "quiet" }, "to target"))),
     h("tbody", {}, row(0), row(1), row(2)),

@@ -66,7 +66,7 @@ export const matrixPanel: MakePanel = (session) => {
   );
   const all = whenDue(element, () => show(store.state));
   const place = whenDue(map.element, () => store.state.a?.grid && drawMap(map, store.state));
-  store.watch(["frame", "light", "follow"], place);
+  store.watch(["frame", "light", "follow", "log"], place);
   store.watch(["a", "b", "over", "gridLv", "gridCt", "coefficient", "show"], (state, before) => {
     const drawn: (keyof State)[] = ["over", "gridLv", "gridCt", "coefficient", "show"];
     const grids = state.a?.grid !== before.a?.grid || state.b?.grid !== before.b?.grid;

@@ -1,9 +1,9 @@
 import type uPlot from "uplot";
-import { button, fill, h } from "../dom";
+import { button, counted, fill, h } from "../dom";
 import { Plot, type Line } from "../draw/plot";
 import { colors } from "../draw/theme";
 import { whenDue } from "../draw/schedule";
-import { frameColumns, type FrameColumn, type Json } from "../engine/api";
+import { frameColumns, type FrameColumn } from "../engine/api";
 import type { SideName, State } from "../store";
 import { panel, type MakePanel } from "./panel";
 
@@ -89,9 +89,16 @@ export const timePanel: MakePanel = (session) => {
       g.lineTo(x, top + 6 * devicePixelRatio);
       g.fill();
     }
-    for (const span of [...(summary?.clipped.spans ?? []), ...(summary?.flicker.spans ?? [])]) {
-      const x = u.valToPos(span.first, "x", true);
-      g.fillRect(x, top + height - 3, Math.max(2, u.valToPos(span.last + 1, "x", true) - x), 3);
+    for (const [spans, color, from] of [
+      [summary?.clipped.spans, c.clip, 3],
+      [summary?.flicker.spans, c.flicker, 7],
+    ] as const) {
+      g.fillStyle = color;
+      for (const span of spans ?? []) {
+        const x = u.valToPos(span.first, "x", true);
+        const thick = 3 * devicePixelRatio;
+        g.fillRect(x, top + height - from * devicePixelRatio, Math.max(2, u.valToPos(span.last + 1, "x", true) - x), thick);
+      }
     }
     g.restore();
   };
@@ -133,7 +140,13 @@ export const timePanel: MakePanel = (session) => {
   const element = panel(
     "time",
     "Over the log",
-    "Line: programmed; dashes: what each frame's light asks for. Shading: flash, scene, capture. Dotted: a change of light; triangle: largest step, overshoot; bar below: clipped gain or flicker. Click to choose a frame.",
+    "Line: programmed; dashes: what each frame's light asks for. Dotted: a change of light; triangle: largest step, overshoot. Click to choose a frame.",
+    h(
+      "p",
+      { class: "key" },
+      ...["flash", "scene", "capture"].map((name) => h("span", {}, h("i", { class: `shade ${name}` }), name)),
+      ...[["clip", "clipped gain"], ["flicker", "flicker"]].map(([name, text]) => h("span", {}, h("i", { class: `bar ${name}` }), text)),
+    ),
     h("div", { class: "row" }, input, button("Add field", add), known),
     facts,
     list,
@@ -217,13 +230,13 @@ function factTable(name: SideName, summary: Summary): HTMLElement {
   const told = (s: Settling | undefined): string => {
     if (!s) return "";
     const stall = s.stall && s.stall.target !== s.stall.resting ? `, ${s.stall.field} rests at ${s.stall.resting} of ${s.stall.target}` : "";
-    return (s.settled_after === null ? s.state.replaceAll("_", " ") : `${s.settled_after} frames`) + stall;
+    return (s.settled_after === null ? s.state.replaceAll("_", " ") : counted(s.settled_after, "frame")) + stall;
   };
   return h(
     "table",
     { class: "side-" + name },
-    h("caption", {}, `${name.toUpperCase()} · settling; noise ${summary.noise_percent} % · clipped in ${summary.clipped.frames} frames`),
-    h("thead", {}, h("tr", {}, ...["light changes in", "held", "matrix", "colour"].map((t) => h("th", { scope: "col" }, t)))),
+    h("caption", {}, `${name.toUpperCase()} · settling; noise ${summary.noise_percent} % · clipped in ${counted(summary.clipped.frames, "frame")}`),
+    h("thead", {}, h("tr", {}, ...["light changes in frames", "held", "matrix", "colour"].map((t) => h("th", { scope: "col" }, t)))),
     h(
       "tbody",
       {},
@@ -260,11 +273,11 @@ function upright(g: CanvasRenderingContext2D, x: number, top: number, height: nu
   g.stroke();
 }
 
-/** Where the log changes, flashes, clips, or takes its largest step: frame numbers from 0. */
+/** Where the log changes, flashes, clips, or takes its largest step after the start: frame numbers from 0. */
 export function landmarks(state: State, kind: string): number[] {
   const { log, a } = state;
   if (!log) return [];
-  const summary = a?.summary as (Summary & { fields?: Json }) | null | undefined;
+  const summary = a?.summary as Summary | null | undefined;
   if (kind === "change") return (summary?.changes ?? []).map((change) => change.first - 1);
   if (kind === "clip") return (summary?.clipped.spans ?? []).map((span) => span.first - 1);
   if (kind === "flash") {
@@ -272,17 +285,7 @@ export function landmarks(state: State, kind: string): number[] {
     spans(log.columns.flash, log.count, (from) => found.push(from));
     return found;
   }
-  let frame = 0;
-  let most = -1;
-  for (const field of state.fields) {
-    const values = a?.columns.get(field);
-    for (let i = 1; values && i < values.length; ++i) {
-      const step = Math.abs(values[i]! - values[i - 1]!);
-      if (step > most) {
-        most = step;
-        frame = i;
-      }
-    }
-  }
-  return most > 0 ? [frame] : [];
+  const moved = state.fields.flatMap((field) => summary?.fields[field] ?? []);
+  const largest = moved.reduce<Motion | null>((most, each) => (each.largest_step > (most?.largest_step ?? 0) ? each : most), null);
+  return largest?.step_frame ? [largest.step_frame - 1] : [];
 }

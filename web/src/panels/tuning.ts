@@ -3,9 +3,9 @@ import { yaml } from "@codemirror/lang-yaml";
 import { HighlightStyle, syntaxHighlighting } from "@codemirror/language";
 import { lintGutter, setDiagnostics, type Diagnostic } from "@codemirror/lint";
 import { Annotation, EditorState } from "@codemirror/state";
-import { EditorView, keymap, lineNumbers } from "@codemirror/view";
+import { EditorView, highlightSpecialChars, keymap, lineNumbers } from "@codemirror/view";
 import { tags } from "@lezer/highlight";
-import { button, download, fill, h } from "../dom";
+import { button, counted, download, fill, h, plain, shortened } from "../dom";
 import { whenDue } from "../draw/schedule";
 import type { Finding } from "../engine/api";
 import type { Side, State } from "../store";
@@ -35,6 +35,7 @@ export const tuningPanel: MakePanel = (session) => {
     state: EditorState.create({
       extensions: [
         lineNumbers(),
+        highlightSpecialChars({ addSpecialChars: /[\u2028-\u202e\u2066-\u2069]/g }),
         lintGutter(),
         history(),
         yaml(),
@@ -60,7 +61,9 @@ export const tuningPanel: MakePanel = (session) => {
   const count = h("p", { class: "note" });
   const save = async (form: "yaml" | "images"): Promise<void> => {
     if (form === "yaml") {
-      download(`${store.state.a?.info.name || "tuning"}.yaml`, view.state.doc.toString(), "application/yaml");
+      const text = view.state.doc.toString();
+      download(`${shortened(plain(store.state.a?.info.name || "tuning"))}.yaml`, text, "application/yaml");
+      session.keep(text);
       return;
     }
     for (const file of await session.tuningFiles("images")) {
@@ -82,7 +85,7 @@ export const tuningPanel: MakePanel = (session) => {
     count.textContent =
       editing.length === 0
         ? "No findings."
-        : `${errors} errors, ${editing.length - errors} warnings. What cannot be read leaves the panels as they are.`;
+        : `${counted(errors, "error")}, ${counted(editing.length - errors, "warning")}. While the text has errors, the panels keep showing the last version without.`;
     view.dispatch(setDiagnostics(view.state, editing.flatMap((finding) => diagnostic(view, finding))));
     fill(list, ...editing.slice(0, mostListed).map((finding) => item(view, finding)));
   };
