@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Builds the page and uses it in a browser as people do.
+# Builds the page and uses it as people do: all of it in Chromium, a short list in Firefox and WebKit, too.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh chromium g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev \
+scripts/setup.sh chromium firefox-esr webkit2gtk-driver xvfb g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev \
     nlohmann-json3-dev libeigen3-dev zlib1g-dev
 scripts/page.sh
 {

@@ -21,6 +21,7 @@ import { Session } from "./session";
 import { Store } from "./store";
 
 const firstTuning = "imx477-polynomial.yaml";
+const sparePause = 500; // ms, which belong to what was just asked for
 const firstLog = "imx477-walk.csv";
 
 interface Bundle {
@@ -33,10 +34,15 @@ async function main(): Promise<void> {
   const worker = URL.createObjectURL(
     new Blob([await unpack(block("engine-worker")) as Uint8Array<ArrayBuffer>], { type: "text/javascript" }),
   );
-  let spare = new Engine(worker, compiled); // one is always started early
+  let spare: Engine | null = null; // started early, once the page stands
+  let standing = false;
+  const startSpare = (): void => {
+    if (standing) (spare ??= new Engine(worker, compiled)).start();
+  };
   const newEngine = (): Engine => {
-    const engine = spare;
-    spare = new Engine(worker, compiled);
+    const engine = spare ?? new Engine(worker, compiled);
+    spare = null;
+    setTimeout(startSpare, sparePause);
     return engine;
   };
   const store = new Store();
@@ -91,6 +97,8 @@ async function main(): Promise<void> {
   if (!wanted.freeGain) await session.setLight({ cct: wanted.light.cct });
   store.set({ follow });
   document.documentElement.dataset["ready"] = "true";
+  standing = true;
+  setTimeout(startSpare, sparePause);
 }
 
 function header(session: Session, samples: Bundle): HTMLElement {
@@ -179,4 +187,7 @@ function receiveDrops(session: Session): void {
   });
 }
 
-void main(); // what goes wrong until it is ready is told by start.ts
+main().catch((error: unknown) => {
+  if (!document.querySelector("main")) throw error; // told by start.ts
+  document.getElementById("app")!.prepend(h("pre", { role: "alert" }, `The page could not start: ${String(error)}`));
+});

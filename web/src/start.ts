@@ -1,10 +1,11 @@
-// Runs first, alone: whatever goes wrong before the page is ready is told in its place.
-const tell = (error: unknown): void => {
-  if (document.documentElement.dataset["ready"] === "true") return;
+// Runs first, alone: whatever stops the page before its panels stand is told in their place.
+const tell = (reason: unknown): void => {
+  const app = document.getElementById("app");
+  if (!app || app.querySelector("main")) return;
   const line = document.createElement("pre");
   line.setAttribute("role", "alert");
-  line.textContent = `The page could not start: ${String(error)}`;
-  document.getElementById("app")?.replaceChildren(line);
+  line.textContent = `The page could not start: ${String(reason)}`;
+  app.replaceChildren(line);
 };
 addEventListener("error", (event) => tell(event.error ?? event.message));
 addEventListener("unhandledrejection", (event) => tell(event.reason));

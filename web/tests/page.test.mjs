@@ -1,4 +1,4 @@
-// The page as people use it, in Debian's Chromium. Usage: PAGE=imgtune.html IMGTUNE=.../imgtune
+// The page as people use it, in Debian's Chromium; engines.test.mjs holds what every engine must do. Usage: PAGE=imgtune.html IMGTUNE=.../imgtune
 // EXAMPLES=.../examples node --test web/tests
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
@@ -79,35 +79,6 @@ const done = async () => {
 };
 
 beforeEach(() => (complaints = []));
-
-test("registers of every sample equal the command line's", async () => {
-  await start();
-  const names = readdirSync(EXAMPLES);
-  for (const tuning of names.filter((name) => name.endsWith(".yaml"))) {
-    for (const log of names.filter((name) => name.endsWith(".csv"))) {
-      const lines = tool("replay", join(EXAMPLES, tuning), join(EXAMPLES, log)).trim().split("\n").map((line) => line.split(","));
-      const fields = lines[0].map((name, i) => [name, i]).filter(([name]) => /^c\d$/.test(name) || /^[A-Z]|\./.test(name));
-      const wanted = fields.map(([, i]) => lines.slice(1).map((line) => Number(line[i])));
-      const told = await page.evaluate(
-        async ([tuningText, logText, columns]) => {
-          const encode = (text) => new TextEncoder().encode(text);
-          const engine = window.imgtune.newEngine();
-          await engine.loadTuning([{ name: "t.yaml", bytes: encode(tuningText) }]);
-          await engine.loadFrames("l.csv", encode(logText));
-          await engine.replay([]);
-          const result = (await engine.columns(columns, "actual")).map((column) => Array.from(column));
-          engine.close();
-          return JSON.stringify(result); // handed over as a whole
-        },
-        [readFileSync(join(EXAMPLES, tuning), "utf8"), readFileSync(join(EXAMPLES, log), "utf8"), fields.map(([name]) => name)],
-      );
-      const got = JSON.parse(told);
-      assert.ok(fields.length >= 9);
-      fields.forEach(([name], i) => assert.deepEqual(got[i], wanted[i], `${tuning}, ${log}: ${name}`));
-    }
-  }
-  await done();
-});
 
 test("a dragged gain gives the command line's matrix", async () => {
   await start("#follow=light");

@@ -41,20 +41,28 @@ const where = (at: At): Record<string, unknown> =>
 
 /** One tuning and one log in a worker of their own. Frames count from 0. */
 export class Engine {
-  private readonly worker: Worker;
+  private worker: Worker | null = null;
   private readonly open = new Map<number, { done: (r: Response) => void; fail: (e: Error) => void }>();
   private next = 1;
   private runs = 0;
   private frames = 0;
 
   /** Workers share what was compiled once. */
-  constructor(workerUrl: string, compiled: WebAssembly.Module) {
-    this.worker = new Worker(workerUrl);
+  constructor(
+    private readonly workerUrl: string,
+    private readonly compiled: WebAssembly.Module,
+  ) {}
+
+  /** Its worker; what is sent starts it, too. */
+  start(): Worker {
+    if (this.worker) return this.worker;
+    this.worker = new Worker(this.workerUrl);
     this.worker.onmessage = (event: MessageEvent<Response>) => {
       this.open.get(event.data.id)?.done(event.data);
       this.open.delete(event.data.id);
     };
-    this.worker.postMessage({ id: 0, command: "start", args: { compiled } } satisfies Request);
+    this.worker.postMessage({ id: 0, command: "start", args: { compiled: this.compiled } } satisfies Request);
+    return this.worker;
   }
 
   private send(
@@ -71,7 +79,7 @@ export class Engine {
         },
         fail: reject,
       });
-      this.worker.postMessage({ id, command, args, bytes } satisfies Request);
+      this.start().postMessage({ id, command, args, bytes } satisfies Request);
     });
   }
 
@@ -179,7 +187,7 @@ export class Engine {
 
   close(): void {
     ++this.runs;
-    this.worker.terminate();
+    this.worker?.terminate();
     for (const each of this.open.values()) each.fail(new EngineClosed());
     this.open.clear();
   }
