@@ -33,7 +33,7 @@ class Engine {
     Answer plane(const Json& arguments, std::string_view bytes);
     Answer diff(const Json& arguments, std::string_view bytes);
 
-    // A log, frame by frame.
+    // A log, frame by frame; its columns go into the answer unless they are not wanted.
     Answer load_frames(const Json& arguments, std::string_view bytes);
     /// Frames begin..begin + count; a log's first chunk begins a new run, its last makes it the
     /// one that others ask about. The run keeps the columns of these names.

@@ -21,10 +21,15 @@ Answer Engine::load_frames(const Json& arguments, std::string_view bytes) {
     if (faults.has_errors()) throw Refused(faults);
     MemorySource source(bytes);
     FrameLog log(name, source);
+    const bool wanted = arguments.value("columns", true);
+    const auto most = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n')) + 1;
     std::vector<Frame> frames;
+    frames.reserve(most);
     std::array<std::vector<double>, kFrameColumns.size()> columns;
+    for (auto& column : columns) column.reserve(wanted ? most : 0);
     for (Frame frame; log.next(frame);) {
         frames.push_back(frame);
+        if (!wanted) continue;
         for (std::size_t k = 0; k < columns.size(); ++k) {
             columns[k].push_back(static_cast<double>(log.values()[k]));
         }
@@ -35,7 +40,9 @@ Answer Engine::load_frames(const Json& arguments, std::string_view bytes) {
     Answer answer;
     answer.json = to_json(faults);
     answer.json["count"] = frames_.size();
-    for (auto& column : columns) answer.add(std::exchange(column, {}));
+    if (wanted) {
+        for (auto& column : columns) answer.add(std::exchange(column, {}));
+    }
     return answer;
 }
 

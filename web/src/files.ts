@@ -5,7 +5,9 @@ import type { Session } from "./session";
 const largestFile = 256 * 1024 * 1024;
 
 export async function unpack(base64: string): Promise<Uint8Array> {
-  const packed = Uint8Array.from(atob(base64), (c) => c.charCodeAt(0));
+  const text = atob(base64);
+  const packed = new Uint8Array(text.length);
+  for (let i = 0; i < text.length; ++i) packed[i] = text.charCodeAt(i);
   const stream = new Blob([packed]).stream().pipeThrough(new DecompressionStream("gzip"));
   return new Uint8Array(await new Response(stream).arrayBuffer());
 }

@@ -34,7 +34,7 @@ async function main(): Promise<void> {
   const worker = URL.createObjectURL(
     new Blob([await unpack(block("engine-worker")) as Uint8Array<ArrayBuffer>], { type: "text/javascript" }),
   );
-  let spare: Engine | null = null; // started early, once the page stands
+  let spare: Engine | null = null; // one is always started early
   let standing = false;
   const startSpare = (): void => {
     if (standing) (spare ??= new Engine(worker, compiled)).start();
@@ -47,6 +47,8 @@ async function main(): Promise<void> {
   };
   const store = new Store();
   const session = new Session(store, newEngine);
+  spare = new Engine(worker, compiled); // beside the page's own start; the next one once that stands
+  spare.start();
   const linked = location.hash.includes("follow=");
   session.openAddress();
   Object.assign(window, { imgtune: { session, store, newEngine } }); // for the console
@@ -74,28 +76,24 @@ async function main(): Promise<void> {
     if (session.unsaved()) event.preventDefault(); // the browser asks
   });
 
-  const wanted = store.state; // what the address asks for survives loading
   const file = (from: Bundle, key: string, name: string): NamedBytes => ({
     name,
     bytes: new TextEncoder().encode(from[key]),
   });
+  if (!linked) store.set({ follow: "log" }); // what the address asks for survives loading
   if (report["tuning"] !== undefined) {
-    await session.loadTuning("a", [file(report, "tuning", report["tuning_name"] ?? "tuning.yaml")]);
+    await session.begin(
+      [file(report, "tuning", report["tuning_name"] ?? "tuning.yaml")],
+      report["frames"] === undefined ? null : file(report, "frames", report["frames_name"] ?? "frames.csv"),
+    );
     if (report["against"] !== undefined) {
       await session.loadTuning("b", [file(report, "against", report["against_name"] ?? "against.yaml")]);
     }
-    if (report["frames"] !== undefined) {
-      await session.loadLog(file(report, "frames", report["frames_name"] ?? "frames.csv"));
-    }
   } else {
-    await session.loadTuning("a", [file(samples, firstTuning, firstTuning)]);
-    await session.loadLog(file(samples, firstLog, firstLog));
+    await session.begin([file(samples, firstTuning, firstTuning)], file(samples, firstLog, firstLog));
   }
-  const count = store.state.log?.count ?? 0;
-  if (linked) store.set({ frame: Math.max(0, Math.min(wanted.frame, count - 1)) });
-  const follow = count > 0 && (!linked || wanted.follow === "log") ? "log" : "light";
-  if (!wanted.freeGain) await session.setLight({ cct: wanted.light.cct });
-  store.set({ follow });
+  if (!store.state.log) store.set({ follow: "light" });
+  if (!store.state.freeGain) await session.gainsOnLocus();
   document.documentElement.dataset["ready"] = "true";
   standing = true;
   setTimeout(startSpare, sparePause);

@@ -91,6 +91,14 @@ export class Session {
     this.store.set(fromAddress(location.hash.slice(1)));
   }
 
+  /** The first tuning together with the log that it runs: one pass, and the panels change once. */
+  async begin(files: NamedBytes[], log: NamedBytes | null): Promise<void> {
+    this.logFile = log;
+    if (await this.loadTuning("a", files)) return;
+    this.logFile = null; // one of them cannot be used: which one is told
+    if ((await this.loadTuning("a", files)) && log) await this.loadLog(log);
+  }
+
   /** True when the tuning is in use; else its faults are shown and the last one stays. */
   async loadTuning(name: SideName, files: NamedBytes[]): Promise<boolean> {
     try {
@@ -138,7 +146,12 @@ export class Session {
       let log: NamedBytes | null = null;
       while (log !== this.logFile) {
         log = this.logFile!;
-        await engine.loadFrames(log.name, log.bytes);
+        if (this.store.state.log) {
+          await engine.useFrames(log.name, log.bytes);
+        } else {
+          const frames = await engine.loadFrames(log.name, log.bytes);
+          this.store.set({ log: frames, frame: Math.min(this.store.state.frame, frames.count - 1) });
+        }
         ran = (await this.runLog(engine, info)) ?? notRun;
       }
       const opened = new TextDecoder().decode(yaml!.bytes);
@@ -346,9 +359,14 @@ export class Session {
     const { light, freeGain } = this.store.state;
     const next = { ...light, ...change };
     this.store.set({ follow: "light", light: next });
-    if (freeGain || change.cct === undefined || !this.store.state.a?.info.hasCcm) return;
+    if (!freeGain && change.cct !== undefined) await this.gainsOnLocus();
+  }
+
+  /** The free light's gains become those of its colour temperature. */
+  async gainsOnLocus(): Promise<void> {
+    if (!this.store.state.a?.info.hasCcm) return;
     const ticket = ++this.gainsAsked;
-    const [r, g, b] = await this.engines.a.gainOf(next.cct);
+    const [r, g, b] = await this.engines.a.gainOf(this.store.state.light.cct);
     if (ticket !== this.gainsAsked) return;
     this.store.set({
       light: { ...this.store.state.light, awb_r: r, awb_g: g, awb_b: b, full_r: r, full_g: g, full_b: b },

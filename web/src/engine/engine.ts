@@ -20,7 +20,7 @@ import {
 } from "./api";
 import type { Request, Response } from "./protocol";
 
-const framesInChunk = 4096;
+const framesInChunk = 8192;
 
 function joined(files: NamedBytes[]): { args: Record<string, unknown>; bytes: Uint8Array } {
   const bytes = new Uint8Array(files.reduce((sum, file) => sum + file.bytes.length, 0));
@@ -104,6 +104,13 @@ export class Engine {
     frameColumns.forEach((column, i) => (columns[column] = new Float64Array(response.blobs[i]!)));
     this.frames = ok.count;
     return { name, count: ok.count, findings: ok.findings, columns };
+  }
+
+  /** Of a log whose columns are known. */
+  async useFrames(name: string, bytes: Uint8Array): Promise<void> {
+    ++this.runs;
+    const response = await this.send("loadFrames", { name, columns: false }, bytes);
+    this.frames = (response.ok as { count: number }).count;
   }
 
   /** Keeps the columns of these names. False when cancel() or another replay came in between; the last whole run then stays. */
