@@ -12,6 +12,7 @@
 #include "workbench/files/output_file.h"
 #include "workbench/files/output_guard.h"
 #include "workbench/files/row_writer.h"
+#include "workbench/text/shown_text.h"
 
 namespace imgtune::cli {
 
@@ -49,6 +50,10 @@ std::string slope_values(const std::vector<SweepSlopes>& slopes, std::size_t poi
     return values;
 }
 
+void tell_assumption(const std::string& tuning, const std::string& assumed) {
+    if (!assumed.empty()) fmt::print(stderr, "{}: {}\n", shown_text(tuning), assumed);
+}
+
 int run_sweep(const SweepOptions& options) {
     guard_output(options.output, {options.tuning, options.gains}, Existing::replaced);
     const Tuning tuning = tuning_to_run(options.tuning);
@@ -58,6 +63,7 @@ int run_sweep(const SweepOptions& options) {
         read_range("--lv", options.lv), options.flash, options.scene};
     const Locus locus =
         options.gains.empty() ? tuned_locus(tuning) : read_locus(FrameFile(options.gains).log());
+    if (options.gains.empty()) tell_assumption(options.tuning, assumed_locus(tuning));
     const Sweep sweep = run_sweep(tuning, jobs, grid, locus);
     const std::vector<SweepSlopes> slopes =
         options.slope ? slopes_of(sweep, tuning.caller) : std::vector<SweepSlopes>();
@@ -87,7 +93,7 @@ void add_sweep(const Verbs& verbs) {
     verb.option("--lv", options->lv, "FROM:TO:STEP").shows_default();
     verb.option("--gains", options->gains,
                 "frame log whose cct and awb columns give the gain at each CT (default: the "
-                "tuned gains of LV row 0, spread over the ct_grid)");
+                "tuned gains of the normal row, at the kelvin of their points)");
     verb.option("--flash", options->flash, "0: no flash");
     verb.option("--scene", options->scene, "1: scene images");
     verb.option("--only", options->only, "run one job alone").one_of({"ccm", "color"});
@@ -99,7 +105,8 @@ void add_sweep(const Verbs& verbs) {
               "at the largest of all");
     verb.footer(
         "Rows are those of replay, one a point, light value by light value, without average and\n"
-        "temporal step. Gains between two known ones are linear in mired (1000000 / kelvin).\n"
+        "temporal step. Between two known gains their reciprocals are linear in mired (1000000 / "
+        "kelvin).\n"
         "\n"
         "Example:\n"
         "  imgtune sweep phone.yaml --cct 2300:6500:50 --lv 0:120:5 --slope -o sweep.csv");

@@ -91,6 +91,9 @@ py::dict sweep(const Tuning& tuning, const py::object& cct, const std::vector<st
         cct.is_none() ? workbench::tuned_range(tuning) : cct.cast<std::vector<std::uint32_t>>(), lv,
         flash, scene};
     const Jobs jobs = all_jobs(tuning);
+    const std::string assumed = workbench::assumed_locus(tuning);
+    if (!assumed.empty() && PyErr_WarnEx(PyExc_UserWarning, assumed.c_str(), 1) != 0)
+        throw py::error_already_set();
     workbench::Sweep result;
     {
         const Tuning copy = tuning;

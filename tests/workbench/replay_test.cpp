@@ -206,11 +206,34 @@ TEST(FrameCheck, TellsOddValuesOnce) {
 }
 
 TEST(Locus, IsLinearInMiredAndEndsAtItsEnds) {
-    const Locus locus({{400, {500, 512, 900}}, {200, {900, 512, 500}}});
-    EXPECT_EQ(locus.at(2500).i4R, 500);
-    EXPECT_EQ(locus.at(4000).i4R, 800);  // 250 mired
-    EXPECT_EQ(locus.at(2000).i4B, 900);
+    const Locus locus(
+        {{2500, {500, 512, 1000}}, {5000, {1000, 512, 500}}, {2500, {600, 512, 1000}}});
+    EXPECT_EQ(locus.at(2400).i4R, 500);
+    EXPECT_EQ(locus.at(4000).i4R, 857);  // 250 mired: 1 / (1/4 / 600 + 3/4 / 1000)
+    EXPECT_EQ(locus.at(4000).i4B, 571);
     EXPECT_EQ(locus.at(9000).i4B, 500);
+}
+
+TEST(Locus, OfATuningLiesAtTheKelvinOfItsPoints) {
+    Tuning tuning = make_tuning();
+    AWB_GAIN_T* const gains = tuning.ccm.rCTAWBGain[0];
+    std::uint32_t* const kelvin = tuning.kelvin[0];
+    tuning.ccm.i4NumCT = 4;
+    for (int t = 0; t < 4; ++t) {
+        gains[t] = {600 + 100 * t, 512, 1500 - 200 * t};
+        kelvin[t] = 2700U + 1300U * static_cast<std::uint32_t>(t);
+    }
+    for (AWB_GAIN_T& low_light : tuning.ccm.rCTAWBGain[1]) low_light = {1, 2, 3};
+    tuning.caller.ct_grid = {1000, 1500, 2000, 2500, 3000};  // says nothing of the gains
+    EXPECT_EQ(assumed_locus(tuning), "");
+    for (int t = 0; t < tuning.ccm.i4NumCT; ++t) {
+        EXPECT_EQ(tuned_locus(tuning).at(kelvin[t]).i4R, gains[t].i4R);
+        EXPECT_EQ(tuned_locus(tuning).at(kelvin[t]).i4B, gains[t].i4B);
+    }
+    tuning.kelvin[0][1] = 0;
+    EXPECT_NE(assumed_locus(tuning).find("1000 to 3000 K"), std::string::npos);
+    EXPECT_EQ(tuned_locus(tuning).at(1000).i4R, gains[0].i4R);
+    EXPECT_EQ(tuned_locus(tuning).at(3000).i4B, gains[tuning.ccm.i4NumCT - 1].i4B);
 }
 
 TEST(Camera, BracketsTheCtInTheGrid) {

@@ -23,23 +23,7 @@ double between(double a, double b, double share_of_b) {
     return a + (b - a) * share_of_b;
 }
 
-/// Index of the upper of the two entries around a colour temperature, 1..size - 1.
-template <typename Entry>
-std::size_t upper_neighbour(std::span<const Entry> entries, double kelvin) {
-    std::size_t upper = 1;
-    while (upper + 1 < entries.size() && kelvin > entries[upper].kelvin) ++upper;
-    return upper;
-}
-
-double share_of_upper(double kelvin, double lower, double upper) {
-    return (to_mired(kelvin) - to_mired(lower)) / (to_mired(upper) - to_mired(lower));
-}
-
 }  // namespace
-
-double to_mired(double kelvin) {
-    return 1e6 / kelvin;
-}
 
 AWB_GAIN_T to_gain(const LocusPoint& point) {
     return {round_half_up(kScale / point.red), kUnity, round_half_up(kScale / point.blue)};
@@ -49,10 +33,9 @@ LocusPoint locus_at(std::span<const LocusPoint> locus, double kelvin) {
     for (const LocusPoint& point : locus) {
         if (point.kelvin == kelvin) return point;
     }
-    const std::size_t upper = upper_neighbour(locus, kelvin);
+    const auto [upper, share] = place_in_mired(locus, kelvin);
     const LocusPoint& a = locus[upper - 1];
     const LocusPoint& b = locus[upper];
-    const double share = share_of_upper(kelvin, a.kelvin, b.kelvin);
     if (share >= 0.0 && share <= 1.0) {
         return {kelvin, between(a.red, b.red, share), between(a.blue, b.blue, share), 0};
     }
@@ -63,11 +46,10 @@ LocusPoint locus_at(std::span<const LocusPoint> locus, double kelvin) {
 RealMatrix matrix_at(std::span<const CalibratedMatrix> matrices, double kelvin) {
     if (kelvin <= matrices.front().kelvin) return matrices.front().coefficients;
     if (kelvin >= matrices.back().kelvin) return matrices.back().coefficients;
-    const std::size_t upper = upper_neighbour(matrices, kelvin);
-    const CalibratedMatrix& a = matrices[upper - 1];
+    const auto [upper, share] = place_in_mired(matrices, kelvin);
     const CalibratedMatrix& b = matrices[upper];
     if (kelvin == b.kelvin) return b.coefficients;
-    return mix(a.coefficients, b.coefficients, share_of_upper(kelvin, a.kelvin, b.kelvin));
+    return mix(matrices[upper - 1].coefficients, b.coefficients, share);
 }
 
 double row_sum(const RealMatrix& matrix, std::size_t row) {

@@ -6,13 +6,11 @@
 #include <span>
 
 #include "workbench/calibration/calibration.h"
+#include "workbench/camera/mired.h"
 
 // How published figures become the library's, one rule a function.
 
 namespace imgtune::workbench {
-
-/// 1,000,000 / kelvin: equal steps look about equally large. Kelvin above 0.
-double to_mired(double kelvin);
 
 /// The AWB gain, 512 = 1.0, that makes a grey patch with these ratios grey: 512 / ratio, rounded
 /// half up, green 512. Ratios above 0.

@@ -12,12 +12,12 @@
 
 namespace imgtune::workbench {
 
-/// The AWB gain that goes with a colour temperature: linear in mired between known points, the
-/// nearest end beyond them.
+/// The AWB gain that goes with a colour temperature: between known points the ratios that it
+/// balances, 512 / gain, are linear in mired; beyond them it is that of the nearest end.
 class Locus {
   public:
     struct Point {
-        double mired;
+        double kelvin;
         AWB_GAIN_T gain;
     };
 
@@ -26,12 +26,15 @@ class Locus {
     AWB_GAIN_T at(std::uint32_t kelvin) const;
 
   private:
-    std::vector<Point> points_;  ///< by rising mired
+    std::vector<Point> points_;  ///< by rising kelvin
 };
 
-/// The tuned gains of LV row 0, spread evenly over the grid of tuned CTs: the first at the lowest
-/// CT of the grid, the last at the highest. With five tuned gains each has one CT of the grid.
+/// The tuned gains of LV row 0 at the kelvin of their points.
 Locus tuned_locus(const Tuning& tuning);
+
+/// What tuned_locus assumes where the points have no kelvin: that they are spread evenly over the
+/// grid of tuned CTs, the first at its lowest, the last at its highest. Empty where all have one.
+std::string assumed_locus(const Tuning& tuning);
 
 /// The CTs and AWB gains of a frame log.
 Locus read_locus(FrameLog& log);
