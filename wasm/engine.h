@@ -43,7 +43,8 @@ class Engine {
     Answer targets(std::vector<Field> names);
     Answer values(const Json& arguments, std::string_view bytes);
     Answer summary(const Json& arguments, std::string_view bytes);
-    /// Mean and largest difference of the chart over the log, at `most` frames or fewer.
+    /// Mean, largest and every patch's difference of the chart over the log, at `most` frames or
+    /// fewer.
     Answer patch_errors(const Json& arguments, std::string_view bytes);
 
     // One light, or a frame of the log.

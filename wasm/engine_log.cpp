@@ -115,6 +115,7 @@ Answer Engine::patch_errors(const Json& arguments, std::string_view) {
     std::vector<double> number;
     std::vector<double> mean;
     std::vector<double> largest;
+    std::array<std::vector<double>, std::tuple_size_v<decltype(ChartError::patches)>> patches;
     Camera camera = this->camera();
     for (std::size_t i = 0; i < frames_.size(); ++i) {
         camera.run(frames_[i]);
@@ -126,11 +127,15 @@ Answer Engine::patch_errors(const Json& arguments, std::string_view) {
         number.push_back(static_cast<double>(i));
         mean.push_back(error.mean);
         largest.push_back(error.largest);
+        for (std::size_t k = 0; k < patches.size(); ++k) {
+            patches[k].push_back(error.patches[k].difference);
+        }
     }
     Answer answer;
     answer.add(number);
     answer.add(mean);
     answer.add(largest);
+    for (const auto& patch : patches) answer.add(patch);
     return answer;
 }
 

@@ -1,6 +1,7 @@
 // What the page does: loads, runs, and fetches what the panels show. Late answers are dropped.
 import { EngineClosed, EngineError, type At, type Frame, type FrameLog, type NamedBytes, type TuningInfo } from "./engine/api";
 import { shortened } from "./dom";
+import { within } from "./draw/zoom";
 import { Engine } from "./engine/engine";
 import { frameOf, fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
 
@@ -50,7 +51,7 @@ export class Session {
       timer = window.setTimeout(() => history.replaceState(null, "", "#" + toAddress(store.state)), addressPause);
     };
     store.watch(
-      ["frame", "light", "follow", "fields", "show", "gridLv", "gridCt", "coefficient", "over", "curve"],
+      ["frame", "light", "follow", "fields", "zoom", "show", "gridLv", "gridCt", "coefficient", "over", "curve"],
       link,
     );
   }
@@ -150,7 +151,12 @@ export class Session {
           await engine.useFrames(log.name, log.bytes);
         } else {
           const frames = await engine.loadFrames(log.name, log.bytes);
-          this.store.set({ log: frames, frame: Math.min(this.store.state.frame, frames.count - 1) });
+          const { frame, zoom } = this.store.state; // an address may ask for more than there is
+          this.store.set({
+            log: frames,
+            frame: Math.min(frame, frames.count - 1),
+            zoom: zoom && within(zoom[0], zoom[1], frames.count),
+          });
         }
         ran = (await this.runLog(engine, info)) ?? notRun;
       }
@@ -195,6 +201,7 @@ export class Session {
         log,
         faults: [],
         frame: Math.min(state.frame, log.count - 1),
+        zoom: null,
         follow: "log",
       });
       for (const engine of sideNames.map((name) => this.engines[name])) {

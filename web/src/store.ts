@@ -10,9 +10,12 @@ import type {
   MatrixGrid,
   NamedBytes,
   Patches,
+  PatchErrors,
   TuningInfo,
   Values,
 } from "./engine/api";
+
+import type { Zoom } from "./draw/zoom";
 
 export type SideName = "a" | "b";
 
@@ -37,7 +40,7 @@ export interface Side {
   grid: MatrixGrid | null;
   columns: ReadonlyMap<string, Int32Array>; // "c0" over the log, "target c0" what is asked for
   summary: Json;
-  errors: { frame: Float64Array; mean: Float64Array; largest: Float64Array } | null;
+  errors: PatchErrors | null;
   selected: Selected | null;
 }
 
@@ -56,6 +59,8 @@ export interface State {
   freeGain: boolean; // dragged away from the tuned locus
   playing: boolean;
   show: "overlay" | "difference";
+  zoom: Zoom;
+  patch: number | null; // of the chart, over the log
   fields: readonly string[]; // rows of the time panel
   gridLv: number;
   gridCt: number;
@@ -91,6 +96,8 @@ export const initialState: State = {
   freeGain: false,
   playing: false,
   show: "overlay",
+  zoom: null,
+  patch: null,
   fields: ["c0", "c4", "c8", "Global.S"],
   gridLv: 80,
   gridCt: 5000,
@@ -150,6 +157,7 @@ export function toAddress(state: State): string {
     light: Object.values(light).join(","),
     free: state.freeGain ? "1" : "0",
     fields: state.fields.join(","),
+    zoom: state.zoom?.join(",") ?? "",
     show: state.show,
     at: `${state.gridLv},${state.gridCt},${state.coefficient},${state.over},${state.curve}`,
   };
@@ -171,6 +179,8 @@ export function fromAddress(text: string): Partial<State> {
   change.freeGain = parts.get("free") === "1";
   const fields = parts.get("fields");
   if (fields) change.fields = fields.split(",").slice(0, 24);
+  const [from, to] = (parts.get("zoom") ?? "").split(",").map(Number);
+  if (Number.isInteger(from) && Number.isInteger(to) && 0 < from! && from! < to!) change.zoom = [from!, to!];
   const show = parts.get("show");
   if (show === "overlay" || show === "difference") change.show = show;
   const [lv, ct, coefficient, over, curve] = (parts.get("at") ?? "").split(",");

@@ -385,6 +385,67 @@ test("the largest step is one after the start, and the map's square follows anot
   await done();
 });
 
+test("all plots over time zoom together, by drag and wheel, and hold the chosen frame", async () => {
+  await start();
+  await page.evaluate(() => window.imgtune.store.set({ frame: 550 }));
+  const plots = () =>
+    page.$$eval("#time .u-over", (overs) =>
+      overs.map((over) => {
+        const { x, y, width, height } = over.getBoundingClientRect();
+        const mark = over.querySelector(".upright");
+        return { x, y, width, height, mark: mark.hidden ? null : Number(/translateX\((.*)px\)/.exec(mark.style.transform)[1]) };
+      }),
+    );
+  const state = () => page.evaluate(() => ({ zoom: window.imgtune.store.state.zoom, frame: window.imgtune.store.state.frame }));
+  const marked = async (frame) => {
+    const { zoom } = await state();
+    await until(([share]) => Array.from(document.querySelectorAll("#time .u-over"), (over) =>
+      Math.abs(Number(/translateX\((.*)px\)/.exec(over.querySelector(".upright").style.transform)[1]) / over.clientWidth - share) < 0.02).every(Boolean),
+    [(frame - zoom[0]) / (zoom[1] - zoom[0])]);
+  };
+  await page.locator("#time .u-over").nth(2).scrollIntoViewIfNeeded();
+  const [, , at] = await plots();
+  const [middle, far] = [at.x + 0.5 * at.width, at.x + 0.75 * at.width];
+  await page.mouse.move(middle, at.y + 10);
+  await page.mouse.down();
+  await page.mouse.move(far, at.y + 10, { steps: 4 });
+  await page.mouse.up();
+  const dragged = await state();
+  assert.ok(Math.abs(dragged.zoom[0] - 421) < 8 && Math.abs(dragged.zoom[1] - 631) < 8, String(dragged.zoom));
+  assert.equal(dragged.frame, 550); // a drag is no click
+  assert.equal((await plots()).length, 5);
+  await marked(551);
+  await page.mouse.click(middle, at.y + 10);
+  const clicked = await state();
+  assert.ok(Math.abs(clicked.frame + 1 - (dragged.zoom[0] + dragged.zoom[1]) / 2) < 3);
+  await page.keyboard.down("Control");
+  await page.mouse.wheel(0, -300);
+  await page.keyboard.up("Control");
+  await until((wide) => window.imgtune.store.state.zoom[1] - window.imgtune.store.state.zoom[0] < wide, dragged.zoom[1] - dragged.zoom[0] - 40);
+  await marked(clicked.frame + 1);
+  await page.evaluate(() => window.imgtune.store.set({ frame: 100 }));
+  const { zoom } = await state();
+  assert.ok(zoom[0] <= 101 && zoom[1] >= 101);
+  await page.getByRole("button", { name: "Whole log" }).click();
+  assert.equal((await state()).zoom, null);
+  await done();
+});
+
+test("a patch of the chart is shown over the log", async () => {
+  await start();
+  await page.evaluate(() => window.imgtune.store.set({ frame: 540 }));
+  await page.locator("#error .pair").nth(14).click();
+  await until(() => /red in black · at the start up to [3-9]/.test(document.querySelector("#time .plot-label").textContent));
+  await until(() => document.querySelector("#scrubber output").textContent.includes("541") && window.imgtune.store.state.a.selected?.patches);
+  const [file] = await Promise.all([page.waitForEvent("download"), page.getByRole("button", { name: "Save patch-error as CSV", exact: true }).click()]);
+  const [head, ...rows] = readFileSync(await file.path(), "utf8").trim().split("\n").map((line) => line.split(","));
+  const row = rows.find((each) => each[0] === "541");
+  const shown = await page.locator("#error .difference").nth(14).textContent();
+  assert.equal(Number(row[head.findIndex((name) => /^A red$/i.test(name))]).toFixed(1), shown);
+  assert.ok(Number(shown) > 0.5);
+  await done();
+});
+
 test("the browser asks before a reload drops edits, until they are in a file", async () => {
   await start();
   const asked = [];

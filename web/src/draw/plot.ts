@@ -3,6 +3,7 @@
 import uPlot from "uplot";
 import { button, download, h } from "../dom";
 import { colors } from "./theme";
+import { factorOf, type Zoom } from "./zoom";
 
 export interface Line {
   label: string;
@@ -18,9 +19,12 @@ export interface PlotOptions {
   xLabel: string;
   yLabel: string;
   height: number;
+  fromZero?: boolean; // the scale of y
   group?: string; // plots of a group share the cursor
   choose?: (x: number) => void; // a click on the plot
   bands?: (u: uPlot) => void; // drawn below the lines
+  zoom?: (from: number, to: number) => void; // a drag across the plot
+  turn?: (factor: number, x: number) => void; // the wheel with Ctrl, or two fingers
 }
 
 const mostSteps = 8192; // beyond it no step can be seen, and lines are thinned to the pixels
@@ -41,6 +45,9 @@ export class Plot {
   private lines: Line[] = [];
   private readonly upright = h("div", { class: "upright", hidden: true });
   private marked: number | null = null;
+  private part: Zoom = null;
+  private top = Infinity;
+  private dragged = false;
 
   constructor(private readonly options: PlotOptions) {
     this.element = h(
@@ -64,8 +71,10 @@ export class Plot {
     document.addEventListener("themechange", () => this.rebuild());
   }
 
-  draw(x: ArrayLike<number>, lines: Line[], label: string): void {
+  /** What lies above `top` does not stretch the scale while anything else is in sight. */
+  draw(x: ArrayLike<number>, lines: Line[], label: string, top = Infinity): void {
     this.title.textContent = label;
+    this.top = top;
     const same =
       this.plot !== null &&
       lines.length === this.lines.length &&
@@ -77,11 +86,19 @@ export class Plot {
     else this.rebuild();
   }
 
+  /** Shows this part of x. */
+  show(part: Zoom): void {
+    if (part === this.part) return;
+    this.part = part;
+    const [min, max] = part ?? [this.x[0]!, this.x[this.x.length - 1]!];
+    this.plot?.setScale("x", { min, max });
+  }
+
   /** An upright line at this x, above the plot. */
   mark(x: number | null): void {
     this.marked = x;
     const at = this.plot && x !== null ? this.plot.valToPos(x, "x") : NaN;
-    this.upright.hidden = !(at >= 0);
+    this.upright.hidden = !(at >= 0 && at <= (this.plot?.over.clientWidth ?? 0));
     this.upright.style.transform = `translateX(${at}px)`;
   }
 
@@ -96,18 +113,23 @@ export class Plot {
     const c = colors();
     const long = this.x.length > mostSteps;
     const axis = { stroke: c.ink2, grid: { stroke: c.rule, width: 1 }, ticks: { stroke: c.rule, width: 1 }, font: c.font };
-    const { group, choose } = this.options;
+    const { group, choose, zoom, turn } = this.options;
     this.plot = new uPlot(
       {
         width: this.canvas.clientWidth,
         height: this.options.height,
         legend: { show: false },
-        scales: { x: { time: false } },
+        scales: {
+          x: { time: false, range: (_, min, max) => (this.part ? [this.part[0], this.part[1]] : [min, max]) },
+          ...(this.options.fromZero ? { y: { range: (u: uPlot, _: number, max: number) => [0, this.highest(u, max)] } } : {}),
+        },
         padding: [6, () => lastLabelRoom(this.x), 0, 0],
         cursor: {
-          drag: { x: false, y: false },
+          drag: { x: zoom !== undefined, y: false, setScale: false },
+          bind: { dblclick: () => null },
           points: { size: 5 },
-          ...(group ? { sync: { key: group } } : {}),
+          // The range is shared through the state, not by what another plot's cursor selects.
+          ...(group ? { sync: { key: group, setSeries: false, filters: { pub: (type: string) => type === "mousemove" || type === "mouseleave" } } } : {}),
         },
         axes: [
           { ...axis, label: this.options.xLabel, labelFont: c.font, labelSize: 16, size: 28 },
@@ -127,6 +149,7 @@ export class Plot {
         hooks: {
           drawAxes: [(u: uPlot) => this.options.bands?.(u)],
           draw: [() => this.mark(this.marked)],
+          setSelect: [(u: uPlot) => this.choosePart(u)],
         },
       },
       this.data(),
@@ -135,15 +158,42 @@ export class Plot {
     this.plot.over.append(this.upright);
     if (choose) {
       this.plot.over.addEventListener("click", () => {
+        if (this.dragged) return;
         const at = this.plot?.cursor.idx;
         if (at !== null && at !== undefined) choose(this.x[at]!);
       });
+    }
+    this.plot.over.addEventListener("pointerdown", () => (this.dragged = false));
+    if (turn) {
+      this.plot.over.addEventListener(
+        "wheel",
+        (event) => {
+          if (!event.ctrlKey || !this.plot) return;
+          event.preventDefault();
+          turn(factorOf(event), this.plot.posToVal(event.offsetX, "x"));
+        },
+        { passive: false },
+      );
     }
     this.plot.over.querySelectorAll("*").forEach((each) => each.setAttribute("aria-hidden", "true"));
     this.canvas.querySelector("canvas")?.setAttribute("role", "img");
     this.canvas
       .querySelector("canvas")
       ?.setAttribute("aria-label", `${this.options.name}: ${this.options.yLabel} over ${this.options.xLabel}`);
+  }
+
+  private choosePart(u: uPlot): void {
+    const { left, width } = u.select;
+    if (width < 3) return;
+    this.dragged = true;
+    const [from, to] = [u.posToVal(left, "x"), u.posToVal(left + width, "x")];
+    u.setSelect({ left: 0, top: 0, width: 0, height: 0 }, false);
+    this.options.zoom?.(from, to);
+  }
+
+  private highest(u: uPlot, max: number): number {
+    const beyond = (u.scales["x"]?.min ?? 0) <= (this.x[0] ?? 0) && max > this.top;
+    return 1.05 * Math.max(beyond ? this.top : max, 0.1);
   }
 
   private resize(): void {

@@ -110,6 +110,14 @@ export interface Patches {
   largest: number;
 }
 
+/** Over frames of the log, in CIEDE2000. */
+export interface PatchErrors {
+  frame: Float64Array; // from 0
+  mean: Float64Array;
+  largest: Float64Array;
+  patches: Float64Array[]; // each patch of the chart
+}
+
 export interface FieldDifference {
   field: string;
   a: number | string;

@@ -14,6 +14,7 @@ import {
   type MatrixGrid,
   type NamedBytes,
   type Patches,
+  type PatchErrors,
   type Progress,
   type TuningInfo,
   type Values,
@@ -181,10 +182,10 @@ export class Engine {
   }
 
   /** At `most` frames of the log or fewer. */
-  async patchErrors(most: number): Promise<{ frame: Float64Array; mean: Float64Array; largest: Float64Array }> {
+  async patchErrors(most: number): Promise<PatchErrors> {
     const { blobs } = await this.send("patchErrors", { most });
-    const [frame, mean, largest] = blobs.map((blob) => new Float64Array(blob));
-    return { frame: frame!, mean: mean!, largest: largest! };
+    const [frame, mean, largest, ...patches] = blobs.map((blob) => new Float64Array(blob));
+    return { frame: frame!, mean: mean!, largest: largest!, patches };
   }
 
   async diff(other: NamedBytes[]): Promise<FieldDifference[]> {

@@ -1,7 +1,6 @@
 import { formatHex } from "culori";
-import { fill, h } from "../dom";
+import { button, fill, h } from "../dom";
 import { axes, line, Picture } from "../draw/canvas";
-import { Plot } from "../draw/plot";
 import { whenDue } from "../draw/schedule";
 import type { Lab, Patches } from "../engine/api";
 import type { SideName, State } from "../store";
@@ -15,51 +14,24 @@ export const errorPanel: MakePanel = (session) => {
   const charts = h("div", { class: "charts" });
   const note = h("p", { class: "note" });
   const arrows = new Picture("patches-ab", 260, "a* and b* of the patches");
-  const time = new Plot({
-    name: "patch-error",
-    xLabel: "frame",
-    yLabel: "",
-    height: 110,
-    group: "time",
-    choose: (at) => store.set({ follow: "log", frame: at - 1, playing: false }),
-  });
   const show = (state: State): void => {
     element.hidden = !state.a?.info.hasCcm;
     note.textContent =
       "The matrix alone, on white-balanced linear RGB, in CIEDE2000. " +
       (onLog(state)
         ? "Left in each patch: where the camera rests in this light; right: this frame."
-        : "Left in each patch: what the light asks for; right: where the camera comes to rest.");
-    fill(charts, ...(["a", "b"] as const).map((name) => chart(name, state[name]?.selected?.patches ?? null)));
+        : "Left in each patch: what the light asks for; right: where the camera comes to rest.") +
+      (state.log ? " Choose a patch to see it over the log." : "");
+    fill(charts, ...(["a", "b"] as const).map((name) => chart(name, state, (patch) => store.set({ patch }))));
     drawArrows(arrows, state);
-    const a = state.a?.errors;
-    const b = state.b?.errors;
-    time.element.hidden = !a;
-    if (!a) return;
-    time.draw(
-      Array.from(a.frame, (f) => f + 1),
-      [
-        { label: "A mean", values: a.mean, color: "a" },
-        { label: "A largest", values: a.largest, color: "target" },
-        ...(b ? [{ label: "B mean", values: b.mean, color: "b" } as const] : []),
-      ],
-      "CIEDE2000 over the log: mean, and largest in dashes",
-    );
   };
-  const element = panel(
-    "error",
-    "Colour error",
-    "",
-    note,
-    charts,
-    arrows.element,
-    time.element,
-  );
+  const element = panel("error", "Colour error", "", note, charts, arrows.element);
   const again = whenDue(element, () => show(store.state));
-  store.watch(["a", "b", "follow"], (state, before) => {
-    const changed = state.follow !== before.follow || (["a", "b"] as const).some(
-      (n) => state[n]?.selected !== before[n]?.selected || state[n]?.errors !== before[n]?.errors || !state[n] !== !before[n],
-    );
+  store.watch(["a", "b", "follow", "patch"], (state, before) => {
+    const changed =
+      state.follow !== before.follow ||
+      state.patch !== before.patch ||
+      (["a", "b"] as const).some((n) => state[n]?.selected !== before[n]?.selected || !state[n] !== !before[n]);
     if (changed) again();
   });
   return { element };
@@ -67,30 +39,28 @@ export const errorPanel: MakePanel = (session) => {
 
 const onLog = (state: State): boolean => state.follow === "log" && state.log !== null;
 
-function chart(name: SideName, patches: Patches | null): HTMLElement | null {
+function chart(name: SideName, state: State, choose: (patch: number | null) => void): HTMLElement | null {
+  const patches = state[name]?.selected?.patches;
   if (!patches) return null;
+  const swatch = (lab: Lab): HTMLElement => {
+    const part = h("span", { class: "swatch", "aria-hidden": "true" });
+    part.style.background = display(lab);
+    return part;
+  };
+  const item = (patch: Patches["patches"][number], i: number): HTMLElement => {
+    const chosen = state.patch === i;
+    const press = button("", () => choose(chosen ? null : i));
+    press.className = "pair";
+    press.title = patch.name;
+    press.setAttribute("aria-pressed", String(chosen));
+    press.append(swatch(patch.reference), swatch(patch.shown), h("span", { class: "hidden" }, patch.name));
+    return h("li", {}, press, h("span", { class: "difference" }, patch.difference.toFixed(1)));
+  };
   return h(
     "figure",
     { class: "chart side-" + name },
     h("figcaption", {}, `${name.toUpperCase()} · mean ${patches.mean.toFixed(2)}, largest ${patches.largest.toFixed(2)}`),
-    h(
-      "ol",
-      {},
-      ...patches.patches.map((patch) => {
-        const swatch = (lab: Lab): HTMLElement => {
-          const part = h("span", { class: "swatch", "aria-hidden": "true" });
-          part.style.background = display(lab);
-          return part;
-        };
-        return h(
-          "li",
-          { title: patch.name },
-          h("span", { class: "pair" }, swatch(patch.reference), swatch(patch.shown)),
-          h("span", { class: "difference" }, patch.difference.toFixed(1)),
-          h("span", { class: "hidden" }, patch.name),
-        );
-      }),
-    ),
+    h("ol", {}, ...patches.patches.map(item)),
   );
 }
 

@@ -1,7 +1,8 @@
 import { button, h, onFrame } from "../dom";
 import { colors } from "../draw/theme";
+import { factorOf, scaled } from "../draw/zoom";
 import type { State } from "../store";
-import { landmarks, spans } from "./time";
+import { landmarks, spans } from "./summary";
 import type { MakePanel } from "./panel";
 
 const height = 44;
@@ -48,7 +49,7 @@ export const scrubber: MakePanel = (session) => {
     requestAnimationFrame(tick);
   });
   const draw = onFrame(() => {
-    const { log, frame, follow } = store.state;
+    const { log, frame, follow, zoom } = store.state;
     const width = canvas.clientWidth;
     if (!log || width === 0) return;
     canvas.width = Math.round(width * devicePixelRatio);
@@ -72,6 +73,13 @@ export const scrubber: MakePanel = (session) => {
       g.lineTo(px, height - 3 - (lv[i]! / most) * (height - 8));
     }
     g.stroke();
+    if (zoom) {
+      g.fillStyle = c.quiet; // what the plots below leave out
+      g.globalAlpha = 0.3;
+      g.fillRect(0, 0, x(zoom[0] - 1), height);
+      g.fillRect(x(zoom[1] - 1), 0, width - x(zoom[1] - 1), height);
+      g.globalAlpha = 1;
+    }
     if (follow === "log") {
       g.fillStyle = c.ink;
       g.fillRect(x(frame) - 0.75, 0, 1.5, height);
@@ -91,6 +99,17 @@ export const scrubber: MakePanel = (session) => {
     const { log } = store.state;
     if (log) choose(Math.round((event.offsetX / canvas.clientWidth) * (log.count - 1)));
   });
+  canvas.addEventListener(
+    "wheel",
+    (event) => {
+      const { log, zoom } = store.state;
+      if (!log) return;
+      event.preventDefault();
+      const at = 1 + (event.offsetX / canvas.clientWidth) * (log.count - 1);
+      store.set({ zoom: scaled(zoom, log.count, factorOf(event), at) });
+    },
+    { passive: false },
+  );
   const jumps = ["change", "flash", "clip", "largest step"].map((kind) => button("Next " + kind, () => next(kind)));
   jumps[3]!.textContent = "Largest step";
   const element = h(
@@ -100,7 +119,7 @@ export const scrubber: MakePanel = (session) => {
     range,
     h("div", { class: "row" }, play, button("◀", () => step(-1), "Frame before"), button("▶", () => step(1), "Frame after"), ...jumps, place),
   );
-  store.watch(["log", "frame", "follow"], show);
+  store.watch(["log", "frame", "follow", "zoom"], show);
   show(store.state);
   return { element };
 };

@@ -1,39 +1,14 @@
 import type uPlot from "uplot";
-import { button, counted, fill, h } from "../dom";
+import { button, fill, h } from "../dom";
 import { Plot, type Line } from "../draw/plot";
 import { colors } from "../draw/theme";
 import { whenDue } from "../draw/schedule";
 import { frameColumns, type FrameColumn } from "../engine/api";
-import type { SideName, State } from "../store";
+import { holding, scaled, within } from "../draw/zoom";
+import type { State } from "../store";
 import { panel, type MakePanel } from "./panel";
-
-interface Settling {
-  state: string;
-  settled_after: number | null;
-  stall: { field: string; target: number; resting: number } | null;
-}
-interface Change {
-  first: number;
-  last: number;
-  held: number;
-  ccm?: Settling;
-  color?: Settling;
-}
-interface Summary {
-  noise_percent: number;
-  cold_start: Change | null;
-  changes: Change[];
-  clipped: { frames: number; spans: { first: number; last: number }[] };
-  flicker: { spans: { first: number; last: number }[] };
-  fields: Record<string, Motion>;
-}
-interface Motion {
-  largest_step: number;
-  step_frame: number | null;
-  overshoot: number;
-  overshoot_frame: number | null;
-  sign_changes_per_second: number;
-}
+import { errorOverTime } from "./error-over-time";
+import { factsOf, spans, summaryOf } from "./summary";
 
 const rowHeight = 96;
 
@@ -53,6 +28,28 @@ export const timePanel: MakePanel = (session) => {
   };
   input.addEventListener("change", add);
   const facts = h("div", { class: "facts" });
+  const zoomTo = (zoom: State["zoom"]): void => store.set({ zoom });
+  const scale = (factor: number, at = store.state.frame + 1): void => {
+    const { zoom, log } = store.state;
+    if (log) zoomTo(scaled(zoom, log.count, factor, at));
+  };
+  const overTime = {
+    xLabel: "frame",
+    yLabel: "",
+    group: "time",
+    choose: (at: number) => store.set({ follow: "log", frame: at - 1, playing: false }),
+    zoom: (from: number, to: number) => zoomTo(within(from, to, store.state.log?.count ?? 1)),
+    turn: scale,
+  };
+  const error = errorOverTime(overTime);
+  const shownPart = h("output", { class: "note" });
+  const whole = button("Whole log", () => zoomTo(null));
+  const showPart = (): void => {
+    const { zoom, log } = store.state;
+    shownPart.textContent = zoom && log ? `frames ${zoom[0]} to ${zoom[1]} of ${log.count}` : "";
+    whole.hidden = zoom === null;
+    for (const { plot } of [error, ...rows.values()]) plot.show(zoom);
+  };
 
   const bands = (u: uPlot, field: string): void => {
     const { log, a } = store.state;
@@ -73,7 +70,7 @@ export const timePanel: MakePanel = (session) => {
       });
     }
     g.globalAlpha = 1;
-    const summary = a?.summary as Summary | null | undefined;
+    const summary = summaryOf(a);
     g.strokeStyle = c.mark;
     g.setLineDash([2, 4]);
     for (const change of summary?.changes ?? []) upright(g, u.valToPos(change.first, "x", true), top, height);
@@ -116,18 +113,16 @@ export const timePanel: MakePanel = (session) => {
       let row = rows.get(field);
       if (!row) {
         const plot = new Plot({
+          ...overTime,
           name: "time-" + field,
-          xLabel: "frame",
-          yLabel: "",
           height: rowHeight,
-          group: "time",
-          choose: (at) => store.set({ follow: "log", frame: at - 1, playing: false }),
           bands: (u) => bands(u, field),
         });
         const remove = button("×", () => store.set({ fields: store.state.fields.filter((f) => f !== field) }), `Remove ${field}`);
         plot.element.querySelector(".tools")!.append(remove);
         row = { plot, element: plot.element };
         plot.mark(placeOf(state));
+        plot.show(state.zoom);
         rows.set(field, row);
         list.append(row.element);
       }
@@ -135,12 +130,13 @@ export const timePanel: MakePanel = (session) => {
       row.element.hidden = lines.length === 0;
       if (lines.length > 0) row.plot.draw(x, lines, field + unitOf(field) + motionOf(state, field));
     }
+    error.show(state);
     fill(facts, ...factsOf(state));
   };
   const element = panel(
     "time",
     "Over the log",
-    "Line: programmed; dashes: what each frame's light asks for. Dotted: a change of light; triangle: largest step, overshoot. Click to choose a frame.",
+    "Line: programmed; dashes: what each frame's light asks for. Dotted: a change of light; triangle: largest step, overshoot. Click to choose a frame, drag across frames to zoom in; Ctrl with the wheel zooms, too.",
     h(
       "p",
       { class: "key" },
@@ -149,22 +145,31 @@ export const timePanel: MakePanel = (session) => {
     ),
     h("div", { class: "row" }, input, button("Add field", add), known),
     facts,
+    h("div", { class: "row" }, button("+", () => scale(0.5), "Zoom in"), button("−", () => scale(2), "Zoom out"), whole, shownPart),
+    error.plot.element,
     list,
   );
   const again = whenDue(element, () => show(store.state));
-  store.watch(["a", "b", "log", "fields", "show"], (state, before) => {
+  store.watch(["a", "b", "log", "fields", "show", "patch"], (state, before) => {
     const drawn = (["a", "b"] as const).some(
-      (n) => state[n]?.columns !== before[n]?.columns || state[n]?.summary !== before[n]?.summary || !state[n] !== !before[n],
+      (n) => state[n]?.columns !== before[n]?.columns || state[n]?.summary !== before[n]?.summary || state[n]?.errors !== before[n]?.errors || !state[n] !== !before[n],
     );
     if (state.a?.info !== before.a?.info || state.b?.info !== before.b?.info) {
       fill(known, ...names(state).map((name) => h("option", { value: name })));
     }
-    if (drawn || state.log !== before.log || state.fields !== before.fields || state.show !== before.show) again();
+    if (drawn || state.log !== before.log || state.fields !== before.fields || state.show !== before.show || state.patch !== before.patch) again();
   });
   store.watch(
     ["frame", "follow", "log"],
-    whenDue(list, () => rows.forEach((row) => row.plot.mark(placeOf(store.state)))),
+    whenDue(list, () => {
+      for (const { plot } of [error, ...rows.values()]) plot.mark(placeOf(store.state));
+    }),
   );
+  store.watch(["frame", "follow"], ({ zoom, frame, follow, log }) => {
+    const held = log && follow === "log" ? holding(zoom, frame + 1, log.count) : zoom;
+    if (held !== zoom) zoomTo(held);
+  });
+  store.watch(["zoom"], whenDue(element, showPart));
   return { element };
 };
 
@@ -182,7 +187,7 @@ function names(state: State): string[] {
 function motionOf(state: State, field: string): string {
   return (["a", "b"] as const)
     .map((name) => {
-      const motion = (state[name]?.summary as Summary | null | undefined)?.fields[field];
+      const motion = summaryOf(state[name])?.fields[field];
       if (!motion) return "";
       const parts = [];
       if (motion.largest_step > 0) parts.push(`largest step ${motion.largest_step} at ${motion.step_frame}`);
@@ -218,74 +223,9 @@ function linesOf(state: State, field: string): Line[] {
   return lines;
 }
 
-function factsOf(state: State): (HTMLElement | null)[] {
-  return (["a", "b"] as const).map((name) => {
-    const summary = state[name]?.summary as Summary | null | undefined;
-    return summary ? factTable(name, summary) : null;
-  });
-}
-
-function factTable(name: SideName, summary: Summary): HTMLElement {
-  const changes = [...(summary.cold_start ? [summary.cold_start] : []), ...summary.changes].slice(0, 12);
-  const told = (s: Settling | undefined): string => {
-    if (!s) return "";
-    const stall = s.stall && s.stall.target !== s.stall.resting ? `, ${s.stall.field} rests at ${s.stall.resting} of ${s.stall.target}` : "";
-    return (s.settled_after === null ? s.state.replaceAll("_", " ") : counted(s.settled_after, "frame")) + stall;
-  };
-  return h(
-    "table",
-    { class: "side-" + name },
-    h("caption", {}, `${name.toUpperCase()} · settling; noise ${summary.noise_percent} % · clipped in ${counted(summary.clipped.frames, "frame")}`),
-    h("thead", {}, h("tr", {}, ...["light changes in frames", "held", "matrix", "colour"].map((t) => h("th", { scope: "col" }, t)))),
-    h(
-      "tbody",
-      {},
-      ...changes.map((change) =>
-        h(
-          "tr",
-          {},
-          h("td", {}, change === summary.cold_start ? "start" : change.first === change.last ? change.first : `${change.first}–${change.last}`),
-          h("td", {}, change.held),
-          h("td", {}, told(change.ccm)),
-          h("td", {}, told(change.color)),
-        ),
-      ),
-    ),
-  );
-}
-
-export function spans(column: ArrayLike<number>, count: number, each: (from: number, to: number) => void): void {
-  let from = -1;
-  for (let i = 0; i <= count; ++i) {
-    const on = i < count && column[i] !== 0;
-    if (on && from < 0) from = i;
-    if (!on && from >= 0) {
-      each(from, i);
-      from = -1;
-    }
-  }
-}
-
 function upright(g: CanvasRenderingContext2D, x: number, top: number, height: number): void {
   g.beginPath();
   g.moveTo(x, top);
   g.lineTo(x, top + height);
   g.stroke();
-}
-
-/** Where the log changes, flashes, clips, or takes its largest step after the start: frame numbers from 0. */
-export function landmarks(state: State, kind: string): number[] {
-  const { log, a } = state;
-  if (!log) return [];
-  const summary = a?.summary as Summary | null | undefined;
-  if (kind === "change") return (summary?.changes ?? []).map((change) => change.first - 1);
-  if (kind === "clip") return (summary?.clipped.spans ?? []).map((span) => span.first - 1);
-  if (kind === "flash") {
-    const found: number[] = [];
-    spans(log.columns.flash, log.count, (from) => found.push(from));
-    return found;
-  }
-  const moved = state.fields.flatMap((field) => summary?.fields[field] ?? []);
-  const largest = moved.reduce<Motion | null>((most, each) => (each.largest_step > (most?.largest_step ?? 0) ? each : most), null);
-  return largest?.step_frame ? [largest.step_frame - 1] : [];
 }

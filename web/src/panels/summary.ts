@@ -1,0 +1,104 @@
+// What the summary of a run tells the panels.
+import { counted, h } from "../dom";
+import type { Side, SideName, State } from "../store";
+
+interface Settling {
+  state: string;
+  settled_after: number | null;
+  stall: { field: string; target: number; resting: number } | null;
+}
+interface Change {
+  first: number;
+  last: number;
+  held: number;
+  ccm?: Settling;
+  color?: Settling;
+}
+export interface Summary {
+  noise_percent: number;
+  cold_start: (Change & { frames_to_rest: number }) | null;
+  changes: Change[];
+  clipped: { frames: number; spans: { first: number; last: number }[] };
+  flicker: { spans: { first: number; last: number }[] };
+  fields: Record<string, Motion>;
+}
+export interface Motion {
+  largest_step: number;
+  step_frame: number | null;
+  overshoot: number;
+  overshoot_frame: number | null;
+  sign_changes_per_second: number;
+}
+
+export const summaryOf = (side: Side | null): Summary | null => (side?.summary as Summary | null | undefined) ?? null;
+
+/** The first frame, from 1, at which the start is over: the matrix stands. */
+export function startEnds(side: Side | null): number {
+  const start = summaryOf(side)?.cold_start;
+  return start ? start.last + (start.ccm?.settled_after ?? start.frames_to_rest) : 1;
+}
+
+export function factsOf(state: State): (HTMLElement | null)[] {
+  return (["a", "b"] as const).map((name) => {
+    const summary = summaryOf(state[name]);
+    return summary ? factTable(name, summary) : null;
+  });
+}
+
+function factTable(name: SideName, summary: Summary): HTMLElement {
+  const changes = [...(summary.cold_start ? [summary.cold_start] : []), ...summary.changes].slice(0, 12);
+  const told = (s: Settling | undefined): string => {
+    if (!s) return "";
+    const stall = s.stall && s.stall.target !== s.stall.resting ? `, ${s.stall.field} rests at ${s.stall.resting} of ${s.stall.target}` : "";
+    return (s.settled_after === null ? s.state.replaceAll("_", " ") : counted(s.settled_after, "frame")) + stall;
+  };
+  return h(
+    "table",
+    { class: "side-" + name },
+    h("caption", {}, `${name.toUpperCase()} · settling; noise ${summary.noise_percent} % · clipped in ${counted(summary.clipped.frames, "frame")}`),
+    h("thead", {}, h("tr", {}, ...["light changes in frames", "held", "matrix", "colour"].map((t) => h("th", { scope: "col" }, t)))),
+    h(
+      "tbody",
+      {},
+      ...changes.map((change) =>
+        h(
+          "tr",
+          {},
+          h("td", {}, change === summary.cold_start ? "start" : change.first === change.last ? change.first : `${change.first}–${change.last}`),
+          h("td", {}, change.held),
+          h("td", {}, told(change.ccm)),
+          h("td", {}, told(change.color)),
+        ),
+      ),
+    ),
+  );
+}
+
+export function spans(column: ArrayLike<number>, count: number, each: (from: number, to: number) => void): void {
+  let from = -1;
+  for (let i = 0; i <= count; ++i) {
+    const on = i < count && column[i] !== 0;
+    if (on && from < 0) from = i;
+    if (!on && from >= 0) {
+      each(from, i);
+      from = -1;
+    }
+  }
+}
+
+/** Where the log changes, flashes, clips, or takes its largest step after the start: frame numbers from 0. */
+export function landmarks(state: State, kind: string): number[] {
+  const { log, a } = state;
+  if (!log) return [];
+  const summary = summaryOf(a);
+  if (kind === "change") return (summary?.changes ?? []).map((change) => change.first - 1);
+  if (kind === "clip") return (summary?.clipped.spans ?? []).map((span) => span.first - 1);
+  if (kind === "flash") {
+    const found: number[] = [];
+    spans(log.columns.flash, log.count, (from) => found.push(from));
+    return found;
+  }
+  const moved = state.fields.flatMap((field) => summary?.fields[field] ?? []);
+  const largest = moved.reduce<Motion | null>((most, each) => (each.largest_step > (most?.largest_step ?? 0) ? each : most), null);
+  return largest?.step_frame ? [largest.step_frame - 1] : [];
+}
