@@ -157,7 +157,7 @@ std::string report_of(const std::vector<Outcome>& outcomes, const ReplayOptions&
 int run_replay(const ReplayOptions& options) {
     const Tuning tuning = tuning_to_run(options.tuning);
     const Jobs jobs = jobs_to_run(options.tuning, tuning, options.only);
-    set_properties(options.properties);  // not before: judging a tuning runs the library, too
+    set_properties(options.properties);
     const auto requests = requests_of(options, {tuning.caller, jobs, options.fields});
     std::vector<Outcome> outcomes(requests.size());
     in_parallel(requests.size(), options.workers,

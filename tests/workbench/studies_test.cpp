@@ -10,7 +10,7 @@
 #include "workbench/json/explanation.h"
 #include "workbench/studies/explanation.h"
 #include "workbench/studies/resting.h"
-#include "workbench/studies/stall.h"
+#include "workbench/tuning/stall.h"
 #include "workbench/trace/trace_lines.h"
 
 namespace imgtune::workbench {

@@ -48,6 +48,7 @@ constexpr Rule kRules[] = {
     {"T116", kError, "temporal weights that sum to 0"},
     {"T117", kError, "temporal weight of the new matrix 0"},
     {"T118", kWarning, "temporal weights that stop more than 4/512 short of the matrix"},
+    {"T119", kWarning, "temporal weights of the two frames before that differ"},
     {"T120", kWarning, "unusual value, without effect or with little"},
     {"T121", kWarning, "absurd polynomial deviation"},
     {"T122", kWarning, "more points filled in than `i4NumCT` declares"},

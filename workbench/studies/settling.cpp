@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "workbench/studies/resting.h"
-#include "workbench/studies/stall.h"
+#include "workbench/tuning/stall.h"
 
 namespace imgtune::workbench {
 

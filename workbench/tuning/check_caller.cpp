@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "workbench/studies/stall.h"
 #include "workbench/tuning/checked.h"
+#include "workbench/tuning/stall.h"
 
 namespace imgtune::workbench {
 
@@ -41,6 +41,24 @@ void check_codec(Checked& checked) {
     }
 }
 
+/// The ring's entries are places, not ages: each is replaced every second frame.
+void check_ring(Checked& checked) {
+    const auto& w = checked.tuning().caller.weights;
+    if (w[1] == w[2]) return;
+    checked.report(
+        {.code = "T119",
+         .path = "caller.weights",
+         .message = fmt::format("is [{}, {}, {}]: the two frames before weigh differently", w[0],
+                                w[1], w[2]),
+         .value = fmt::format("[{}, {}, {}]", w[0], w[1], w[2]),
+         .allowed = "weights[1] equal to weights[2]",
+         .effect = fmt::format("large and small steps of the matrix take turns, and it rests up to "
+                               "{}/512 short of the tuned one",
+                               2 * worst_stall(w)),
+         .suggestion =
+             fmt::format("[{}, {}, {}]", w[0], (w[1] + w[2] + 1) / 2, (w[1] + w[2] + 1) / 2)});
+}
+
 void check_weights(Checked& checked) {
     const auto& w = checked.tuning().caller.weights;
     if (w[0] + w[1] + w[2] == 0) {
@@ -71,6 +89,8 @@ void check_weights(Checked& checked) {
              .allowed = fmt::format("stops up to {}/512", kMostStall),
              .effect = "the colours rest beside the tuned ones, elsewhere from each light before",
              .suggestion = "a larger first weight, such as [2, 1, 1]"});
+    } else {
+        check_ring(checked);
     }
 }
 
