@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "cli/explanation_text.h"
@@ -10,8 +11,8 @@
 #include "workbench/json/explanation.h"
 #include "workbench/studies/explanation.h"
 #include "workbench/studies/resting.h"
-#include "workbench/tuning/stall.h"
 #include "workbench/trace/trace_lines.h"
+#include "workbench/tuning/stall.h"
 
 namespace imgtune::workbench {
 namespace {
@@ -101,6 +102,25 @@ TEST(Stall, FollowsFromTheWeights) {
 }
 
 // ---- one frame, told in order
+
+TEST(Explain, InSeveralThreadsTellsWhatOneTells) {
+    const Tuning tuning = make_tuning();
+    const auto told = [&tuning](std::uint32_t lv) {
+        Camera camera(tuning, {});
+        return to_json(explain_at_rest(camera, make_frame(lv, 3000, {700, 512, 1300}))).dump();
+    };
+    const std::string dark = told(20);
+    const std::string bright = told(100);
+    constexpr int kTimes = 40;
+    int wrong = 0;
+    std::thread other([&] {
+        for (int i = 0; i < kTimes; ++i) wrong += told(100) == bright ? 0 : 1;
+    });
+    int wrong_here = 0;
+    for (int i = 0; i < kTimes; ++i) wrong_here += told(20) == dark ? 0 : 1;
+    other.join();
+    EXPECT_EQ(wrong + wrong_here, 0);
+}
 
 TEST(Explain, TellsClippedClampedAndWrappedValues) {
     Tuning tuning = make_tuning();

@@ -44,7 +44,6 @@ struct Verification {
 /// phone's. The state that the phone's camera had before the log begins, and wherever the log
 /// reports lost lines, the camera starts anew or a difference was found, is taken from the trace as
 /// far as that says: the ring from its own lines, the colour engine's values from the last frame's.
-/// Lives alone in a process, as TraceCapture does.
 class Verifier {
   public:
     explicit Verifier(const Tuning& tuning);

@@ -3,40 +3,74 @@
 #include <android/log.h>
 #include <cutils/properties.h>
 
+#include <map>
+#include <mutex>
+#include <utility>
+
 #include "workbench/text/bad_input.h"
 
 namespace imgtune::workbench {
 
 namespace {
 
-std::vector<std::string> captured;
+thread_local std::vector<std::string>* kept_lines = nullptr;
 
 void keep_line(const __android_log_message* message) {
+    if (kept_lines == nullptr) return;
     std::string text = message->message;
     while (!text.empty() && text.back() == '\n') text.pop_back();
-    captured.push_back(std::move(text));
+    kept_lines->push_back(std::move(text));
+}
+
+/// The switches that captures have set, and what they were before.
+struct HeldSwitch {
+    int captures = 0;
+    std::string before;
+};
+struct HeldSwitches {
+    std::mutex mutex;
+    int captures = 0;
+    std::map<std::string, HeldSwitch> by_name;
+};
+
+HeldSwitches& held_switches() {
+    static HeldSwitches held;
+    return held;
+}
+
+void hold(HeldSwitches& held, const std::string& name) {
+    HeldSwitch& one = held.by_name[name];
+    if (one.captures++ > 0) return;
+    char value[PROPERTY_VALUE_MAX] = {};
+    property_get(name.c_str(), value, "");
+    one.before = value;
+    set_property(name, "1");
+}
+
+void release(HeldSwitches& held, const std::string& name) {
+    const auto found = held.by_name.find(name);
+    if (--found->second.captures > 0) return;
+    property_set(name.c_str(), found->second.before.c_str());
+    held.by_name.erase(found);
 }
 
 }  // namespace
 
-TraceCapture::TraceCapture(const std::vector<std::string>& switches) {
-    captured.clear();
-    for (const std::string& name : switches) {
-        char value[PROPERTY_VALUE_MAX] = {};
-        property_get(name.c_str(), value, "");
-        before_.emplace_back(name, value);
-        set_property(name, "1");
-    }
-    __android_log_set_logger(keep_line);
+TraceCapture::TraceCapture(const std::vector<std::string>& switches)
+    : switches_(switches), outer_(kept_lines) {
+    HeldSwitches& held = held_switches();
+    const std::lock_guard lock(held.mutex);
+    for (const std::string& name : switches_) hold(held, name);
+    if (held.captures++ == 0) __android_log_set_logger(keep_line);
+    kept_lines = &lines_;
 }
 
 TraceCapture::~TraceCapture() {
-    __android_log_set_logger(nullptr);
-    for (const auto& [name, value] : before_) property_set(name.c_str(), value.c_str());
-}
-
-std::vector<std::string>& TraceCapture::lines() {
-    return captured;
+    HeldSwitches& held = held_switches();
+    const std::lock_guard lock(held.mutex);
+    kept_lines = outer_;
+    if (--held.captures == 0) __android_log_set_logger(nullptr);
+    for (const std::string& name : switches_) release(held, name);
 }
 
 std::vector<std::string> color_switches() {

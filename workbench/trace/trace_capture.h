@@ -2,13 +2,14 @@
 #define IMGTUNE_WORKBENCH_TRACE_TRACE_CAPTURE_H
 
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace imgtune::workbench {
 
-/// While it lives, sets debug switches to 1 and keeps the library's trace lines, without their line
-/// ends. One at a time in a process.
+/// While it lives, sets debug switches to 1 and keeps the lines that the library traces in this
+/// thread, without their line ends. Several threads may each have one: a switch stays set until the
+/// last that needs it ends, and what a thread without one traces meanwhile is dropped. Of several
+/// in one thread the youngest keeps the lines; they end in reverse order.
 class TraceCapture {
   public:
     explicit TraceCapture(const std::vector<std::string>& switches);
@@ -16,10 +17,12 @@ class TraceCapture {
     TraceCapture(const TraceCapture&) = delete;
     TraceCapture& operator=(const TraceCapture&) = delete;
 
-    std::vector<std::string>& lines();
+    std::vector<std::string>& lines() { return lines_; }
 
   private:
-    std::vector<std::pair<std::string, std::string>> before_;
+    std::vector<std::string> switches_;
+    std::vector<std::string> lines_;
+    std::vector<std::string>* outer_;  ///< of this thread
 };
 
 /// The switch of SmoothCCM's traces.
