@@ -57,6 +57,22 @@ async function main(): Promise<void> {
   const samples = await bundle("samples");
   const report = await bundle("report");
 
+  const file = (from: Bundle, key: string, name: string): NamedBytes => ({
+    name,
+    bytes: new TextEncoder().encode(from[key]),
+  });
+  if (!linked) store.set({ follow: "log" }); // what the address asks for survives loading
+  const reported = report["tuning"] !== undefined;
+  const tuning = reported
+    ? file(report, "tuning", report["tuning_name"] ?? "tuning.yaml")
+    : file(samples, firstTuning, firstTuning);
+  const log = !reported
+    ? file(samples, firstLog, firstLog)
+    : report["frames"] === undefined
+      ? null
+      : file(report, "frames", report["frames_name"] ?? "frames.csv");
+  const begun = session.begin([tuning], log); // the engine works while the panels are made
+
   app.replaceChildren();
   append(app, [
     header(session, samples),
@@ -76,21 +92,9 @@ async function main(): Promise<void> {
     if (session.unsaved()) event.preventDefault(); // the browser asks
   });
 
-  const file = (from: Bundle, key: string, name: string): NamedBytes => ({
-    name,
-    bytes: new TextEncoder().encode(from[key]),
-  });
-  if (!linked) store.set({ follow: "log" }); // what the address asks for survives loading
-  if (report["tuning"] !== undefined) {
-    await session.begin(
-      [file(report, "tuning", report["tuning_name"] ?? "tuning.yaml")],
-      report["frames"] === undefined ? null : file(report, "frames", report["frames_name"] ?? "frames.csv"),
-    );
-    if (report["against"] !== undefined) {
-      await session.loadTuning("b", [file(report, "against", report["against_name"] ?? "against.yaml")]);
-    }
-  } else {
-    await session.begin([file(samples, firstTuning, firstTuning)], file(samples, firstLog, firstLog));
+  await begun;
+  if (report["against"] !== undefined) {
+    await session.loadTuning("b", [file(report, "against", report["against_name"] ?? "against.yaml")]);
   }
   if (!store.state.log) store.set({ follow: "light" });
   if (!store.state.freeGain) await session.gainsOnLocus();

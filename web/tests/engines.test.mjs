@@ -104,10 +104,14 @@ const list = {
       String(told.ccm.written),
     );
     const write = async (text) => {
-      const start = await browser.evaluate(() => {
-        document.querySelector("#tuning").scrollIntoView();
-        const { left, top, height } = document.querySelector("#tuning .editor").shadowRoot.querySelector(".cm-line").getBoundingClientRect();
-        return [left + 1, top + height / 2];
+      const start = await browser.evaluate(async () => {
+        for (let was = NaN; ; ) {
+          document.querySelector("#tuning").scrollIntoView();
+          const { left, top, height } = document.querySelector("#tuning .editor").shadowRoot.querySelector(".cm-line").getBoundingClientRect();
+          if (top === was) return [left + 1, top + height / 2];
+          was = top; // panels above it may still be drawn
+          await new Promise((later) => setTimeout(later, 400));
+        }
       });
       await browser.drag([start]);
       await browser.type(text);
