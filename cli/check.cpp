@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/common.h"
 #include "cli/verbs.h"
 #include "workbench/files/file_source.h"
 #include "workbench/files/output_file.h"
@@ -97,7 +98,7 @@ int run_check(const CheckOptions& options) {
         text += faults.text(color) + summary(input, faults);
         for (const Fault& fault : faults.list()) all.add(fault);
     }
-    write_file("-", options.json ? to_json(all).dump(2) + '\n' : text);
+    write_file("-", options.json ? dumped(to_json(all)) : text);
     if (unreadable) return kBadInput;
     if (all.has_errors()) return kErrors;
     return all.empty() ? kFine : kFindings;

@@ -8,6 +8,7 @@
 #include "workbench/files/output_file.h"
 #include "workbench/files/tuning_files.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/text/shown_text.h"
 #include "workbench/tuning/check.h"
 
 namespace imgtune::cli {
@@ -44,18 +45,23 @@ Jobs jobs_to_run(const std::string& path, const Tuning& tuning, const std::strin
 }
 
 void tell(const Faults& faults) {
-    if (!faults.empty()) std::fputs(faults.text().c_str(), stderr);
+    if (!faults.empty()) say(faults.text());
+}
+
+void say(const std::string& text) {
+    std::fputs(shown_lines(text).c_str(), stderr);
 }
 
 std::string dumped(const nlohmann::ordered_json& json) {
-    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return shown_json(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) +
+           "\n";
 }
 
 void print_report(const std::string& text, const std::string& rows_output) {
     if (rows_output == "-") {
-        std::fputs(text.c_str(), stderr);
+        say(text);
     } else {
-        write_file("-", text);
+        write_file("-", shown_lines(text));
     }
 }
 

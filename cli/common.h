@@ -24,6 +24,10 @@ workbench::Tuning tuning_to_run(const std::string& path);
 workbench::Jobs jobs_to_run(const std::string& path, const workbench::Tuning& tuning,
                             const std::string& only);
 
+/// Text for the user, on standard error. Like print_report it makes every control character of a
+/// name visible.
+void say(const std::string& text);
+
 /// Findings about an input, on standard error.
 void tell(const workbench::Faults& faults);
 

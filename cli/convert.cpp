@@ -34,7 +34,7 @@ void tell_lost_comments(const std::string& name, const std::string& from, const 
 }
 
 int run_convert(const ConvertOptions& options) {
-    if (!options.force) guard_output(options.output, {options.tuning}, Existing::kept);
+    if (!options.force) guard_output(options.output, {options.tuning}, Replaces::nothing);
     std::string before;
     const Tuning tuning = require_tuning(options.tuning, &before);
     const std::string after = head_comments(before) + write_yaml(tuning, !options.bare);

@@ -25,6 +25,7 @@ struct DiffOptions {
     std::string b;
     std::string frames;
     std::string output;
+    bool force = false;
     bool json = false;
 };
 
@@ -70,7 +71,8 @@ int run_diff(const DiffOptions& options) {
     if (options.a == "-" && options.b == "-") {
         throw BadInput("only one of the tunings can be standard input");
     }
-    guard_output(options.output, {options.a, options.b, options.frames}, Existing::replaced);
+    guard_output(options.output, {options.a, options.b, options.frames},
+                 or_anything(Replaces::differences, options.force));
     const Tuning a = require_tuning(options.a);
     const Tuning b = require_tuning(options.b);
     const std::vector<FieldDifference> differences = diff_tunings(a, b);
@@ -105,9 +107,10 @@ void add_diff(const Verbs& verbs) {
     const Option frames = verb.option("--frames", options->frames,
                                       "run this frame log through both, compare registers");
     verb.option("-o,--output", options->output,
-                "write every difference of the registers as CSV: frame,field,a,b; a file that "
-                "stands there is replaced")
+                "write every difference of the registers as CSV: frame,field,a,b; an earlier "
+                "table of differences is replaced")
         .needs(frames);
+    verb.flag("--force", options->force, "replace whatever file is there");
     verb.flag("--json", options->json, "as JSON");
     verb.footer(
         "Exit status 0: equal; 1: they differ; 2: bad input.\n"

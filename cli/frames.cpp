@@ -14,10 +14,12 @@ namespace {
 struct FramesOptions {
     PhoneLogOptions log;
     std::string output = "-";
+    bool force = false;
 };
 
 int run_frames(const FramesOptions& options) {
-    guard_output(options.output, {options.log.path}, Existing::replaced);
+    guard_output(options.output, {options.log.path},
+                 or_anything(Replaces::frame_log, options.force));
     FileSource source(options.log.path);
     TracedFrames frames(source, camera_of(options.log));
     OutputFile output(options.output);
@@ -38,8 +40,9 @@ void add_frames(const Verbs& verbs) {
     const auto options = std::make_shared<FramesOptions>();
     const Verb verb = verbs.add("frames", "Make a frame log of a phone's log");
     add_phone_log(verb, options->log);
-    verb.option("-o,--output", options->output, "frame log; a file that stands there is replaced")
+    verb.option("-o,--output", options->output, "frame log; an earlier one of a phone is replaced")
         .shows_default();
+    verb.flag("--force", options->force, "replace whatever file is there");
     verb.footer(
         "Reads the library's own trace among all other lines: 'imgtune props' tells how to switch\n"
         "it on. What the trace does not say stays empty, and replay takes it.\n"

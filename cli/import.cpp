@@ -81,7 +81,7 @@ std::string report(const Calibration& calibration, const Import& import,
 
 int run_import(const ImportOptions& options) {
     guard_output(options.output, {options.file, options.color_from},
-                 options.force ? Existing::replaced : Existing::kept);
+                 or_anything(Replaces::nothing, options.force));
     ImportChoices choices = options.choices;
     choices.method = options.method == "blend" ? CcmMethod::blend : CcmMethod::polynomial;
     choices.points.divide_rows = options.rows == "divide";
@@ -93,7 +93,7 @@ int run_import(const ImportOptions& options) {
         read_calibration(read_text(options.file, kLargestCalibrationText), remarks);
     const Tuning base = options.color_from.empty() ? Tuning{} : require_tuning(options.color_from);
     const Import import = import_calibration(calibration, choices, base, remarks);
-    std::fputs(remarks.text().c_str(), stderr);
+    say(remarks.text());
     if (remarks.has_errors()) return kBadInput;
     write_file(options.output, write_yaml(import.tuning));
     print_report(

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
@@ -5,8 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "cli/common.h"
 #include "cli/program.h"
 #include "cli/verbs.h"
+#include "workbench/files/output_file.h"
 #include "workbench/findings/faults.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/text/shown_text.h"
@@ -83,10 +87,12 @@ int main(int argc, char** argv) {
     }
     try {
         return chosen();
+    } catch (const ClosedPipe&) {
+        _exit(kFine);  // as 'head' wants it; what is buffered has no reader
     } catch (const BadInput& error) {
-        std::fprintf(stderr, "imgtune: %s\n", error.what());
+        say(std::string("imgtune: ") + error.what() + "\n");
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "imgtune: unexpected: %s\n", error.what());
+        say(std::string("imgtune: unexpected: ") + error.what() + "\n");
     }
     return kBadInput;
 }

@@ -20,7 +20,7 @@ void add_new(const Verbs& verbs) {
     verb.flag("--force", options->force, "Overwrite a file that holds something");
     verb.footer("Example:\n  imgtune new -o tuning.yaml && imgtune check tuning.yaml");
     verb.run([options]() -> int {
-        if (!options->force) guard_output(options->output, {}, Existing::kept);
+        if (!options->force) guard_output(options->output, {}, Replaces::nothing);
         const std::string text =
             "# Tuning to start from; check it with 'imgtune check'. Figures are plausible, of "
             "no\n"

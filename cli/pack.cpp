@@ -27,7 +27,7 @@ void add_pack(const Verbs& verbs) {
         "Words are 32 bits, little-endian. The caller's settings stay text (caller.yaml).");
     verb.run([options]() -> int {
         if (!options->force) {
-            guard_output(options->folder, {options->tuning}, Existing::kept);
+            guard_output(options->folder, {options->tuning}, Replaces::nothing);
         }
         write_images(options->folder, require_tuning(options->tuning));
         return kFine;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <sstream>
 
+#include "cli/common.h"
 #include "cli/verbs.h"
 #include "workbench/text/bad_input.h"
 
@@ -35,19 +36,18 @@ std::optional<CameraChoice> camera_of(const PhoneLogOptions& options) {
 void tell_rest(const std::string& name, const TracedFrames& frames, std::uint64_t count) {
     const std::string others = frames.others_text();
     if (count > 0 && !others.empty()) {
-        fmt::print(stderr, "{}: other cameras or threads: {}; choose with --camera\n", name,
-                   others);
+        say(fmt::format("{}: other cameras or threads: {}; choose with --camera\n", name, others));
     }
     const TraceTotals& totals = frames.totals();
     if (frames.unusable_calls() > 0) {
-        fmt::print(stderr, "{}: {} calls left out: the lines with their inputs are missing\n", name,
-                   frames.unusable_calls());
+        say(fmt::format("{}: {} calls left out: the lines with their inputs are missing\n", name,
+                        frames.unusable_calls()));
     }
     if (totals.lost_lines > 0) {
-        fmt::print(stderr,
-                   "{}: the log reports {} lost lines; a larger buffer keeps them: adb logcat -G "
-                   "16M\n",
-                   name, totals.lost_lines);
+        say(fmt::format(
+            "{}: the log reports {} lost lines; a larger buffer keeps them: adb logcat -G "
+            "16M\n",
+            name, totals.lost_lines));
     }
     if (count == 0) throw BadInput(frames.why_none(name));
 }

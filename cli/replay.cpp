@@ -36,6 +36,7 @@ struct ReplayOptions {
     unsigned workers = 0;
     bool summary = false;
     bool json = false;
+    bool force = false;
     SummaryOptions summary_options;
 };
 
@@ -115,10 +116,10 @@ Outcome run_one(const Tuning& tuning, const ReplayRequest& request, const Replay
 std::vector<ReplayRequest> requests_of(const ReplayOptions& options, const RowColumns& columns) {
     std::vector<std::string> inputs = options.logs;
     inputs.push_back(options.tuning);
-    guard_output(options.output, inputs, Existing::replaced);
+    guard_output(options.output, inputs, or_anything(Replaces::rows, options.force));
     std::vector<std::string> outputs{options.output};
     if (!options.folder.empty()) {
-        outputs = results_in_folder(options.folder, options.logs);
+        outputs = results_in_folder(options.folder, options.logs, options.force);
     } else if (options.logs.size() > 1 && !options.summary) {
         throw BadInput("several logs need a folder for their results: -O FOLDER, or --summary");
     } else if (options.logs.size() > 1) {
@@ -168,7 +169,7 @@ int run_replay(const ReplayOptions& options) {
         tell(outcome.found);
         if (outcome.error.empty()) continue;
         if (outcomes.size() == 1) throw BadInput(outcome.error);
-        fmt::print(stderr, "imgtune: {}\n", outcome.error);
+        say(fmt::format("imgtune: {}\n", outcome.error));
         failed = true;
     }
     if (options.summary) print_report(report_of(outcomes, options), options.output);
@@ -198,11 +199,11 @@ void add_replay(const Verbs& verbs) {
     verb.option("FRAMES", options->logs, "frame logs: CSV files or '-'").required();
     const Option output = verb.option(
         "-o,--output", options->output,
-        "where the rows go; a file that stands there is replaced (default: standard output; with "
+        "where the rows go; rows of an earlier run are replaced (default: standard output; with "
         "--summary: nowhere)");
     const Option folder = verb.option(
         "-O,--output-folder", options->folder,
-        "folder for the rows of several logs, NAME.csv each; files that stand there are replaced");
+        "folder for the rows of several logs, NAME.csv each; rows of earlier runs are replaced");
     folder.excludes(output);
     verb.option("--jobs", options->workers, "logs that run at the same time (0: one a core)")
         .shows_default()
@@ -230,6 +231,7 @@ void add_replay(const Verbs& verbs) {
         .shows_default()
         .range(0.0, 50.0)
         .needs(summary);
+    verb.flag("--force", options->force, "replace whatever file is there");
     verb.flag("--json", options->json, "the summary as JSON").needs(summary);
     verb.footer(kReplayFooter);
     verb.run([options] { return run_replay(*options); });

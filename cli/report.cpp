@@ -41,7 +41,7 @@ std::string report_with(const ReportOptions& options) {
 
 int run_report(const ReportOptions& options) {
     guard_output(options.output, {options.tuning, options.frames, options.against, options.page},
-                 options.force ? Existing::replaced : Existing::kept);
+                 or_anything(Replaces::nothing, options.force));
     write_file(options.output, report_with(options));
     return kFine;
 }
@@ -70,7 +70,7 @@ int run_view(const ReportOptions& options) {
     if (file < 0) throw BadInput(path + ": cannot be made");
     close(file);
     write_file(path, report);
-    fmt::print(stderr, "imgtune: {}\n", path);
+    say(fmt::format("imgtune: {}\n", path));
     open_in_browser(path);
     return kFine;
 }

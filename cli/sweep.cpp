@@ -12,7 +12,6 @@
 #include "workbench/files/output_file.h"
 #include "workbench/files/output_guard.h"
 #include "workbench/files/row_writer.h"
-#include "workbench/text/shown_text.h"
 
 namespace imgtune::cli {
 
@@ -29,6 +28,7 @@ struct SweepOptions {
     std::int32_t flash = 0;
     std::int32_t scene = 0;
     bool slope = false;
+    bool force = false;
 };
 
 std::string slope_header(const std::vector<SweepSlopes>& slopes) {
@@ -51,11 +51,12 @@ std::string slope_values(const std::vector<SweepSlopes>& slopes, std::size_t poi
 }
 
 void tell_assumption(const std::string& tuning, const std::string& assumed) {
-    if (!assumed.empty()) fmt::print(stderr, "{}: {}\n", shown_text(tuning), assumed);
+    if (!assumed.empty()) say(fmt::format("{}: {}\n", tuning, assumed));
 }
 
 int run_sweep(const SweepOptions& options) {
-    guard_output(options.output, {options.tuning, options.gains}, Existing::replaced);
+    guard_output(options.output, {options.tuning, options.gains},
+                 or_anything(Replaces::rows, options.force));
     const Tuning tuning = tuning_to_run(options.tuning);
     const Jobs jobs = jobs_to_run(options.tuning, tuning, options.only);
     const SweepGrid grid{
@@ -86,7 +87,7 @@ void add_sweep(const Verbs& verbs) {
     auto options = std::make_shared<SweepOptions>();
     const Verb verb = verbs.add("sweep", "Show the un-smoothed result over CT and LV");
     verb.option("TUNING", options->tuning, kTuningHelp).required();
-    verb.option("-o,--output", options->output, "CSV file; one that stands there is replaced")
+    verb.option("-o,--output", options->output, "CSV file; rows of an earlier run are replaced")
         .shows_default();
     verb.option("--cct", options->cct,
                 "FROM:TO:STEP in kelvin (default: the tuning's ct_grid, step 100)");
@@ -103,6 +104,7 @@ void add_sweep(const Verbs& verbs) {
     verb.flag("--slope", options->slope,
               "add the largest change to a neighbour in CT or LV, its field, and a mark (1) "
               "at the largest of all");
+    verb.flag("--force", options->force, "replace whatever file is there");
     verb.footer(
         "Rows are those of replay, one a point, light value by light value, without average and\n"
         "temporal step. Between two known gains their reciprocals are linear in mired (1000000 / "

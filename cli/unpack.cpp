@@ -33,7 +33,7 @@ void add_unpack(const Verbs& verbs) {
                            "pca.bin, or all three");
         }
         if (!options->force) {
-            guard_output(options->output, {options->folder}, Existing::kept);
+            guard_output(options->output, {options->folder}, Replaces::nothing);
         }
         write_file(options->output, write_yaml(require_tuning(options->folder), true));
         return kFine;

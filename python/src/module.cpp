@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "binding.h"
+#include "workbench/files/output_file.h"
 #include "workbench/json/findings.h"
 #include "workbench/text/bad_input.h"
 
@@ -76,6 +77,8 @@ PYBIND11_MODULE(_core, module) {
         } catch (const imgtune::workbench::BadInput& error) {
             const py::object raised = input_error()(error.what());
             PyErr_SetObject(raised.get_type().ptr(), raised.ptr());
+        } catch (const imgtune::workbench::ClosedPipe& error) {
+            PyErr_SetString(PyExc_BrokenPipeError, error.what());
         }
     });
     bind_tuning(module);

@@ -12,6 +12,7 @@ import pickle
 import shutil
 import signal
 import subprocess
+import sys
 import threading
 import tracemalloc
 
@@ -437,3 +438,21 @@ def test_plots_take_and_return_axes(tuning, walk):
     assert plot.sweep(tuning, cct=[3000, 4000], lv=[10, 60], axes=axes) is axes
     unity = 512 * np.eye(3, dtype=int)
     assert "mean 0.0, largest 0.0" in plot.patches(unity, unity).get_title()
+
+
+def test_a_pipe_that_nobody_reads_is_an_error_and_ends_nothing():
+    script = """
+import os, sys, imgtune
+read_end, write_end = os.pipe()
+os.close(read_end)
+os.dup2(write_end, 1)
+try:
+    imgtune.Tuning.load(sys.argv[1]).save("-")
+except BrokenPipeError:
+    print("raised", file=sys.stderr)
+os._exit(7)
+"""
+    run = subprocess.run(
+        [sys.executable, "-c", script, EXAMPLES / "imx708-blend.yaml"], capture_output=True, text=True
+    )
+    assert (run.returncode, run.stderr) == (7, "raised\n")

@@ -14,7 +14,7 @@ Calibrations in and out.
       kept CTs (8)                    178/512 at 5920 K     0.97     6.89
       all, polynomial instead (11)    168/512 at 3700 K     1.54     7.02
     $ imgtune import imx477-measured.json -o a.yaml
-    imgtune: a.yaml: stands there already; name another, or use --force
+    imgtune: a.yaml: already exists; choose another file or pass --force
     [2]
     $ imgtune check a.yaml | tail -n 1
     a.yaml: 0 errors, 4 warnings

@@ -3,7 +3,7 @@ The verbs that make, turn over, judge and explain tunings, and help.
     $ alias imgtune=$IMGTUNE; shopt -s expand_aliases
     $ cp $EXAMPLES/imx477-polynomial.yaml a.yaml
     $ imgtune new -o new.yaml; imgtune new -o new.yaml
-    imgtune: new.yaml: stands there already; name another, or use --force
+    imgtune: new.yaml: already exists; choose another file or pass --force
     [2]
     $ imgtune check a.yaml new.yaml
     a.yaml: no findings
@@ -103,7 +103,7 @@ A report needs the page, and a log with frames.
     >     base64 -d | gunzip | grep -o '"frames_name":"[^"]*"'
     "frames_name":"imx477-walk.csv"
     $ imgtune report a.yaml $EXAMPLES/imx477-walk.csv --page page.html -o r.html
-    imgtune: r.html: stands there already; name another, or use --force
+    imgtune: r.html: already exists; choose another file or pass --force
     [2]
 
 Each shell's completion is well-formed and offers the verbs.

@@ -68,7 +68,7 @@ Several logs at once; one that fails does not keep the others back.
     imgtune: several logs need a folder for their results: -O FOLDER, or --summary
     [2]
     $ mkdir twin; cp short.csv twin; imgtune replay imx477-polynomial.yaml short.csv twin/short.csv -O out
-    imgtune: short.csv and twin/short.csv would both be written to out/short.csv; run them apart
+    imgtune: short.csv and twin/short.csv would both be written to out/short.csv; run them separately
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv -O out --jobs 65
     --jobs: 65 is not a number from 0 to 64

@@ -58,3 +58,28 @@ Two tunings, field by field and frame by frame.
     $ imgtune diff a.yaml b.yaml --frames shot.csv -o shot.csv
     imgtune: shot.csv: is also an input; name another file for the output
     [2]
+
+A name that would command the terminal is shown, not obeyed; of JSON, too.
+
+    $ printf 'format: imgtune-tuning/2\nname: "\\e[2J\\a\\u202e\\u009b"\n' > evil.yaml; sed '/^format:/d; /^name:/d' a.yaml >> evil.yaml
+    $ imgtune diff a.yaml evil.yaml | grep name | cat -v
+    name: Sony IMX708, blend -> \x1b[2J\x07\xe2\x80\xae\xc2\x9b
+    $ imgtune diff a.yaml evil.yaml --json | grep '"b"'
+          "b": "\u001b[2J\u0007\u202e\u009b"
+
+Nothing but an earlier result of the same kind is replaced.
+
+    $ imgtune sweep a.yaml --cct 3000 --lv 60 -o rows.csv
+    imgtune: rows.csv: already exists and is no earlier result of this kind; choose another file or pass --force
+    [2]
+    $ imgtune sweep a.yaml --cct 3000 --lv 60 -o rows.csv --force && imgtune sweep a.yaml --cct 4000 --lv 60 -o rows.csv; wc -l < rows.csv
+    2
+    $ for verb in "sweep a.yaml" "replay a.yaml shot.csv" "diff a.yaml c.yaml --frames shot.csv" "frames $EXAMPLES/imx477-walk.csv"; do
+    >     imgtune $verb -o b.yaml; done
+    imgtune: b.yaml: already exists and is no earlier result of this kind; choose another file or pass --force
+    imgtune: b.yaml: already exists and is no earlier result of this kind; choose another file or pass --force
+    imgtune: b.yaml: already exists and is no earlier result of this kind; choose another file or pass --force
+    imgtune: b.yaml: already exists and is no earlier result of this kind; choose another file or pass --force
+    [2]
+    $ grep -c '^format:' b.yaml
+    1

@@ -416,7 +416,7 @@ TEST_F(Replay, FailingRunHarmsNoOutput) {
     for (int i = 0; i < 50000; ++i) log += "60,4000,800,512,1200\n";
     file("good.csv", log);
     file("bad.csv", log + "60,4000,oops,512,1200\n");
-    file("rows.csv", "before");
+    file("rows.csv", "frame,before");
     const auto replay = [&](const std::string& frames, std::vector<std::string> more = {}) {
         std::vector<std::string> arguments{"replay", path("tuning.yaml"), path(frames), "-o",
                                            path("rows.csv")};
@@ -431,7 +431,7 @@ TEST_F(Replay, FailingRunHarmsNoOutput) {
     EXPECT_NE(
         replay("good.csv", {"--set", "debug.smooth_color.lock=" + std::string(92, '1')}).find("91"),
         std::string::npos);
-    EXPECT_EQ(content("rows.csv"), "before");
+    EXPECT_EQ(content("rows.csv"), "frame,before");
     EXPECT_EQ(files(), 4U);
 
     EXPECT_EQ(replay("good.csv", {"--every", "20000", "--only", "ccm"}), "");

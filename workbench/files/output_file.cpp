@@ -140,11 +140,8 @@ void OutputFile::discard() {
 }
 
 void OutputFile::fail(int error) {
-    if (error == EPIPE) {
-        remove_temporaries();
-        _exit(0);
-    }
     const std::string name = path_ == "-" ? "standard output" : path_;
+    if (error == EPIPE) throw ClosedPipe(name);
     throw BadInput(name + ": cannot write: " + std::strerror(error));
 }
 

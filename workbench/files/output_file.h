@@ -3,17 +3,25 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace imgtune::workbench {
+
+/// Nobody reads any more what is written into a pipe. Not an error of the input: whoever is asked
+/// for rows decides what it means.
+struct ClosedPipe : std::runtime_error {
+    explicit ClosedPipe(const std::string& name)
+        : std::runtime_error(name + ": nobody reads it any more") {}
+};
 
 /// An output file that is either written whole or not at all.
 ///
 /// Written beside the target and renamed over it by commit(); a file that is not committed is
 /// removed, also when a signal (SIGINT, SIGTERM, SIGHUP, SIGPIPE) ends the program. "-" is standard
 /// output. Targets that are no regular files (a device, a pipe) are written directly. Failures
-/// throw BadInput; a reader that closes its end of a pipe ends the program quietly, with status 0.
+/// throw BadInput, but ClosedPipe where the reader of a pipe has gone.
 class OutputFile {
   public:
     explicit OutputFile(std::string path);

@@ -1,6 +1,8 @@
 #include "workbench/files/output_guard.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include "workbench/text/bad_input.h"
 
@@ -16,6 +18,19 @@ bool holds_something(const std::string& output) {
     return fs::is_regular_file(output, error) && fs::file_size(output, error) > 0;
 }
 
+/// By its first line what a file is; every table that is written here begins with the frame.
+Replaces kind_of(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string first(4096, '\0');
+    file.read(first.data(), static_cast<std::streamsize>(first.size()));
+    first.resize(static_cast<std::size_t>(file.gcount()));
+    first.resize(std::min(first.find('\n'), first.size()));
+    if (!first.starts_with("frame,")) return Replaces::nothing;
+    if (first == "frame,field,a,b") return Replaces::differences;
+    return first.find(",x_time,x_process,") != std::string::npos ? Replaces::frame_log
+                                                                 : Replaces::rows;
+}
+
 /// The same file, or one inside an input's folder.
 bool touches(const std::string& output, const std::string& input) {
     std::error_code error;
@@ -29,14 +44,19 @@ bool touches(const std::string& output, const std::string& input) {
 }  // namespace
 
 void guard_output(const std::string& output, const std::vector<std::string>& inputs,
-                  Existing existing) {
+                  Replaces replaces) {
     if (output.empty() || output == "-") return;
     for (const std::string& input : inputs) {
         if (input.empty() || input == "-" || !touches(output, input)) continue;
         throw BadInput(output + ": is also an input; name another file for the output");
     }
-    if (existing == Existing::kept && holds_something(output)) {
-        throw BadInput(output + ": stands there already; name another, or use --force");
+    if (replaces == Replaces::anything || !holds_something(output)) return;
+    if (replaces == Replaces::nothing)
+        throw BadInput(output + ": already exists; choose another file or pass --force");
+    if (kind_of(output) != replaces) {
+        throw BadInput(output +
+                       ": already exists and is no earlier result of this kind; choose another "
+                       "file or pass --force");
     }
 }
 

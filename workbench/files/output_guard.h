@@ -6,17 +6,25 @@
 
 namespace imgtune::workbench {
 
-/// What becomes of a file that stands where a result goes.
-enum class Existing {
-    replaced,  ///< a run's result, made again at will
-    kept,      ///< refused, unless it is empty
+/// What may stand where a result goes, and be replaced. An empty file may always.
+enum class Replaces {
+    nothing,
+    rows,         ///< rows of registers, an earlier run's
+    differences,  ///< a table of register differences
+    frame_log,    ///< a frame log made of a phone's log
+    anything,     ///< the user insists
 };
 
 /// Looks before anything runs whether a result may go there: throws BadInput for an output that is
 /// also an input, or stands in an input's folder of stored images, and for one that must be kept.
-/// "-" and an empty output are always fine.
+/// "-", an empty output, devices and pipes are always fine.
 void guard_output(const std::string& output, const std::vector<std::string>& inputs,
-                  Existing existing);
+                  Replaces replaces);
+
+/// What a verb that makes tables may replace.
+inline Replaces or_anything(Replaces kind, bool force) {
+    return force ? Replaces::anything : kind;
+}
 
 }  // namespace imgtune::workbench
 

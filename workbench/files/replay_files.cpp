@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -48,7 +50,7 @@ Faults run_replay(const Tuning& tuning, const ReplayRequest& request, const Fram
 }
 
 std::vector<std::string> results_in_folder(const std::string& folder,
-                                           const std::vector<std::string>& logs) {
+                                           const std::vector<std::string>& logs, bool force) {
     std::vector<std::string> results;
     std::map<std::string, std::string> log_of;
     for (const std::string& log : logs) {
@@ -56,10 +58,10 @@ std::vector<std::string> results_in_folder(const std::string& folder,
         results.push_back((std::filesystem::path(folder) / name).string() + ".csv");
         const auto [before, is_new] = log_of.emplace(results.back(), log);
         if (!is_new) {
-            throw BadInput(fmt::format("{} and {} would both be written to {}; run them apart",
+            throw BadInput(fmt::format("{} and {} would both be written to {}; run them separately",
                                        before->second, log, results.back()));
         }
-        guard_output(results.back(), logs, Existing::replaced);
+        guard_output(results.back(), logs, or_anything(Replaces::rows, force));
     }
     std::error_code error;
     std::filesystem::create_directories(folder, error);
@@ -76,13 +78,21 @@ unsigned at_a_time(std::size_t count, unsigned workers) {
 void in_parallel(std::size_t count, unsigned workers,
                  const std::function<void(std::size_t)>& work) {
     std::atomic<std::size_t> next{0};
+    std::exception_ptr failure;
+    std::once_flag failed;
     const auto take = [&] {
-        for (std::size_t i = next++; i < count; i = next++) work(i);
+        try {
+            for (std::size_t i = next++; i < count; i = next++) work(i);
+        } catch (...) {
+            std::call_once(failed, [&] { failure = std::current_exception(); });
+            next = count;
+        }
     };
     std::vector<std::thread> threads;
     for (unsigned t = 1; t < at_a_time(count, workers); ++t) threads.emplace_back(take);
     take();
     for (std::thread& thread : threads) thread.join();
+    if (failure) std::rethrow_exception(failure);
 }
 
 }  // namespace imgtune::workbench

@@ -33,7 +33,7 @@ Faults run_replay(const Tuning& tuning, const ReplayRequest& request, const Fram
 /// The results that several logs have in a folder: the log's name with .csv in place of its own
 /// ending. Throws BadInput for two logs of one name, and for a log that is its own result.
 std::vector<std::string> results_in_folder(const std::string& folder,
-                                           const std::vector<std::string>& logs);
+                                           const std::vector<std::string>& logs, bool force);
 
 /// How many of `count` run at a time with so many workers (0: one a core).
 unsigned at_a_time(std::size_t count, unsigned workers);

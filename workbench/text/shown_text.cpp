@@ -36,16 +36,17 @@ Character first_character(std::string_view text) {
 /// Control characters, line and paragraph ends, and what changes the direction of writing.
 bool is_control(std::uint32_t code) {
     return code < 0x20 || (code >= 0x7f && code <= 0x9f) || (code >= 0x2028 && code <= 0x202e) ||
-           (code >= 0x2066 && code <= 0x2069) || code == 0x200e || code == 0x200f;
+           (code >= 0x2066 && code <= 0x2069) || code == 0x200e || code == 0x200f || code == 0x061c;
+}
+
+bool is_plain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
 }  // namespace
 
 std::string shown_text(std::string_view text, std::size_t longest) {
-    const auto plain = [](char c) { return c >= ' ' && c <= '~'; };
-    if (text.size() <= longest && std::all_of(text.begin(), text.end(), plain)) {
-        return std::string(text);
-    }
+    if (text.size() <= longest && is_plain(text)) return std::string(text);
     std::string out;
     for (std::size_t at = 0; at < text.size();) {
         const Character next = first_character(text.substr(at));
@@ -59,6 +60,33 @@ std::string shown_text(std::string_view text, std::size_t longest) {
                 out += fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
             }
         }
+        at += length;
+    }
+    return out;
+}
+
+std::string shown_lines(std::string_view text) {
+    std::string out;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        out += shown_text(text.substr(0, end));
+        text.remove_prefix(end);
+        if (text.empty()) break;
+        out += '\n';
+        text.remove_prefix(1);
+    }
+    return out;
+}
+
+std::string shown_json(std::string_view json) {
+    std::string out;
+    for (std::size_t at = 0; at < json.size();) {
+        const Character next = first_character(json.substr(at));
+        const std::size_t length = next.length == 0 ? 1 : next.length;
+        if (next.code >= 0x7f && is_control(next.code))
+            out += fmt::format("\\u{:04x}", next.code);
+        else
+            out += json.substr(at, length);
         at += length;
     }
     return out;

@@ -13,6 +13,12 @@ namespace imgtune::workbench {
 /// characters and ends in "...".
 std::string shown_text(std::string_view text, std::size_t longest = std::string_view::npos);
 
+/// The same for a text of several lines, whose ends stay.
+std::string shown_lines(std::string_view text);
+
+/// The same for JSON: what shown_text would turn into \xNN becomes \uNNNN, which JSON reads back.
+std::string shown_json(std::string_view json);
+
 }  // namespace imgtune::workbench
 
 #endif
