@@ -18,6 +18,7 @@
 #include "workbench/frames/frame_check.h"
 #include "workbench/json/findings.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/text/counted.h"
 #include "workbench/text/shown_text.h"
 
 namespace imgtune::cli {
@@ -41,19 +42,14 @@ bool is_unreadable(const Faults& faults) {
                        [](const Fault& fault) { return means_unreadable(fault.code); });
 }
 
-std::string counted(std::ptrdiff_t count, const char* what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 std::string summary(const std::string& input, const Faults& faults) {
     const std::string name = shown_text(input);
     if (faults.empty()) return name + ": no findings\n";
-    const auto errors =
+    const auto errors = static_cast<std::size_t>(
         std::count_if(faults.list().begin(), faults.list().end(),
-                      [](const Fault& fault) { return fault.severity == Severity::error; });
-    const auto all = static_cast<std::ptrdiff_t>(faults.list().size());
+                      [](const Fault& fault) { return fault.severity == Severity::error; }));
     return fmt::format("{}: {}, {}\n", name, counted(errors, "error"),
-                       counted(all - errors, "warning"));
+                       counted(faults.list().size() - errors, "warning"));
 }
 
 std::set<std::string> known_codes(const std::vector<std::string>& codes) {

@@ -15,6 +15,7 @@
 #include "workbench/files/tuning_files.h"
 #include "workbench/studies/diff.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/text/counted.h"
 
 namespace imgtune::cli {
 
@@ -57,8 +58,9 @@ std::string value_text(const FramesComparison& comparison) {
                                   comparison.differing, comparison.frames);
     for (const JobComparison& job : comparison.jobs) {
         if (job.worst.empty()) continue;
-        out += fmt::format("\n{}: {} frames differ; the worst:\n",
-                           job.job == Job::ccm ? "matrix" : "colour", job.differing);
+        out +=
+            fmt::format("\n{} differs in {}; the worst:\n",
+                        job.job == Job::ccm ? "matrix" : "colour", counted(job.differing, "frame"));
         for (const FrameDifference& frame : job.worst) {
             out += fmt::format("  frame {:<10}{:<24}{:>6} -> {}\n", frame.frame, frame.field,
                                frame.a, frame.b);

@@ -14,6 +14,7 @@
 #include "workbench/json/explanation.h"
 #include "workbench/studies/explanation.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/text/counted.h"
 
 namespace imgtune::cli {
 
@@ -84,15 +85,14 @@ Explanation explain_logged(Camera& camera, const ExplainOptions& options) {
         if (++number == options.frame) return explain_frame(camera, frame);
         camera.run(frame);
     }
-    throw BadInput(
-        fmt::format("--frame {}: {} has only {} frames", options.frame, options.log, number));
+    throw BadInput(fmt::format("--frame {}: {} has only {}", options.frame, options.log,
+                               counted(number, "frame")));
 }
 
 int run_explain(const ExplainOptions& options) {
     if (options.log.empty() && options.gain.empty() && options.full_gain.empty()) {
         throw BadInput(
-            "the frame is missing: give --lv, --cct and --gain R,G,B, or --log and "
-            "--frame");
+            "--gain is missing: give --lv, --cct and --gain R,G,B, or --log and --frame");
     }
     const Tuning tuning = tuning_to_run(options.tuning);
     Camera camera(tuning, jobs_to_run(options.tuning, tuning, options.only));

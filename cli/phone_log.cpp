@@ -9,6 +9,7 @@
 #include "cli/common.h"
 #include "cli/verbs.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/text/counted.h"
 
 namespace imgtune::cli {
 
@@ -40,14 +41,14 @@ void tell_rest(const std::string& name, const TracedFrames& frames, std::uint64_
     }
     const TraceTotals& totals = frames.totals();
     if (frames.unusable_calls() > 0) {
-        say(fmt::format("{}: {} calls left out: the lines with their inputs are missing\n", name,
-                        frames.unusable_calls()));
+        say(fmt::format("{}: {} left out: the lines with their inputs are missing\n", name,
+                        counted(frames.unusable_calls(), "call")));
     }
     if (totals.lost_lines > 0) {
-        say(fmt::format(
-            "{}: the log reports {} lost lines; a larger buffer keeps them: adb logcat -G "
-            "16M\n",
-            name, totals.lost_lines));
+        say(
+            fmt::format("{}: the log reports {}; a larger buffer keeps them: adb logcat -G "
+                        "16M\n",
+                        name, counted(totals.lost_lines, "lost line")));
     }
     if (count == 0) throw BadInput(frames.why_none(name));
 }

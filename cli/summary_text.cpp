@@ -6,6 +6,8 @@
 #include <array>
 #include <vector>
 
+#include "workbench/text/counted.h"
+
 namespace imgtune::cli {
 
 using namespace workbench;
@@ -60,7 +62,7 @@ std::string head_text(const SummaryRecord& record) {
                            record.hold_frames);
     }
     if (record.jobs.ccm) {
-        out += fmt::format("{:<18}{} frames", "gain clipped", record.clipped_frames);
+        out += fmt::format("{:<18}{}", "gain clipped", counted(record.clipped_frames, "frame"));
         if (record.clipped_frames > 0) {
             out += fmt::format(" ({:.1f} %) in {} runs, the first from frame {} ({} end)",
                                100.0 * static_cast<double>(record.clipped_frames) /
@@ -130,7 +132,7 @@ std::string changes_text(const SummaryRecord& record) {
 
 std::string fields_text(const SummaryRecord& record, const char* title, Restlessness by) {
     const std::vector<FieldMotion> fields = restless_fields(record, by);
-    std::string out = fmt::format("\n{}: {} fields\n", title, fields.size());
+    std::string out = fmt::format("\n{}: {}\n", title, counted(fields.size(), "field"));
     if (fields.empty()) return out;
     constexpr const char* kColumns = "{:<22}{:>12}{:>10}{:>11}{:>10}{:>14}{:>14}\n";
     out += fmt::format(kColumns, "field", "largest step", "at frame", "overshoot", "at frame",

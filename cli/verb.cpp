@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 namespace imgtune::cli {
@@ -34,9 +35,11 @@ Option Option::range(Number least, Number most) const {
     option_->check(
         [least, most](const std::string& text) -> std::string {
             Number value{};
-            if (CLI::detail::lexical_cast(text, value) && value >= least && value <= most)
-                return {};
-            return fmt::format("{} is not a number from {} to {}", text, least, most);
+            if (!CLI::detail::lexical_cast(text, value))
+                return fmt::format("{}: a {}number is needed", text,
+                                   std::is_integral_v<Number> ? "whole " : "");
+            if (value >= least && value <= most) return {};
+            return fmt::format("{}: allowed are {} to {}", text, least, most);
         },
         fmt::format("{}..{}", least, most));
     return *this;

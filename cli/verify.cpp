@@ -10,6 +10,7 @@
 #include "cli/verbs.h"
 #include "workbench/json/verify.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/text/counted.h"
 
 namespace imgtune::cli {
 
@@ -48,21 +49,24 @@ std::string text_of(const TraceDifference& first) {
 }
 
 std::string text_of(const Verification& result) {
-    std::string text = fmt::format("{} frames, {} trace lines compared: {}\n", result.frames,
-                                   result.lines, result.first ? "different" : "equal");
+    std::string text =
+        fmt::format("{}, {} compared: {}\n", counted(result.frames, "frame"),
+                    counted(result.lines, "trace line"), result.first ? "different" : "equal");
     if (result.first) {
         text += fmt::format("{} of the frames differ\n", result.differing_frames);
         text += text_of(*result.first);
     }
     if (result.without_tuning > 0) {
-        text += fmt::format("{} calls not compared: the tuning lacks their part\n",
-                            result.without_tuning);
+        text += fmt::format("{} not compared: the tuning lacks their part\n",
+                            counted(result.without_tuning, "call"));
     }
     if (result.missing_lines > 0) {
-        text += fmt::format("{} lines missing in the phone's log\n", result.missing_lines);
+        text +=
+            fmt::format("{} missing in the phone's log\n", counted(result.missing_lines, "line"));
     }
     if (result.state_taken > 0) {
-        text += fmt::format("state taken anew from the log {} times\n", result.state_taken);
+        text +=
+            fmt::format("state taken anew from the log {}\n", counted(result.state_taken, "time"));
     }
     if (result.other_grid) {
         text += "the phone's grid of colour temperatures is not caller.ct_grid; its own was used\n";
@@ -93,7 +97,7 @@ int run_verify(const VerifyOptions& options) {
 
 void add_verify(const Verbs& verbs) {
     const auto options = std::make_shared<VerifyOptions>();
-    const Verb verb = verbs.add("verify", "Prove a phone and this library equal");
+    const Verb verb = verbs.add("verify", "Check a phone's log against this library");
     verb.option("TUNING", options->tuning, kTuningHelp).required();
     add_phone_log(verb, options->log);
     verb.flag("--json", options->json, "as JSON");

@@ -71,7 +71,7 @@ Several logs at once; one that fails does not keep the others back.
     imgtune: short.csv and twin/short.csv would both be written to out/short.csv; run them separately
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv -O out --jobs 65
-    --jobs: 65 is not a number from 0 to 64
+    --jobs: 65: allowed are 0 to 64
     Run with --help for more information.
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv -O .
@@ -90,7 +90,7 @@ Outputs that are inputs, and what cannot be set.
     imgtune: the library reads no property 'debug.smooth_color.lok', did you mean 'debug.smooth_color.lock'?
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv --every 0
-    --every: 0 is not a number from 1 to 1000000000
+    --every: 0: allowed are 1 to 1000000000
     Run with --help for more information.
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv --only "$(printf '\033[31m')"
@@ -123,3 +123,11 @@ A summary, as text and as JSON.
     $ imgtune replay imx477-polynomial.yaml imx477-flash-shot.csv --summary --json |
     >     python3 -c 'import json, sys; s = json.load(sys.stdin); print(s["frames"], sorted(s)[:4])'
     186 ['changes', 'changes_not_listed', 'changes_of_light', 'clipped']
+
+Numbers that are none, or not whole.
+
+    $ imgtune explain $EXAMPLES/imx708-blend.yaml --lv 35.5 --cct 4000 --gain 700,512,1300 2>&1 | head -1
+    --lv: 35.5: a whole number is needed
+    $ imgtune explain $EXAMPLES/imx708-blend.yaml
+    imgtune: --gain is missing: give --lv, --cct and --gain R,G,B, or --log and --frame
+    [2]

@@ -42,7 +42,7 @@ Two tunings, field by field and frame by frame.
     
     186 of 186 frames differ in their registers
     
-    matrix: 186 frames differ; the worst:
+    matrix differs in 186 frames; the worst:
       frame 12        c8                         770 -> 831
       frame 14        c8                         771 -> 832
       frame 15        c8                         771 -> 832

@@ -167,7 +167,7 @@ void Sensor::take_matrices(const Calibration& calibration, const PointChoices& c
                                         matrix.kelvin, lowest, highest),
                             choices.extrapolate
                                 ? "its gains are taken from the locus's continuation"
-                                : "left out; extrapolation would take it in");
+                                : "left out; --extrapolate takes it in");
             if (!choices.extrapolate) continue;
         }
         if (!close_matrix(matrix, choices.divide_rows, remarks)) continue;

@@ -269,7 +269,7 @@ Calibration read_calibration(const std::string& text, Remarks& remarks) {
     } catch (const YAML::Exception& error) {
         remarks.error(error.mark.is_null() ? 1 : error.mark.line + 1,
                       fmt::format("not readable as {}: {}", json ? "JSON" : "YAML", error.msg),
-                      "mend the text");
+                      "fix the syntax error");
     }
     return calibration;
 }

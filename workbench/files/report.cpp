@@ -79,7 +79,7 @@ ReportFile tuning_for_report(const std::string& path) {
 ReportFile frames_for_report(const std::string& path) {
     ReportFile file{name_of(path), read_text(path, kLargestLog)};
     if (file.text.size() > kLargestLog) {
-        throw BadInput(fmt::format("{}: more than {} MB; the page opens no longer log", file.name,
+        throw BadInput(fmt::format("{}: more than {} MB: larger than the page can open", file.name,
                                    kLargestLog >> 20U));
     }
     MemorySource source(file.text);

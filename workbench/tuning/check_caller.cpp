@@ -87,7 +87,8 @@ void check_weights(Checked& checked) {
                                     w[0], w[1], w[2], stall, 2 * stall),
              .value = fmt::format("[{}, {}, {}]", w[0], w[1], w[2]),
              .allowed = fmt::format("stops up to {}/512", kMostStall),
-             .effect = "the colours rest beside the tuned ones, elsewhere from each light before",
+             .effect = "in steady light the colours stay slightly off the tuned ones, by how much "
+                       "depends on the light before",
              .suggestion = "a larger first weight, such as [2, 1, 1]"});
     } else {
         check_ring(checked);

@@ -27,7 +27,8 @@ constexpr RangeRule kGain{1, 32767, "T101",
 constexpr RangeRule kMean{1, 409600, "T110",
                           "the gains lie many deviations off: extreme coefficients"};
 constexpr RangeRule kDeviation{100, 204800, "T121",
-                               "the gains count as many deviations, or none, off the mean"};
+                               "the gains have far too much weight in the polynomial, or none: "
+                               "colours run away, or never follow the light"};
 constexpr RangeRule kRatio{1, 255, "T120",
                            "only the low 8 bits count; 0 leaves the saturation offset alone: grey"};
 constexpr RangeRule kThreshold{0, 255, "T101", "only the low 8 bits count"};

@@ -79,9 +79,10 @@ class Reader {
         if (!root.IsMap()) {
             faults_.add(line_of(root),
                         {.code = "T005",
-                         .message = fmt::format("no tuning but {}; a tuning is a map with the keys "
-                                                "format, name, caller, ccm, color",
-                                                shown(root)),
+                         .message = fmt::format(
+                             "expected a tuning, found {}; a tuning is a map with the keys "
+                             "format, name, caller, ccm, color",
+                             shown(root)),
                          .value = shown(root),
                          .suggestion = "imgtune new writes a tuning to start from"});
             return;
