@@ -131,3 +131,12 @@ Numbers that are none, or not whole.
     $ imgtune explain $EXAMPLES/imx708-blend.yaml
     imgtune: --gain is missing: give --lv, --cct and --gain R,G,B, or --log and --frame
     [2]
+
+A row of a live log is out before the next frame comes.
+
+    $ mkfifo live; imgtune replay $EXAMPLES/imx708-blend.yaml - --fields c0 < live > rows.csv & exec 3> live
+    $ printf 'lv,cct,awb_r,awb_g,awb_b\n60,4000,900,512,1000\n' >&3
+    $ for i in $(seq 100); do [ "$(wc -l < rows.csv)" -ge 2 ] && break; sleep 0.05; done; wc -l < rows.csv
+    2
+    $ exec 3>&-; wait; wc -l < rows.csv
+    2

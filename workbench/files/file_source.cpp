@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,6 +30,10 @@ FileSource::~FileSource() {
 }
 
 std::size_t FileSource::read(char* into, std::size_t room) {
+    if (before_waiting_) {
+        pollfd ready{file_, POLLIN, 0};
+        if (poll(&ready, 1, 0) == 0) before_waiting_();
+    }
     ssize_t count = 0;
     do {
         count = ::read(file_, into, room);

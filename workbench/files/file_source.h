@@ -1,7 +1,9 @@
 #ifndef IMGTUNE_WORKBENCH_FILES_FILE_SOURCE_H
 #define IMGTUNE_WORKBENCH_FILES_FILE_SOURCE_H
 
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "workbench/frames/frame_log.h"
 #include "workbench/text/byte_source.h"
@@ -17,6 +19,10 @@ class FileSource : public ByteSource {
     std::size_t read(char* into, std::size_t room) override;
     std::uint64_t size() const override { return size_; }
 
+    /// Is called whenever the bytes to come are still being waited for, as of a live pipe: time to
+    /// hand on what the bytes so far gave.
+    void before_waiting(std::function<void()> action) { before_waiting_ = std::move(action); }
+
     /// What messages call it: the path, or "standard input".
     const std::string& name() const { return name_; }
 
@@ -25,6 +31,7 @@ class FileSource : public ByteSource {
     int file_;
     bool owned_;
     std::uint64_t size_ = 0;
+    std::function<void()> before_waiting_;
 };
 
 /// Whether a file, by its name or its first line, holds a frame log. Only regular files are looked
@@ -37,6 +44,7 @@ class FrameFile {
     explicit FrameFile(const std::string& path) : source_(path), log_(source_.name(), source_) {}
 
     FrameLog& log() { return log_; }
+    FileSource& source() { return source_; }
 
   private:
     FileSource source_;

@@ -29,6 +29,7 @@ Faults run_replay(const Tuning& tuning, const ReplayRequest& request, const Fram
         output.emplace(request.output);
         writer.emplace(*output, request.columns, request.row_thread);
         writer->write_header();
+        file.source().before_waiting([&writer] { writer->flush(); });
     }
     FrameCheck check;
     Frame frame;

@@ -1,6 +1,7 @@
 #include "workbench/files/row_writer.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace imgtune::workbench {
 
@@ -50,6 +51,12 @@ void RowWriter::finish() {
     }
     output_.write({block_.data(), used_});
     used_ = 0;
+}
+
+void RowWriter::flush() {
+    finish();
+    std::fflush(output_.stream());
+    output_.check();
 }
 
 /// Appends a row to the block, which is written when it is full.

@@ -28,6 +28,8 @@ class RowWriter {
     /// `more` holds their values.
     void write(std::uint64_t number, const FrameValues& values, const Registers& registers,
                std::string_view more = {});
+    /// Hands all rows so far to whoever reads the output. Throws what writing threw.
+    void flush();
     /// After the last row: hands everything to the file. Throws what writing threw.
     void finish();
 
