@@ -56,6 +56,7 @@ TEST(Reader, ReportsEachFaultOnceInASentenceWithItsLine) {
         {"i4NumCT: 1", "i4NumCT: 2147483648", "T007", 8, "allowed are 1..8"},
         {"[700, 512, 1250]", "[700, 512]", "T006", 11,
          "gain is a list of 2; it must be a list of 3"},
+        {"[700, 512, 1250]", "[100000.000000001, 512, 1250]", "T005", 11, "too many digits"},
         {"[700, 512, 1250]", "[700, 1/0, 1250]", "T005", 11, "gain.G is 1/0, which divides by 0"},
         {"[832, -230,", "[832, -4096,", "T008", 11, "it wraps: the camera would read 4096"},
         {"[832, -230,", "[832, 8.01,", "T008", 11, "matrix[1] is 4101; allowed are -4095..4096"},
@@ -68,7 +69,8 @@ TEST(Reader, ReportsEachFaultOnceInASentenceWithItsLine) {
          "ccm.other_bits.37 is 0x1: bits of a named field"},
         {"ccm:", "ccm: &a\n  <<: *a", "T013", 4, "nested too deep"},
         {"ccm:", "ccm:\n\t- x", "T001", 4, "not readable as YAML"},
-        {"format:", "---\n---\nformat:", "T001", 1, "holds 2 or more YAML documents"},
+        {"format:", "---\n---\nformat:", "T001", 1,
+         "t.yaml:1: error: holds 2 or more YAML documents"},
         {"ccm:",
          "color: {tuning: {normal: {like: outdoor}, scene: {like: scene2}, flash: {like: "
          "normal}, outdoor: {like: flash}}}\nccm:",
@@ -92,6 +94,17 @@ TEST(Reader, ReportsEachFaultOnceInASentenceWithItsLine) {
             EXPECT_NE(faults.list()[i].path, faults.list()[0].path);
         }
     }
+}
+
+TEST(Reader, TellsANulByteWhereverItStandsAndTakesAnyComment) {
+    std::string text = edited(kSmall, "format:", "#a: 1\nformat:");
+    Faults faults;
+    read_yaml(text, "t.yaml", faults);
+    EXPECT_TRUE(faults.empty()) << faults.text();
+    text.insert(3, 1, '\0');
+    read_yaml(text, "t.yaml", faults);
+    EXPECT_EQ(faults.text().substr(0, 60),
+              "t.yaml:1: error: not readable as YAML: holds a NUL byte [T00");
 }
 
 TEST(Reader, TakesNumbersAsTheyAreWritten) {

@@ -52,6 +52,15 @@ class Reader {
                 1, {.code = "T010", .message = "file too large for a tuning; allowed are 16 MiB"});
             return;
         }
+        // A scanner would take it for the end of something, or read over it.
+        if (const std::size_t nul = text.find('\0'); nul != text.npos) {
+            const auto before = text.begin() + static_cast<std::ptrdiff_t>(nul);
+            faults_.add(1 + static_cast<int>(std::count(text.begin(), before, '\n')),
+                        {.code = "T001",
+                         .message = "not readable as YAML: holds a NUL byte",
+                         .suggestion = "remove it, or save the file as UTF-8"});
+            return;
+        }
         try {
             if (const char* const count = documents_if_not_one(text)) {
                 faults_.add(
