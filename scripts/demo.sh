@@ -6,15 +6,11 @@ cd "$(dirname "$0")/.."
 
 scripts/setup.sh g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev
 
-scripts/setup.sh emscripten nodejs npm googletest ccache dpkg-dev
 mkdir -p build
-echo "building (logs: build/demo.log, build/page.log) ..." >&2
-scripts/page.sh >build/page.log 2>&1 &
-page=$!
+echo "building the tool, some 40 s (log: build/demo.log) ..." >&2
 if ! { cmake --preset release -DIMGTUNE_BUILD_TESTS=OFF -DIMGTUNE_BUILD_BENCH=OFF -DIMGTUNE_UNITY=8 -B build/demo &&
        cmake --build build/demo --target imgtune; } >build/demo.log 2>&1; then
     tail -n 40 build/demo.log
-    kill "$page"
     exit 1
 fi
 imgtune=build/demo/cli/imgtune
@@ -48,7 +44,9 @@ $imgtune explain examples/imx708-blend.yaml --lv 25 --cct 3610 --gain 837,512,11
     sed -n '/^Matrix/,/after low light/p'
 echo
 echo "== All of it as pictures  imgtune report ... --against examples/imx708-blend.yaml"
-wait "$page" || { tail -n 40 build/page.log; exit 1; }
+echo "building the page, which runs the library in the browser; the first time some 2 minutes (log: build/page.log) ..." >&2
+scripts/setup.sh emscripten nodejs npm googletest ccache dpkg-dev
+scripts/page.sh >build/page.log 2>&1 || { tail -n 40 build/page.log; exit 1; }
 $imgtune report "$tuning" "$walk" --against examples/imx708-blend.yaml -o build/report.html --force
 echo "open build/report.html in a browser; build/imgtune.html is the page alone"
 echo
