@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Formatting of all our sources, and clang-tidy over what differs from the last commit; over all of
+# Shell scripts and the formatting of all our sources, and clang-tidy over what differs from the last commit; over all of
 # them with --all, and in CI. Usage: scripts/lint.sh [--fix | --all]
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh clang clang-format clang-tidy cmake ninja-build libgtest-dev libbenchmark-dev \
+scripts/setup.sh shellcheck clang clang-format clang-tidy cmake ninja-build libgtest-dev libbenchmark-dev \
     libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev
 
+shellcheck --severity=warning scripts/*.sh tests/*/*.sh .ci/run
 mapfile -t sources < <(git ls-files '*.cpp' '*.h')
 if [ "${1:-}" = --fix ]; then
     clang-format -i "${sources[@]}"

@@ -12,7 +12,7 @@ scripts/setup.sh g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev n
 preset=release build=build/release options=()
 if [ "${1:-}" = --sanitize ]; then
     preset=debug build=build/python-sanitized
-    options=(-DCMAKE_CXX_FLAGS=-O1 -DIMGTUNE_SANITIZE=address,undefined -DIMGTUNE_BUILD_TESTS=OFF
+    options=(-DCMAKE_CXX_FLAGS=-O1 "-DIMGTUNE_SANITIZE=address,undefined" -DIMGTUNE_BUILD_TESTS=OFF
         -DIMGTUNE_BUILD_BENCH=OFF -DIMGTUNE_UNITY=8)
 fi
 mkdir -p build

@@ -10,7 +10,7 @@ for verb in "" $verbs; do
     page=$folder/imgtune${verb:+-$verb}.1
     mandoc -T lint -W warning "$page" || status=1
     text=$(mandoc -T utf8 "$page" | col -b)
-    for name in $("$imgtune" $verb --help | grep -oE '^  +(-[a-zA-Z],)?--[a-z-]+' | tr , ' '); do
+    for name in $("$imgtune" ${verb:+"$verb"} --help | grep -oE '^  +(-[a-zA-Z],)?--[a-z-]+' | tr , ' '); do
         grep -qE -- "(^|[ ,])$name([ ,]|$)" <<<"$text" || { echo "$page: $name is missing"; status=1; }
     done
     grep -q 'EXIT STATUS' <<<"$text" || { echo "$page: no exit status"; status=1; }
