@@ -55,6 +55,13 @@ py::object explain(const Tuning& tuning, const py::dict& frame, const py::object
 
 workbench::SummaryRecord summarized(const Tuning& tuning, const py::object& frames, double fps,
                                     double noise) {
+    const auto require = [](const char* argument, double value, double least, double most) {
+        if (value >= least && value <= most) return;  // NaN is neither
+        raise_input_error(
+            fmt::format("{} is {}; allowed are {} to {}", argument, value, least, most), argument);
+    };
+    require("fps", fps, 0.001, 1e6);
+    require("noise", noise, 0.0, 50.0);
     const FrameColumns columns(frames);
     Camera camera(tuning, all_jobs(tuning));
     workbench::Summary gathered(camera, {fps, noise});
@@ -85,11 +92,22 @@ py::object diff(const Tuning& a, const Tuning& b, const py::object& frames) {
     return as_python(out);
 }
 
-py::dict sweep(const Tuning& tuning, const py::object& cct, const std::vector<std::uint32_t>& lv,
+/// Whole numbers 0 to 2^32 - 1 from any sequence or array.
+std::vector<std::uint32_t> light_values(const char* argument, const py::object& values) {
+    try {
+        return values.cast<std::vector<std::uint32_t>>();
+    } catch (const py::cast_error&) {
+        raise_input_error(
+            fmt::format("{}: a sequence of whole numbers 0 to 4294967295 is needed", argument),
+            argument);
+    }
+}
+
+py::dict sweep(const Tuning& tuning, const py::object& cct, const py::object& lv,
                std::int32_t flash, std::int32_t scene) {
     const workbench::SweepGrid grid{
-        cct.is_none() ? workbench::tuned_range(tuning) : cct.cast<std::vector<std::uint32_t>>(), lv,
-        flash, scene};
+        cct.is_none() ? workbench::tuned_range(tuning) : light_values("cct", cct),
+        light_values("lv", lv), flash, scene};
     const Jobs jobs = all_jobs(tuning);
     const std::string assumed = workbench::assumed_locus(tuning);
     if (!assumed.empty() && PyErr_WarnEx(PyExc_UserWarning, assumed.c_str(), 1) != 0)

@@ -456,3 +456,16 @@ os._exit(7)
         [sys.executable, "-c", script, EXAMPLES / "imx708-blend.yaml"], capture_output=True, text=True
     )
     assert (run.returncode, run.stderr) == (7, "raised\n")
+
+
+def test_arguments_that_are_no_light_and_no_rate_are_told():
+    tuning = imgtune.Tuning.load(EXAMPLES / "imx708-blend.yaml")
+    walk = imgtune.load_frames(EXAMPLES / "imx708-walk.csv")
+    for name, value in [("fps", -1), ("fps", float("nan")), ("noise", -5), ("noise", 51)]:
+        with pytest.raises(imgtune.InputError, match=f"^{name} is .*; allowed are"):
+            imgtune.summary(tuning, walk, **{name: value})
+    for name, value in [("cct", [-5]), ("cct", "3000"), ("lv", [0.5]), ("lv", np.zeros((2, 2)))]:
+        with pytest.raises(imgtune.InputError, match=f"^{name}: a sequence of whole numbers") as told:
+            imgtune.sweep(tuning, **{name: value})
+        assert told.value.field == name
+    assert imgtune.sweep(tuning, cct=[3000])["lv"][0] == 0
