@@ -188,6 +188,26 @@ TEST(PhoneLog, OneChangedBitIsFoundAndNamed) {
     }
 }
 
+TEST(PhoneLog, WhatLiesBeyondTheHighestGainIsNotHeldAgainstThePhone) {
+    const Tuning tuning = make_tuning();
+    const struct {
+        std::int32_t red, blue;
+        bool equal;
+    } cases[] = {{2000, 300, true}, {800, 1100, false}};
+    for (const auto& c : cases) {
+        std::vector<Lines> traces =
+            traces_of(tuning, {make_frame(100, 4000, {c.red, 512, c.blue})});
+        int changed = 0;
+        for (std::string& line : traces[0]) {
+            const bool place = line.starts_with("range 2 = (");
+            if (place) line = "range 2 = (77.000000)";
+            changed += place ? 1 : 0;
+        }
+        EXPECT_GT(changed, 0);
+        EXPECT_EQ(!verify(tuning, log_of(traces, kThreadtime)).first, c.equal) << c.red;
+    }
+}
+
 TEST(PhoneLog, StateFromBeforeTheLogIsTakenFromIt) {
     const Tuning tuning = tuning_with_outdoor_images();
     std::vector<Frame> frames = walk();
