@@ -9,7 +9,7 @@ verbs=$("$imgtune" --help | sed -nE '/^Subcommands:/,/^$/s/^  ([a-z]+) .*/\1/p' 
 for verb in "" $verbs; do
     page=$folder/imgtune${verb:+-$verb}.1
     mandoc -T lint -W warning "$page" || status=1
-    text=$(mandoc -T utf8 "$page" | col -b)
+    text=$(mandoc -T utf8 "$page" | sed 's/.\x08//g')
     for name in $("$imgtune" ${verb:+"$verb"} --help | grep -oE '^  +(-[a-zA-Z],)?--[a-z-]+' | tr , ' '); do
         grep -qE -- "(^|[ ,])$name([ ,]|$)" <<<"$text" || { echo "$page: $name is missing"; status=1; }
     done
