@@ -21,6 +21,7 @@ class CMakeBuild(build_ext):
         settings = {
             "CMAKE_BUILD_TYPE": "Release",
             "CMAKE_INSTALL_LIBDIR": package,
+            "CMAKE_BUILD_WITH_INSTALL_RPATH": "ON",  # what is copied names no folder of this machine
             "IMGTUNE_PYTHON_INSTALL_DIR": package.parent,
             "IMGTUNE_BUILD_PYTHON": "ON",
             "IMGTUNE_BUILD_TESTS": "OFF",
