@@ -1,13 +1,14 @@
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <memory>
 #include <string>
 
+#include "cli/common.h"
 #include "cli/verbs.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/output_guard.h"
 #include "workbench/files/tuning_files.h"
+#include "workbench/text/counted.h"
 #include "workbench/text/shown_text.h"
 #include "workbench/tuning/comments.h"
 #include "workbench/tuning/yaml_io.h"
@@ -27,10 +28,9 @@ void tell_lost_comments(const std::string& name, const std::string& from, const 
     constexpr std::size_t kLongest = 60;
     const std::vector<Comment> lost = lost_comments(from, to);
     if (lost.empty()) return;
-    std::fprintf(
-        stderr, "imgtune: %zu comment%s of %s %s not carried over, the first in line %d: %s\n",
-        lost.size(), lost.size() == 1 ? "" : "s", shown_text(name).c_str(),
-        lost.size() == 1 ? "is" : "are", lost[0].line, shown_text(lost[0].text, kLongest).c_str());
+    say(fmt::format("imgtune: {} of {} {} not carried over, the first in line {}: {}\n",
+                    counted(lost.size(), "comment"), name, lost.size() == 1 ? "is" : "are",
+                    lost[0].line, shown_text(lost[0].text, kLongest)));
 }
 
 int run_convert(const ConvertOptions& options) {

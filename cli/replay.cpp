@@ -223,13 +223,13 @@ void add_replay(const Verbs& verbs) {
                                      "gains, overshoot, flicker");
     verb.option("--fps", options->summary_options.frames_per_second, "frames per second of the log")
         .shows_default()
-        .range(0.001, 1e6)
+        .range(SummaryOptions::kLeastFramesPerSecond, SummaryOptions::kMostFramesPerSecond)
         .needs(summary);
     verb.option("--noise", options->summary_options.noise_percent,
                 "noise that is no change of light: percent of gains and CT, tenths of an EV "
                 "of the light value")
         .shows_default()
-        .range(0.0, 50.0)
+        .range(0.0, SummaryOptions::kMostNoisePercent)
         .needs(summary);
     verb.flag("--force", options->force, "replace whatever file is there");
     verb.flag("--json", options->json, "the summary as JSON").needs(summary);

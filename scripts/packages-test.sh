@@ -35,7 +35,8 @@ inside 'imgtune --version
     imgtune report imx477-polynomial.yaml imx477-walk.csv -o report.html && test -s report.html
     test -s /usr/share/bash-completion/completions/imgtune
     test "$(ls /usr/share/man/man1/imgtune-*.1.gz | wc -l)" -gt 10'
-build/release/cli/imgtune replay examples/imx477-polynomial.yaml examples/imx477-walk.csv | sha256sum |
+built=$(echo build/packages/imgtune-*/obj-*/cli/imgtune)
+"$built" replay examples/imx477-polynomial.yaml examples/imx477-walk.csv | sha256sum |
     diff - "$root/try/rows"
 
 echo "== the page, from its installed place and as a report"

@@ -8,6 +8,7 @@ scripts/setup.sh git python3-build python3-setuptools python3-wheel python3-venv
 [ -z "$(git status --porcelain)" ] || { echo "release: commit first; what is handed out is what is committed" >&2; exit 1; }
 version=$(scripts/version.sh)
 grep -qx "## $version" CHANGELOG.md || { echo "release: CHANGELOG.md has no '## $version'" >&2; exit 1; }
+! grep -qx '## Unreleased' CHANGELOG.md || { echo "release: CHANGELOG.md still has '## Unreleased'; name it $version" >&2; exit 1; }
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH
 

@@ -60,8 +60,9 @@ workbench::SummaryRecord summarized(const Tuning& tuning, const py::object& fram
         raise_input_error(
             fmt::format("{} is {}; allowed are {} to {}", argument, value, least, most), argument);
     };
-    require("fps", fps, 0.001, 1e6);
-    require("noise", noise, 0.0, 50.0);
+    using Options = workbench::SummaryOptions;
+    require("fps", fps, Options::kLeastFramesPerSecond, Options::kMostFramesPerSecond);
+    require("noise", noise, 0.0, Options::kMostNoisePercent);
     const FrameColumns columns(frames);
     Camera camera(tuning, all_jobs(tuning));
     workbench::Summary gathered(camera, {fps, noise});

@@ -87,8 +87,8 @@ The verbs that make, turn over, judge and explain tunings, and help.
     
     Example:
       imgtune new -o tuning.yaml && imgtune check tuning.yaml
-    $ imgtune --version
-    imgtune 1.0.0* (glob)
+    $ imgtune --version | grep -Exc 'imgtune [0-9]+\.[0-9]+\.[0-9]+( \([0-9a-f]{12}\))?'
+    1
 
 A report needs the page, and a log with frames.
 

@@ -81,5 +81,9 @@ Nothing but an earlier result of the same kind is replaced.
     imgtune: b.yaml: already exists and is no earlier result of this kind; choose another file or pass --force
     imgtune: b.yaml: already exists and is no earlier result of this kind; choose another file or pass --force
     [2]
+    $ printf 'frame,lv,cct,awb_r,awb_g,awb_b,x_note\n1,60,4000,900,512,1000,mine\n' > mine.csv
+    $ imgtune sweep a.yaml --cct 3000 --lv 60 -o mine.csv
+    imgtune: mine.csv: already exists and is no earlier result of this kind; choose another file or pass --force
+    [2]
     $ grep -c '^format:' b.yaml
     1

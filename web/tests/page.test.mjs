@@ -1,5 +1,5 @@
-// The page as people use it, in Debian's Chromium; engines.test.mjs holds what every engine must do. Usage: PAGE=imgtune.html IMGTUNE=.../imgtune
-// EXAMPLES=.../examples node --test web/tests
+// The page as people use it, in Debian's Chromium; engines.test.mjs holds what every engine must do.
+// Usage: PAGE=imgtune.html IMGTUNE=.../imgtune EXAMPLES=.../examples node --test web/tests
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
 import { mkdtempSync, readFileSync, readdirSync, rmSync, statSync, writeFileSync } from "node:fs";

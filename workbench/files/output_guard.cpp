@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 
+#include "workbench/frames/frame_log.h"
 #include "workbench/text/bad_input.h"
 
 namespace imgtune::workbench {
@@ -18,6 +20,13 @@ bool holds_something(const std::string& output) {
     return fs::is_regular_file(output, error) && fs::file_size(output, error) > 0;
 }
 
+/// A column that frame logs have; rows of registers have others, too.
+bool is_of_a_frame_log(std::string_view column) {
+    return column == "frame" || column.starts_with("x_") ||
+           std::any_of(kFrameColumns.begin(), kFrameColumns.end(),
+                       [&](const FrameColumn& known) { return known.name == column; });
+}
+
 /// By its first line what a file is; every table that is written here begins with the frame.
 Replaces kind_of(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -27,8 +36,12 @@ Replaces kind_of(const std::string& path) {
     first.resize(std::min(first.find('\n'), first.size()));
     if (!first.starts_with("frame,")) return Replaces::nothing;
     if (first == "frame,field,a,b") return Replaces::differences;
-    return first.find(",x_time,x_process,") != std::string::npos ? Replaces::frame_log
-                                                                 : Replaces::rows;
+    for (std::string_view rest = first; !rest.empty();) {
+        const std::string_view column = rest.substr(0, rest.find(','));
+        if (!is_of_a_frame_log(column)) return Replaces::rows;
+        rest.remove_prefix(std::min(rest.size(), column.size() + 1));
+    }
+    return Replaces::frame_log;
 }
 
 /// The same file, or one inside an input's folder.

@@ -11,7 +11,7 @@ enum class Replaces {
     nothing,
     rows,         ///< rows of registers, an earlier run's
     differences,  ///< a table of register differences
-    frame_log,    ///< a frame log made of a phone's log
+    frame_log,    ///< a frame log that begins with the frame's number, as of a phone's log
     anything,     ///< the user insists
 };
 

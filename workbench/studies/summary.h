@@ -16,6 +16,10 @@
 namespace imgtune::workbench {
 
 struct SummaryOptions {
+    static constexpr double kLeastFramesPerSecond = 0.001;
+    static constexpr double kMostFramesPerSecond = 1e6;
+    static constexpr double kMostNoisePercent = 50.0;
+
     double frames_per_second = 30.0;
     /// Noise that is no change of light: percent of gains and colour temperature, tenths of an EV
     /// of the light value.

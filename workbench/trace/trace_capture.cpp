@@ -40,11 +40,13 @@ HeldSwitches& held_switches() {
 
 void hold(HeldSwitches& held, const std::string& name) {
     HeldSwitch& one = held.by_name[name];
-    if (one.captures++ > 0) return;
-    char value[PROPERTY_VALUE_MAX] = {};
-    property_get(name.c_str(), value, "");
-    one.before = value;
-    set_property(name, "1");
+    if (one.captures == 0) {
+        char value[PROPERTY_VALUE_MAX] = {};
+        property_get(name.c_str(), value, "");
+        one.before = value;
+        set_property(name, "1");
+    }
+    ++one.captures;
 }
 
 void release(HeldSwitches& held, const std::string& name) {

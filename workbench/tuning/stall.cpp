@@ -8,7 +8,6 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr std::int32_t kLargestCoefficient = 4095;
-constexpr std::size_t kProbe = 1;  ///< c1, an off-diagonal coefficient
 
 }  // namespace
 
@@ -19,10 +18,8 @@ std::int32_t worst_stall(const std::array<std::uint32_t, 3>& weights) {
         wrap_add(wrap_add(newest, as_signed(weights[1])), as_signed(weights[2]));
     // An average that stands at 0 stays there while the share of the target is cut off.
     const auto stays = [&](std::int32_t target) {
-        NSIspTuning::ISP_NVRAM_CCM_T output{};
-        kCoefficientFields[kProbe].write(
-            output.u4Word, kCodec.encode(divide_or_zero(wrap_mul(newest, target), sum)));
-        return kCodec.decode(kCoefficientFields[kProbe].read(output.u4Word)) == 0;
+        const std::int32_t average = divide_or_zero(wrap_mul(newest, target), sum);
+        return (kCodec.encode(average) & as_unsigned(RowFields::kFieldBits)) == 0;
     };
     std::int32_t distance = 0;
     while (distance < kLargestCoefficient && stays(distance + 1)) ++distance;
