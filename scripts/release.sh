@@ -18,7 +18,7 @@ scripts/android.sh
 out=$PWD/build/release-$version
 rm -rf "$out"
 mkdir -p "$out/android"
-python3 -m build --wheel --no-isolation --outdir "$out" >build/wheel.log 2>&1 || { tail -n 40 build/wheel.log; exit 1; }
+/usr/bin/python3 -m build --wheel --no-isolation --outdir "$out" >build/wheel.log 2>&1 || { tail -n 40 build/wheel.log; exit 1; }
 cp build/packages/*.{deb,dsc,tar.xz} build/imgtune.html "$out/"
 cp build/imgtune.html.notices.txt "$out/notices.txt"
 cp build/android/libimgtune.ispfeature.so* "$out/android/"
