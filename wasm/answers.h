@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "workbench/calibration/color_difference.h"
+#include "workbench/appearance/color_difference.h"
 #include "workbench/camera/camera.h"
 #include "workbench/findings/faults.h"
 #include "workbench/frames/frame_log.h"

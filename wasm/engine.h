@@ -10,7 +10,7 @@
 
 #include "wasm/answers.h"
 #include "wasm/run.h"
-#include "workbench/calibration/color_difference.h"
+#include "workbench/appearance/color_difference.h"
 #include "workbench/camera/camera.h"
 
 namespace imgtune::workbench::page {

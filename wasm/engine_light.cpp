@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "wasm/engine.h"
-#include "workbench/calibration/patches.h"
+#include "workbench/appearance/patches.h"
 #include "workbench/camera/locus.h"
 #include "workbench/json/explanation.h"
 #include "workbench/studies/explanation.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "wasm/engine.h"
-#include "workbench/calibration/patches.h"
+#include "workbench/appearance/patches.h"
 #include "workbench/frames/frame_check.h"
 #include "workbench/json/findings.h"
 #include "workbench/json/summary.h"

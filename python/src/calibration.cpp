@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "binding.h"
-#include "workbench/calibration/color_difference.h"
+#include "workbench/appearance/color_difference.h"
+#include "workbench/appearance/patches.h"
 #include "workbench/calibration/conversion.h"
 #include "workbench/calibration/export.h"
 #include "workbench/calibration/import.h"
-#include "workbench/calibration/patches.h"
 #include "workbench/calibration/reader.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/text_file.h"

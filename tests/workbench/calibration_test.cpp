@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "workbench/calibration/color_difference.h"
+#include "workbench/appearance/color_difference.h"
 #include "workbench/calibration/conversion.h"
 #include "workbench/calibration/export.h"
 #include "workbench/calibration/import.h"

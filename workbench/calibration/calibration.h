@@ -5,10 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace imgtune::workbench {
+#include "workbench/appearance/real_matrix.h"
 
-/// A 3x3 matrix on white-balanced linear RGB, row after row, 1.0 = unity.
-using RealMatrix = std::array<double, 9>;
+namespace imgtune::workbench {
 
 /// Where the light of a colour temperature stands on a sensor's grey locus.
 struct LocusPoint {

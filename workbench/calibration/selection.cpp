@@ -7,7 +7,7 @@
 #include <tuple>
 
 #include "ccm/codec.h"
-#include "workbench/calibration/color_difference.h"
+#include "workbench/appearance/color_difference.h"
 #include "workbench/calibration/conversion.h"
 #include "workbench/camera/camera.h"
 

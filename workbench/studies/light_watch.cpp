@@ -33,6 +33,10 @@ void put_values(Frame& frame, const LightValues& values, bool full_gain, Jobs jo
 
 }  // namespace
 
+std::uint64_t frames_of_hold(double frames_per_second) {
+    return static_cast<std::uint64_t>(std::clamp(frames_per_second / 2.0, 1.0, 1000.0));
+}
+
 LightWatch::LightWatch(const CallerSettings& caller, Jobs jobs, double noise_percent,
                        std::uint64_t hold_frames)
     : full_gain_(caller.full_gain == 1),

@@ -15,6 +15,9 @@ namespace imgtune::workbench {
 /// green and blue gain of the one that the tuning uses. What the jobs do not read is 0.
 using LightValues = std::array<double, 5>;
 
+/// Half a second: the shortest time for which a light holds. At least 1.
+std::uint64_t frames_of_hold(double frames_per_second);
+
 /// Parts a log of measured light, which never holds still, into changes and holds.
 ///
 /// A frame holds the light while gains and colour temperature stay within `noise_percent` of the

@@ -14,10 +14,6 @@ namespace {
 constexpr std::size_t kMostListed = 1000;
 constexpr std::size_t kMostSettleFrames = 4096;  ///< counted one by one; longer ones together
 
-std::uint64_t half_a_second(double frames_per_second) {
-    return static_cast<std::uint64_t>(std::clamp(frames_per_second / 2.0, 1.0, 1000.0));
-}
-
 /// The frames to settle of the change in the middle.
 std::optional<std::uint64_t> median(const std::vector<std::uint64_t>& counts) {
     const std::uint64_t total = std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
@@ -53,12 +49,12 @@ std::vector<FieldMotion> restless_fields(const SummaryRecord& record, Restlessne
 Summary::Summary(const Camera& camera, const SummaryOptions& options)
     : probe_(camera),
       watch_(camera.tuning().caller, camera.jobs(), options.noise_percent,
-             half_a_second(options.frames_per_second)),
+             frames_of_hold(options.frames_per_second)),
       motions_(camera.tuning().caller, camera.jobs()),
-      judge_(camera, motions_, half_a_second(options.frames_per_second)) {
+      judge_(camera, motions_, frames_of_hold(options.frames_per_second)) {
     record_.frames_per_second = options.frames_per_second;
     record_.noise_percent = options.noise_percent;
-    record_.hold_frames = half_a_second(options.frames_per_second);
+    record_.hold_frames = frames_of_hold(options.frames_per_second);
     record_.jobs = camera.jobs();
     for (auto& counts : settle_counts_) counts.resize(kMostSettleFrames + 1);
 }

@@ -1,4 +1,4 @@
-#include "workbench/calibration/patches.h"
+#include "workbench/appearance/patches.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,7 @@ namespace {
 
 // The chart maker's sRGB values of the ColorChecker Classic, as tabulated by D. Pascale, "RGB
 // coordinates of the Macbeth ColorChecker", The BabelColor Company, 2006.
-constexpr Patch kPatches[24] = {
+constexpr Patch kPatches[kPatchCount] = {
     {"dark skin", {115, 82, 68}},     {"light skin", {194, 150, 130}},
     {"blue sky", {98, 122, 157}},     {"foliage", {87, 108, 67}},
     {"blue flower", {133, 128, 177}}, {"bluish green", {103, 189, 170}},
@@ -26,8 +26,15 @@ constexpr Patch kPatches[24] = {
 
 }  // namespace
 
-std::span<const Patch, 24> chart_patches() {
+std::span<const Patch, kPatchCount> chart_patches() {
     return kPatches;
+}
+
+std::optional<std::size_t> find_patch(std::string_view name) {
+    for (std::size_t i = 0; i < kPatchCount; ++i) {
+        if (kPatches[i].name == name) return i;
+    }
+    return std::nullopt;
 }
 
 std::array<double, 3> linear(const Patch& patch) {

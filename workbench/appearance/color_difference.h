@@ -1,10 +1,10 @@
-#ifndef IMGTUNE_WORKBENCH_CALIBRATION_COLOR_DIFFERENCE_H
-#define IMGTUNE_WORKBENCH_CALIBRATION_COLOR_DIFFERENCE_H
+#ifndef IMGTUNE_WORKBENCH_APPEARANCE_COLOR_DIFFERENCE_H
+#define IMGTUNE_WORKBENCH_APPEARANCE_COLOR_DIFFERENCE_H
 
 #include <array>
 #include <cstddef>
 
-#include "workbench/calibration/calibration.h"
+#include "workbench/appearance/real_matrix.h"
 
 namespace imgtune::workbench {
 

@@ -1,10 +1,10 @@
-#include "workbench/calibration/color_difference.h"
+#include "workbench/appearance/color_difference.h"
 
 #include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
 
-#include "workbench/calibration/patches.h"
+#include "workbench/appearance/patches.h"
 
 namespace imgtune::workbench {
 

@@ -1,0 +1,98 @@
+#include "workbench/appearance/chart_view.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "workbench/appearance/color_difference.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+/// A determinant below this share of the largest coefficient's cube is none.
+constexpr double kLeastDeterminant = 1e-9;
+
+std::array<double, 3> times(const RealMatrix& m, const std::array<double, 3>& v) {
+    return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2], m[3] * v[0] + m[4] * v[1] + m[5] * v[2],
+            m[6] * v[0] + m[7] * v[1] + m[8] * v[2]};
+}
+
+RealMatrix times(const RealMatrix& a, const RealMatrix& b) {
+    RealMatrix product{};
+    for (std::size_t row = 0; row < 9; row += 3) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            product[row + column] =
+                a[row] * b[column] + a[row + 1] * b[column + 3] + a[row + 2] * b[column + 6];
+        }
+    }
+    return product;
+}
+
+RealMatrix adjugate(const RealMatrix& m) {
+    return {m[4] * m[8] - m[5] * m[7], m[2] * m[7] - m[1] * m[8], m[1] * m[5] - m[2] * m[4],
+            m[5] * m[6] - m[3] * m[8], m[0] * m[8] - m[2] * m[6], m[2] * m[3] - m[0] * m[5],
+            m[3] * m[7] - m[4] * m[6], m[1] * m[6] - m[0] * m[7], m[0] * m[4] - m[1] * m[3]};
+}
+
+const std::array<std::array<double, 3>, kPatchCount>& linear_chart() {
+    static const auto kChart = [] {
+        std::array<std::array<double, 3>, kPatchCount> chart{};
+        for (std::size_t i = 0; i < kPatchCount; ++i) chart[i] = linear(chart_patches()[i]);
+        return chart;
+    }();
+    return kChart;
+}
+
+}  // namespace
+
+ChartView::ChartView(const RealMatrix& matrix) : matrix_(matrix) {
+    const RealMatrix turned = adjugate(matrix);
+    const double determinant =
+        matrix[0] * turned[0] + matrix[1] * turned[3] + matrix[2] * turned[6];
+    double largest = 0.0;
+    for (const double value : matrix) largest = std::max(largest, std::abs(value));
+    has_inverse_ = std::abs(determinant) > kLeastDeterminant * largest * largest * largest;
+    if (!has_inverse_) return;
+    for (std::size_t k = 0; k < turned.size(); ++k) inverse_[k] = turned[k] / determinant;
+}
+
+ChartView::ChartView(const RealMatrix& matrix, const std::array<double, 3>& gain_error)
+    : ChartView([&] {
+          RealMatrix behind = matrix;
+          for (std::size_t k = 0; k < behind.size(); ++k) behind[k] *= gain_error[k % 3];
+          return behind;
+      }()) {}
+
+PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual) {
+    const bool turn_back = reference.has_inverse();
+    const RealMatrix change =
+        turn_back ? times(actual.matrix(), reference.inverse()) : actual.matrix();
+    PatchDifferences differences{};
+    for (std::size_t i = 0; i < kPatchCount; ++i) {
+        const std::array<double, 3>& patch = linear_chart()[i];
+        const Lab own = to_lab(turn_back ? patch : times(reference.matrix(), patch));
+        differences[i] = static_cast<float>(ciede2000(own, to_lab(times(change, patch))));
+    }
+    return differences;
+}
+
+ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen) {
+    ChartDifference difference;
+    double sum = 0.0;
+    for (std::size_t i = 0; i < kPatchCount; ++i) {
+        sum += static_cast<double>(patches[i]);
+        if (static_cast<double>(patches[i]) <= difference.worst) continue;
+        difference.worst = static_cast<double>(patches[i]);
+        difference.worst_patch = i;
+    }
+    difference.mean = sum / static_cast<double>(kPatchCount);
+    difference.chosen = static_cast<double>(patches[chosen]);
+    return difference;
+}
+
+ChartDifference chart_difference(const ChartView& reference, const ChartView& actual,
+                                 std::size_t chosen) {
+    return in_short(patch_differences(reference, actual), chosen);
+}
+
+}  // namespace imgtune::workbench

@@ -1,0 +1,109 @@
+#include "workbench/studies/visible.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "workbench/studies/resting.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr ChartDifference kNothing{};
+
+std::array<double, 3> real_gains(const AWB_GAIN_T& gains) {
+    return {static_cast<double>(gains.i4R), static_cast<double>(gains.i4G),
+            static_cast<double>(gains.i4B)};
+}
+
+bool same_gains(const AWB_GAIN_T& a, const AWB_GAIN_T& b) {
+    return a.i4R == b.i4R && a.i4G == b.i4G && a.i4B == b.i4B;
+}
+
+/// By how much each channel is off; brightness is no matter of white balance, so green is 1. None
+/// where a gain is 0 or negative.
+std::optional<std::array<double, 3>> gain_error(const std::array<double, 3>& gains,
+                                                const std::array<double, 3>& right) {
+    for (std::size_t k = 0; k < gains.size(); ++k) {
+        if (gains[k] <= 0.0 || right[k] <= 0.0) return std::nullopt;
+    }
+    const double green = gains[1] / right[1];
+    return std::array<double, 3>{gains[0] / right[0] / green, 1.0, gains[2] / right[2] / green};
+}
+
+}  // namespace
+
+RealMatrix shown_matrix(const Registers& registers, const CallerSettings& caller) {
+    const double unity = 1 << std::clamp(caller.frac_bits, 0, 12);
+    const auto coefficients = decode(registers.ccm, caller);
+    RealMatrix matrix{};
+    for (std::size_t k = 0; k < matrix.size(); ++k) matrix[k] = coefficients[k] / unity;
+    return matrix;
+}
+
+VisibleWatch::VisibleWatch(const Camera& camera, const VisibleOptions& options)
+    : probe_(camera),
+      options_(options),
+      hold_frames_(frames_of_hold(options.frames_per_second)),
+      light_(camera.tuning().caller, camera.jobs(), options.noise_percent, hold_frames_),
+      view_(RealMatrix{}) {}
+
+VisibleFrame VisibleWatch::next(const Frame& frame, const Camera& camera) {
+    if (!camera.jobs().ccm) return {};
+    bool judged = false;
+    if (light_.next(frame) != LightWatch::Event::holds) {
+        start_ = camera.state();
+        mean_gains_ = real_gains(frame.state.rAWBGain);
+        rest_.reset();
+        last_.from_rest = last_.from_rest_with_gains = std::nullopt;
+    } else if (light_.held() <= hold_frames_) {
+        const std::array<double, 3> gains = real_gains(frame.state.rAWBGain);
+        const double share = 1.0 / static_cast<double>(light_.held() + 1);
+        for (std::size_t k = 0; k < gains.size(); ++k) {
+            mean_gains_[k] += (gains[k] - mean_gains_[k]) * share;
+        }
+        judged = light_.held() == hold_frames_;
+        if (judged) judge_hold();
+    }
+
+    const auto& image = camera.registers().ccm;
+    const bool same_image = started_ && std::memcmp(&image, &image_, sizeof(image)) == 0;
+    const bool same = same_image && same_gains(frame.state.rAWBGain, gains_);
+    if (!same || judged) {
+        const auto difference = [&](const ChartView& before,
+                                    const std::optional<std::array<double, 3>>& error) {
+            const RealMatrix& now = view_.matrix();
+            return error ? std::optional(
+                               chart_difference(before, ChartView(now, *error), options_.patch))
+                         : std::nullopt;
+        };
+        const ChartView before = view_;
+        if (!same_image)
+            view_ = ChartView(shown_matrix(camera.registers(), probe_.tuning().caller));
+        const std::array<double, 3> gains = real_gains(frame.state.rAWBGain);
+        if (started_ && !same) {
+            last_.step = same_image ? kNothing : chart_difference(before, view_, options_.patch);
+            last_.step_with_gains = difference(before, gain_error(gains, real_gains(gains_)));
+        }
+        if (rest_) {
+            last_.from_rest = chart_difference(*rest_, view_, options_.patch);
+            last_.from_rest_with_gains = difference(*rest_, gain_error(gains, settled_gains_));
+        }
+    }
+    if (same) last_.step = last_.step_with_gains = kNothing;
+    started_ = true;
+    image_ = image;
+    gains_ = frame.state.rAWBGain;
+    return last_;
+}
+
+void VisibleWatch::judge_hold() {
+    Camera camera = probe_;
+    camera.set_state(start_);
+    run_to_rest(camera, light_.held_light());
+    rest_.emplace(shown_matrix(camera.registers(), camera.tuning().caller));
+    settled_gains_ = mean_gains_;
+}
+
+}  // namespace imgtune::workbench
