@@ -25,10 +25,11 @@ struct ExportOptions {
 int run_export(const ExportOptions& options) {
     guard_output(options.output, {options.tuning}, or_anything(Replaces::nothing, options.force));
     const Tuning tuning = require_tuning(options.tuning);
-    Remarks remarks(options.tuning == "-" ? "standard input" : options.tuning);
-    const Calibration calibration = calibration_of(tuning, options.kelvins, remarks);
-    say(remarks.text());
-    if (remarks.has_errors()) return kBadInput;
+    Faults faults;
+    faults.set_place("", options.tuning == "-" ? "standard input" : options.tuning, 0);
+    const Calibration calibration = calibration_of(tuning, options.kelvins, faults);
+    tell(faults);
+    if (faults.has_errors()) return kBadInput;
     write_file(options.output, options.form == "json" ? write_json_form(calibration)
                                                       : write_yaml_form(calibration));
     return kFine;

@@ -88,16 +88,17 @@ int run_import(const ImportOptions& options) {
     if (choices.name.empty() && options.file != "-") {
         choices.name = std::filesystem::path(options.file).stem().string();
     }
-    Remarks remarks(options.file == "-" ? "standard input" : options.file);
+    Faults faults;
     const Calibration calibration =
-        read_calibration(read_text(options.file, kLargestCalibrationText), remarks);
+        read_calibration(read_text(options.file, kLargestCalibrationText),
+                         options.file == "-" ? "standard input" : options.file, faults);
     const Tuning base = options.color_from.empty() ? Tuning{} : require_tuning(options.color_from);
-    const Import import = import_calibration(calibration, choices, base, remarks);
-    say(remarks.text());
-    if (remarks.has_errors()) return kBadInput;
+    const Import import = import_calibration(calibration, choices, base, faults);
+    tell(faults);
+    if (faults.has_errors()) return kBadInput;
     write_file(options.output, write_yaml(import.tuning));
     print_report(
-        options.json ? dumped(to_json(import, remarks)) : report(calibration, import, choices),
+        options.json ? dumped(to_json(import, faults)) : report(calibration, import, choices),
         options.output);
     return kFine;
 }

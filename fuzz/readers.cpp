@@ -27,12 +27,12 @@ void frames(const std::string& text) {
 }
 
 void calibration(const std::string& text) {
-    Remarks remarks("calibration");
+    Faults faults;
     ImportChoices choices;
     choices.most_cts = 3;
-    const Import import =
-        import_calibration(read_calibration(text, remarks), choices, Tuning{}, remarks);
-    require(remarks.has_errors() == import.kept.empty(), "a tuning comes out, or an error is told");
+    const Import import = import_calibration(read_calibration(text, "calibration", faults), choices,
+                                             Tuning{}, faults);
+    require(faults.has_errors() == import.kept.empty(), "a tuning comes out, or an error is told");
 }
 
 }  // namespace

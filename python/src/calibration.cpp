@@ -22,24 +22,11 @@ namespace imgtune::python {
 namespace {
 
 using NSIspTuning::ISP_CCM_T;
-using workbench::Remarks;
+using workbench::Faults;
 
 constexpr std::int64_t kLargestGain = 32767;
 constexpr std::int64_t kLeastCoefficient = -4095;
 constexpr std::int64_t kMostCoefficient = 4096;
-
-/// Remarks in the form of Tuning.check's findings.
-py::list findings_of(const Remarks& remarks) {
-    py::list findings;
-    for (const workbench::Remark& remark : remarks.list()) {
-        findings.append(py::dict(
-            py::arg("severity") = remark.is_error ? "error" : "warning", py::arg("code") = "",
-            py::arg("file") = remarks.file(), py::arg("line") = remark.line, py::arg("path") = "",
-            py::arg("message") = remark.what, py::arg("value") = "", py::arg("allowed") = "",
-            py::arg("effect") = "", py::arg("suggestion") = remark.advice));
-    }
-    return findings;
-}
 
 struct ImportArguments {
     workbench::ImportChoices choices;
@@ -47,15 +34,15 @@ struct ImportArguments {
 };
 
 py::tuple import_calibration(const std::string& file, const ImportArguments& arguments) {
-    Remarks remarks(file);
+    Faults faults;
     const workbench::Import made = work_on_file(file, [&] {
         const workbench::Calibration calibration = workbench::read_calibration(
-            workbench::read_text(file, workbench::kLargestCalibrationText), remarks);
+            workbench::read_text(file, workbench::kLargestCalibrationText), file, faults);
         return workbench::import_calibration(calibration, arguments.choices, arguments.base,
-                                             remarks);
+                                             faults);
     });
-    if (remarks.has_errors()) raise_findings(remarks.text(), findings_of(remarks));
-    return py::make_tuple(made.tuning, as_python(to_json(made, remarks)));
+    if (faults.has_errors()) raise_findings(faults.text(), faults);
+    return py::make_tuple(made.tuning, as_python(to_json(made, faults)));
 }
 
 py::tuple import_path(const py::object& path, const std::string& name, const std::string& method,
@@ -82,17 +69,18 @@ py::tuple import_path(const py::object& path, const std::string& name, const std
     return import_calibration(file, arguments);
 }
 
-py::list export_calibration(const Tuning& tuning, const py::object& path, const std::string& form,
-                            const std::vector<double>& cts) {
+py::object export_calibration(const Tuning& tuning, const py::object& path, const std::string& form,
+                              const std::vector<double>& cts) {
     require_word("form", form, {"json", "yaml"});
-    Remarks remarks(tuning.name);
-    const workbench::Calibration calibration = workbench::calibration_of(tuning, cts, remarks);
-    if (remarks.has_errors()) raise_findings(remarks.text(), findings_of(remarks));
+    Faults faults;
+    faults.set_place("", tuning.name, 0);
+    const workbench::Calibration calibration = workbench::calibration_of(tuning, cts, faults);
+    if (faults.has_errors()) raise_findings(faults.text(), faults);
     const std::string text = form == "json" ? workbench::write_json_form(calibration)
                                             : workbench::write_yaml_form(calibration);
     const std::string file = path_text(path);
     work_on_file(file, [&] { workbench::write_file(file, text); });
-    return findings_of(remarks);
+    return findings_of(faults);
 }
 
 using Integers = py::array_t<std::int64_t, py::array::c_style>;
@@ -243,7 +231,7 @@ Returns
 -------
 tuning : Tuning
 report : dict
-    As `imgtune import --json` prints it: remarks, tuned_cts, errors a calibrated point.
+    As `imgtune import --json` prints it: findings, tuned_cts, errors a calibrated point.
 
 Raises
 ------

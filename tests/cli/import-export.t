@@ -20,7 +20,7 @@ Calibrations in and out.
     a.yaml: 0 errors, 4 warnings
     $ CTS=2360,3700,3870,4000,4400,4715,5920,9050
     $ imgtune export a.yaml --cts $CTS --form yaml -o b.yaml; head -n 5 b.yaml
-    a.yaml: warning: only gains and matrices of the normal row have a place in a calibration; left out: low-light and flash rows, polynomials
+    a.yaml: warning: only gains and matrices of the normal row have a place in a calibration; left out: low-light and flash rows, polynomials [C303]
     version: 1
     algorithms:
       - Awb:
@@ -30,20 +30,22 @@ Calibrations in and out.
     $ imgtune diff a.yaml c.yaml | grep 'normal\|Poly22\.'
     [1]
     $ imgtune export a.yaml --cts 3000,4000 -o b.json
-    a.yaml: error: 2 CTs named for 8 tuned ones; name the CT of each
+    a.yaml: error: 2 CTs named for 8 tuned ones [C302]
+        try: name the CT of each
     [2]
     $ sed 's/"ct_curve"/"curve"/' imx708.json >mono.json; imgtune import mono.json -o mono.yaml; ls mono.yaml
-    mono.json:5: error: no grey locus: neither rpi.awb with a ct_curve nor Awb with colourGains; sensors without one (monochrome, or without an infrared filter) cannot be imported; calibrate white balance first, or give a table
+    mono.json:5: error: no grey locus: neither rpi.awb with a ct_curve nor Awb with colourGains [C002]
+        try: calibrate white balance first, or give a table; sensors without a locus (monochrome, or without an infrared filter) cannot be imported
     ls: cannot access 'mono.yaml': No such file or directory
     [2]
     $ imgtune import imx708.json --cts 3000,4000,9000 -o mono.yaml
-    imx708.json: warning: no matrix is calibrated at 3000 K; gains and matrix lie between its neighbours', in mired
-    imx708.json: warning: no matrix is calibrated at 4000 K; gains and matrix lie between its neighbours', in mired
-    imx708.json: error: no light of 9000 K is calibrated; name CTs from 2964 to 7590 K
+    imx708.json: warning: no matrix is calibrated at 3000 K; gains and matrix lie between its neighbours', in mired [C203]
+    imx708.json: warning: no matrix is calibrated at 4000 K; gains and matrix lie between its neighbours', in mired [C203]
+    imx708.json: error: no light of 9000 K is calibrated [C202]
+        try: name CTs from 2964 to 7590 K
     [2]
-    $ imgtune import imx708.json -o d.yaml --json --method polynomial | head -n 5
+    $ imgtune import imx708.json -o d.yaml --json --method polynomial | head -n 4
     {
-      "file": "imx708.json",
-      "remarks": [],
+      "findings": [],
       "tuned_cts": [
         2964.0,

@@ -25,18 +25,18 @@ std::string published(const std::string& file) {
                      kLargestCalibrationText);
 }
 
-Import import_text(const std::string& text, const ImportChoices& choices, Remarks& remarks) {
-    return import_calibration(read_calibration(text, remarks), choices, Tuning{}, remarks);
+Import import_text(const std::string& text, const ImportChoices& choices, Faults& faults) {
+    return import_calibration(read_calibration(text, "file", faults), choices, Tuning{}, faults);
 }
 
 Import import_published(const std::string& file, const std::vector<double>& cts = {},
                         CcmMethod method = CcmMethod::blend) {
-    Remarks remarks(file);
+    Faults faults;
     ImportChoices choices;
     choices.kelvins = cts;
     choices.method = method;
-    Import import = import_text(published(file), choices, remarks);
-    EXPECT_FALSE(remarks.has_errors()) << remarks.text();
+    Import import = import_text(published(file), choices, faults);
+    EXPECT_FALSE(faults.has_errors()) << faults.text();
     return import;
 }
 
@@ -173,19 +173,21 @@ TEST(Import, SampleTuningsAreMadeOfTheCalibrations) {
     for (const Row& row : kRows) {
         const Tuning sample =
             require_tuning(std::string(IMGTUNE_EXAMPLES) + "/" + row.sample + ".yaml");
-        Remarks remarks(row.file);
+        Faults faults;
         ImportChoices choices;
         choices.kelvins = row.cts;
         choices.method = row.method;
         choices.stretch = row.stretch;
-        const Tuning made = import_text(published(row.file), choices, remarks).tuning;
+        const Tuning made = import_text(published(row.file), choices, faults).tuning;
         EXPECT_EQ(std::memcmp(&made.ccm, &sample.ccm, sizeof(made.ccm)), 0) << row.sample;
     }
 }
 
 TEST(Import, NoExchangeOfAPointLosesLess) {
-    Remarks remarks("imx477-measured.json");
-    const Sensor sensor(read_calibration(published("imx477-measured.json"), remarks), {}, remarks);
+    Faults faults;
+    const Calibration calibration =
+        read_calibration(published("imx477-measured.json"), "imx477-measured.json", faults);
+    const Sensor sensor(calibration, {}, faults);
     const std::vector<TunedPoint>& points = sensor.points();
     ASSERT_EQ(points.size(), 11U);  // 3000 K has a matrix alone: its gains lie between
     const auto worst_dropped = [&points](const std::vector<std::size_t>& kept) {
@@ -232,54 +234,54 @@ const std::string kMatrices = matrix("3000") + matrix("4000") + matrix("6000");
 TEST(Import, FaultsAreToldWithTheirLine) {
     struct Row {
         std::string text;
-        bool error;
+        const char* code;
         int line;
         const char* part;
     };
     const Row kRows[] = {
-        {"", true, 1, "no YAML document"},
-        {"just words", true, 1, "not a calibration"},
-        {"{ \"a\": [1,\n2 ", true, 2, "not readable as JSON"},
-        {"{\"rpi.ccm\": {}}", true, 1, "no grey locus"},
-        {"{\"rpi.awb\": {\"ct_curve\": [" + kCurve + "]}}", true, 1, "no colour matrices"},
-        {json("3000, 0.7, 0.4, 4000, 0.6", kMatrices), true, 2, "ct_curve has 5 values"},
-        {json("3000, 0.7, 0.4", kMatrices), true, 2, "too short: 1 point"},
-        {json("3000, 0.4, 0.7, 4000, 0.5, 0.6, 6000, 0.6, 0.5", kMatrices), true, 2,
+        {"", "C001", 1, "no YAML document"},
+        {"just words", "C001", 1, "not a calibration"},
+        {"{ \"a\": [1,\n2 ", "C001", 2, "not readable as JSON"},
+        {"{\"rpi.ccm\": {}}", "C002", 1, "no grey locus"},
+        {"{\"rpi.awb\": {\"ct_curve\": [" + kCurve + "]}}", "C002", 1, "no colour matrices"},
+        {json("3000, 0.7, 0.4, 4000, 0.6", kMatrices), "C004", 2, "ct_curve has 5 values"},
+        {json("3000, 0.7, 0.4", kMatrices), "C106", 2, "too short: 1 point"},
+        {json("3000, 0.4, 0.7, 4000, 0.5, 0.6, 6000, 0.6, 0.5", kMatrices), "C103", 2,
          "does not rise in red"},
         {json("3000, 0.7, 0.4, 4000, 0.6, 0.5,\n 5000, 0.65, 0.55, 6000, 0.5, 0.6", kMatrices),
-         false, 3, "the locus point at 5000 K is out of order"},
-        {json("3000, 0.7, nan", kMatrices), true, 2, "ct_curve[2] is 'nan'"},
-        {json("3000, 0.7, -0.4", kMatrices), true, 2, "ct_curve[2] is '-0.4'"},
-        {json("300, 0.7, 0.4, 4000, 0.6, 0.5", kMatrices), true, 2, "CT of 300 K"},
-        {json(kCurve, matrix("3000") + matrix("3500", "1.6") + matrix("6000")), false, 5,
+         "C104", 3, "the locus point at 5000 K is out of order"},
+        {json("3000, 0.7, nan", kMatrices), "C003", 2, "ct_curve[2] is 'nan'"},
+        {json("3000, 0.7, -0.4", kMatrices), "C003", 2, "ct_curve[2] is '-0.4'"},
+        {json("300, 0.7, 0.4, 4000, 0.6, 0.5", kMatrices), "C101", 2, "CT of 300 K"},
+        {json(kCurve, matrix("3000") + matrix("3500", "1.6") + matrix("6000")), "C110", 5,
          "a row of the matrix at 3500 K sums to 1.1000"},
-        {json(kCurve, matrix("3000", "512")), true, 4, "row 0 of the matrix sums to 511.5"},
-        {json(kCurve, matrix("2500") + kMatrices), false, 4, "2500 K lies outside the locus"},
-        {json(kCurve, matrix("4000") + kMatrices), false, 6, "a second matrix at 4000 K"},
-        {json(kCurve, "\n {\"ct\": 4000, \"ccm\": [1, 0, 0]}"), true, 4, "ccm has 3 values"},
-        {json(kCurve, "\n {\"ccm\": [1, 0, 0]}"), true, 4, "ct is missing"},
+        {json(kCurve, matrix("3000", "512")), "C109", 4, "row 0 of the matrix sums to 511.5"},
+        {json(kCurve, matrix("2500") + kMatrices), "C107", 4, "2500 K lies outside the locus"},
+        {json(kCurve, matrix("4000") + kMatrices), "C102", 6, "a second matrix at 4000 K"},
+        {json(kCurve, "\n {\"ct\": 4000, \"ccm\": [1, 0, 0]}"), "C004", 4, "ccm has 3 values"},
+        {json(kCurve, "\n {\"ccm\": [1, 0, 0]}"), "C003", 4, "ct is missing"},
         {"version: 1\nalgorithms:\n  - Awb:\n      colourGains: [ {ct: 3000, gains: [1.4, 2.5]}, "
          "{ct: 6000, gains: [2, 1.7]} ]\n  - Ccm:\n      ccms:\n"
          "        - {ct: 4000, ccm: [1,0,0, 0,1,0, 0,0,1], offsets: [0, 2, 0]}\n",
-         false, 7, "offsets [0, 2, 0] at 4000 K"},
-        {"ct,r_gain,b_gain\n", true, 1, "the header has 3 columns"},
+         "C111", 7, "offsets [0, 2, 0] at 4000 K"},
+        {"ct,r_gain,b_gain\n", "C004", 1, "the header has 3 columns"},
         {"# a table\nct,r_gain,b_gain,c0,c1,c2,c3,c4,c5,c6,c7,c8\n3000,0,2,1,0,0,0,1,0,0,0,1\n",
-         true, 3, "r_gain is '0'"},
+         "C003", 3, "r_gain is '0'"},
     };
     for (const Row& row : kRows) {
-        Remarks remarks("file");
-        import_text(row.text, {}, remarks);
-        const auto& list = remarks.list();
+        Faults faults;
+        import_text(row.text, {}, faults);
+        const auto& list = faults.list();
         EXPECT_TRUE(std::any_of(list.begin(), list.end(),
-                                [&row](const Remark& remark) {
-                                    return remark.is_error == row.error &&
-                                           remark.line == row.line &&
-                                           remark.what.find(row.part) != std::string::npos &&
-                                           !remark.advice.empty();
+                                [&row](const Fault& fault) {
+                                    return fault.code == row.code && fault.file == "file" &&
+                                           fault.line == row.line &&
+                                           fault.sentence().find(row.part) != std::string::npos;
                                 }))
             << row.part << "\n"
-            << row.text << "\nsaid: " << remarks.text();
-        EXPECT_EQ(remarks.has_errors(), row.error) << row.text << remarks.text();
+            << row.text << "\nsaid: " << faults.text();
+        EXPECT_EQ(faults.has_errors(), find_rule(row.code)->severity == Severity::error)
+            << row.text << faults.text();
     }
 }
 
@@ -306,10 +308,10 @@ TEST(Import, LociAndMatricesAreInterpolatedInMired) {
 TEST(Export, PointsComeOutAsTheyCameIn) {
     const Tuning first = import_published("ov64a40.json").tuning;
     for (const auto& write : {write_json_form, write_yaml_form}) {
-        Remarks remarks("out");
-        const std::string text = write(calibration_of(first, {}, remarks));
-        const Tuning again = import_text(text, {}, remarks).tuning;
-        ASSERT_FALSE(remarks.has_errors()) << remarks.text();
+        Faults faults;
+        const std::string text = write(calibration_of(first, {}, faults));
+        const Tuning again = import_text(text, {}, faults).tuning;
+        ASSERT_FALSE(faults.has_errors()) << faults.text();
         EXPECT_EQ(again.ccm.i4NumCT, 6);
         for (std::size_t ct = 0; ct < 6; ++ct) {
             EXPECT_EQ(tuned(again, 0, ct), tuned(first, 0, ct));
@@ -318,11 +320,11 @@ TEST(Export, PointsComeOutAsTheyCameIn) {
             EXPECT_EQ(again.kelvin[0][ct], first.kelvin[0][ct]);
         }
     }
-    Remarks remarks("out");
+    Faults faults;
     Tuning unknown = first;
     unknown.kelvin[0][2] = 0;
-    calibration_of(unknown, {}, remarks);
-    EXPECT_NE(remarks.text().find("the CT of the tuned point 2 is unknown"), std::string::npos);
+    calibration_of(unknown, {}, faults);
+    EXPECT_NE(faults.text().find("the CT of the tuned point 2 is unknown"), std::string::npos);
 }
 
 // ---- colour difference

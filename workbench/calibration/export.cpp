@@ -14,35 +14,41 @@ namespace {
 
 constexpr double kUnityGain = 512.0;
 
-void tell_what_stays_behind(const Tuning& tuning, Remarks& remarks) {
+void tell_what_stays_behind(const Tuning& tuning, Faults& faults) {
     std::string what = "low-light and flash rows, polynomials";
     if (tuning.ccm.i4PQType != 0) what += ", the output gamut";
     if (tuning.has_color) what += ", colour tables";
-    remarks.warning(0, "only gains and matrices of the normal row have a place in a calibration",
-                    fmt::format("left out: {}", what));
+    faults.add({.code = "C303",
+                .message = fmt::format("only gains and matrices of the normal row have a place in "
+                                       "a calibration; left out: {}",
+                                       what)});
 }
 
-bool has_points(const Tuning& tuning, Remarks& remarks) {
+bool has_points(const Tuning& tuning, Faults& faults) {
     const ISP_NVRAM_MULTI_CCM_STRUCT& ccm = tuning.ccm;
     if (!tuning.has_ccm || ccm.i4NumCT < 1 || ccm.i4NumCT > 8) {
-        remarks.error(0, "no tuned matrices", "name a tuning with a ccm part of 1..8 CTs");
+        faults.add({.code = "C301",
+                    .message = "no tuned matrices",
+                    .suggestion = "name a tuning with a ccm part of 1..8 CTs"});
         return false;
     }
     for (std::int32_t ct = 0; ct < ccm.i4NumCT; ++ct) {
         const AWB_GAIN_T& gain = ccm.rCTAWBGain[0][ct];
         const auto& words = ccm.rCCM_Nvram[0][ct].u4Word;
         if (gain.i4R <= 0 || gain.i4B <= 0) {
-            remarks.error(0,
-                          fmt::format("the tuned gain {} of the normal row is [{}, {}, {}]", ct,
-                                      gain.i4R, gain.i4G, gain.i4B),
-                          "gains are above 0");
+            faults.add({.code = "C301",
+                        .message = fmt::format("the tuned gain {} of the normal row is [{}, {}, "
+                                               "{}]; gains are above 0",
+                                               ct, gain.i4R, gain.i4G, gain.i4B)});
         }
         if (std::all_of(std::begin(words), std::end(words), [](auto w) { return w == 0; })) {
-            remarks.error(0, fmt::format("the matrix {} of the normal row is all zero", ct),
-                          "a calibration needs the matrices themselves");
+            faults.add({.code = "C301",
+                        .message = fmt::format("the matrix {} of the normal row is all zero; a "
+                                               "calibration needs the matrices themselves",
+                                               ct)});
         }
     }
-    return !remarks.has_errors();
+    return !faults.has_errors();
 }
 
 /// CT, gains of a point on one line of a list.
@@ -61,13 +67,14 @@ std::string nine(const RealMatrix& matrix) {
 }  // namespace
 
 Calibration calibration_of(const Tuning& tuning, const std::vector<double>& kelvins,
-                           Remarks& remarks) {
+                           Faults& faults) {
     Calibration calibration;
-    if (!has_points(tuning, remarks)) return calibration;
+    if (!has_points(tuning, faults)) return calibration;
     const auto count = static_cast<std::size_t>(tuning.ccm.i4NumCT);
     if (!kelvins.empty() && kelvins.size() != count) {
-        remarks.error(0, fmt::format("{} CTs named for {} tuned ones", kelvins.size(), count),
-                      "name the CT of each");
+        faults.add({.code = "C302",
+                    .message = fmt::format("{} CTs named for {} tuned ones", kelvins.size(), count),
+                    .suggestion = "name the CT of each"});
         return calibration;
     }
     const CoefficientCodec codec(tuning.caller.int_bits, tuning.caller.frac_bits);
@@ -75,10 +82,11 @@ Calibration calibration_of(const Tuning& tuning, const std::vector<double>& kelv
         const double kelvin = kelvins.empty() ? tuning.kelvin[0][ct] : kelvins[ct];
         const double before = ct == 0 ? 0.0 : calibration.locus.back().kelvin;
         if (!(kelvin > before)) {
-            remarks.error(0,
-                          kelvin == 0.0 ? fmt::format("the CT of the tuned point {} is unknown", ct)
-                                        : fmt::format("{} K after {} K", kelvin, before),
-                          "name the CTs of all tuned points, rising");
+            faults.add({.code = "C302",
+                        .message = kelvin == 0.0
+                                       ? fmt::format("the CT of the tuned point {} is unknown", ct)
+                                       : fmt::format("{} K after {} K", kelvin, before),
+                        .suggestion = "name the CTs of all tuned points, rising"});
             return calibration;
         }
         const AWB_GAIN_T& gain = tuning.ccm.rCTAWBGain[0][ct];
@@ -87,7 +95,7 @@ Calibration calibration_of(const Tuning& tuning, const std::vector<double>& kelv
         matrix.kelvin = kelvin;
         matrix.coefficients = to_real(codec.decode(tuning.ccm.rCCM_Nvram[0][ct]));
     }
-    tell_what_stays_behind(tuning, remarks);
+    tell_what_stays_behind(tuning, faults);
     return calibration;
 }
 

@@ -5,17 +5,17 @@
 #include <vector>
 
 #include "workbench/calibration/calibration.h"
-#include "workbench/calibration/remarks.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/tuning.h"
 
 namespace imgtune::workbench {
 
 /// A tuning's normal row as a calibration: ratios 512 / gain, coefficients over 512. What the
 /// public forms have no place for (low-light and flash rows, polynomials, output gamut, colour
-/// tables) is told in `remarks`, and so is a row that is none: no gains, no matrices, CTs unknown.
+/// tables) is told in `faults`, and so is a row that is none: no gains, no matrices, CTs unknown.
 /// @param kelvins the tuned CTs; empty: those that the tuning keeps
 Calibration calibration_of(const Tuning& tuning, const std::vector<double>& kelvins,
-                           Remarks& remarks);
+                           Faults& faults);
 
 /// The Raspberry Pi JSON form of libcamera, version 2: a file with these two sections alone.
 std::string write_json_form(const Calibration& calibration);

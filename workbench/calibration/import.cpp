@@ -16,33 +16,34 @@ namespace {
 constexpr std::size_t kFewestCts = 3;
 constexpr std::size_t kMostCts = 8;
 
-bool choices_fit(const ImportChoices& choices, Remarks& remarks) {
-    const auto share = [&remarks](double value, const char* what) {
-        if (value >= 0.0 && value <= 1.0) return;
-        remarks.error(0, fmt::format("{} is {}", what, value), "allowed are 0..1");
+bool choices_fit(const ImportChoices& choices, Faults& faults) {
+    const auto refuse = [&faults](std::string message, const char* allowed) {
+        message += fmt::format("; allowed are {}", allowed);
+        faults.add({.code = "C201", .message = std::move(message), .allowed = allowed});
+    };
+    const auto share = [&refuse](double value, const char* what) {
+        if (!(value >= 0.0 && value <= 1.0)) refuse(fmt::format("{} is {}", what, value), "0..1");
     };
     share(choices.low_light_saturation, "the low-light saturation");
     share(choices.flash_share, "the flash's share");
     if (!(choices.flash_kelvin >= 1000.0 && choices.flash_kelvin <= 1e6)) {
-        remarks.error(0, fmt::format("the light of the flash is {} K", choices.flash_kelvin),
-                      "allowed are 1000..1000000 K");
+        refuse(fmt::format("the light of the flash is {} K", choices.flash_kelvin),
+               "1000..1000000 K");
     }
     if (!(choices.stretch >= 0.1 && choices.stretch <= 10.0)) {
-        remarks.error(0, fmt::format("the factor of the gains is {}", choices.stretch),
-                      "allowed are 0.1..10");
+        refuse(fmt::format("the factor of the gains is {}", choices.stretch), "0.1..10");
     }
     if (choices.most_cts < kFewestCts || choices.most_cts > kMostCts) {
-        remarks.error(0, fmt::format("{} tuned CTs", choices.most_cts), "allowed are 3..8");
+        refuse(fmt::format("{} tuned CTs", choices.most_cts), "3..8");
     }
     const std::size_t named = choices.kelvins.size();
     if (named != 0 && (named < kFewestCts || named > kMostCts)) {
-        remarks.error(0, fmt::format("{} CTs named", named), "name 3..8");
+        refuse(fmt::format("{} CTs named", named), "3..8");
     }
     for (const double kelvin : choices.kelvins) {
-        if (!std::isfinite(kelvin))
-            remarks.error(0, fmt::format("a CT of {} K", kelvin), "name it");
+        if (!std::isfinite(kelvin)) refuse(fmt::format("a CT of {} K", kelvin), "kelvin");
     }
-    return !remarks.has_errors();
+    return !faults.has_errors();
 }
 
 AWB_GAIN_T stretched(const AWB_GAIN_T& gain, double factor) {
@@ -51,27 +52,31 @@ AWB_GAIN_T stretched(const AWB_GAIN_T& gain, double factor) {
 }
 
 std::vector<TunedPoint> named_points(const Sensor& sensor, std::vector<double> kelvins,
-                                     Remarks& remarks) {
+                                     Faults& faults) {
     std::sort(kelvins.begin(), kelvins.end());
     const double lowest = sensor.points().front().kelvin;
     const double highest = sensor.points().back().kelvin;
     std::vector<TunedPoint> points;
     for (const double kelvin : kelvins) {
         if (kelvin < lowest || kelvin > highest) {
-            remarks.error(0, fmt::format("no light of {} K is calibrated", kelvin),
-                          fmt::format("name CTs from {} to {} K", lowest, highest));
+            faults.add({.code = "C202",
+                        .message = fmt::format("no light of {} K is calibrated", kelvin),
+                        .allowed = fmt::format("{}..{}", lowest, highest),
+                        .suggestion = fmt::format("name CTs from {} to {} K", lowest, highest)});
             continue;
         }
         const TunedPoint point = sensor.at(kelvin);
         if (!points.empty() && point.gain.i4R <= points.back().gain.i4R) {
-            remarks.error(0,
-                          fmt::format("{} K and {} K are named, which have the same gains",
-                                      points.back().kelvin, kelvin),
-                          "name one of them");
+            faults.add({.code = "C202",
+                        .message = fmt::format("{} K and {} K are named, which have the same gains",
+                                               points.back().kelvin, kelvin),
+                        .suggestion = "name one of them"});
         }
         if (!point.published) {
-            remarks.warning(0, fmt::format("no matrix is calibrated at {} K", kelvin),
-                            "gains and matrix lie between its neighbours', in mired");
+            faults.add({.code = "C203",
+                        .message = fmt::format("no matrix is calibrated at {} K; gains and matrix "
+                                               "lie between its neighbours', in mired",
+                                               kelvin)});
         }
         points.push_back(point);
     }
@@ -149,21 +154,21 @@ ImportError import_error(const std::vector<PointError>& errors, bool with_kept, 
 }
 
 Import import_calibration(const Calibration& calibration, const ImportChoices& choices,
-                          const Tuning& base, Remarks& remarks) {
+                          const Tuning& base, Faults& faults) {
     Import result;
-    if (!choices_fit(choices, remarks)) return result;
-    const Sensor sensor(calibration, choices.points, remarks);
-    if (remarks.has_errors()) return result;
+    if (!choices_fit(choices, faults)) return result;
+    const Sensor sensor(calibration, choices.points, faults);
+    if (faults.has_errors()) return result;
     std::vector<TunedPoint> points = sensor.points();
     for (TunedPoint& point : points) point.gain = stretched(point.gain, choices.stretch);
     if (choices.kelvins.empty()) {
         result.selection = select_points(points, choices.most_cts, choices.method);
         for (const std::size_t i : result.selection.kept) result.kept.push_back(points[i]);
     } else {
-        result.kept = named_points(sensor, choices.kelvins, remarks);
+        result.kept = named_points(sensor, choices.kelvins, faults);
         for (TunedPoint& point : result.kept) point.gain = stretched(point.gain, choices.stretch);
     }
-    if (remarks.has_errors()) return result;
+    if (faults.has_errors()) return result;
 
     result.tuning = empty_ccm(base, choices);
     fill_normal_row(result.tuning, result.kept);

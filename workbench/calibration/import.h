@@ -7,8 +7,8 @@
 
 #include "workbench/calibration/calibration.h"
 #include "workbench/calibration/points.h"
-#include "workbench/calibration/remarks.h"
 #include "workbench/calibration/selection.h"
+#include "workbench/findings/faults.h"
 #include "workbench/tuning/tuning.h"
 
 namespace imgtune::workbench {
@@ -50,9 +50,9 @@ struct Import {
 /// Makes a tuning of a calibration: normal row as calibrated, low-light row with less saturation,
 /// flash row drawn towards the light of the flash, polynomials fitted for both. Colour tables and
 /// caller settings are those of `base`, whose CCM part is replaced; a codec other than 3 and 9 bits
-/// is set to these. Faults are told in `remarks`; after an error there the result is no tuning.
+/// is set to these. Faults are told in `faults`; after an error there the result is no tuning.
 Import import_calibration(const Calibration& calibration, const ImportChoices& choices,
-                          const Tuning& base, Remarks& remarks);
+                          const Tuning& base, Faults& faults);
 
 }  // namespace imgtune::workbench
 

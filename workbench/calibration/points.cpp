@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "workbench/calibration/conversion.h"
+#include "workbench/text/counted.h"
 
 namespace imgtune::workbench {
 
@@ -24,19 +25,26 @@ constexpr std::size_t kFewestPoints = 3;  // of a blend
 
 /// Sorted by CT, one entry a CT; what is left out is told.
 template <typename Entry>
-std::vector<Entry> by_kelvin(const std::vector<Entry>& entries, const char* what,
-                             Remarks& remarks) {
+std::vector<Entry> by_kelvin(const std::vector<Entry>& entries, const char* what, Faults& faults) {
     std::vector<Entry> sorted = entries;
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const Entry& a, const Entry& b) { return a.kelvin < b.kelvin; });
     std::vector<Entry> kept;
     for (const Entry& entry : sorted) {
         if (entry.kelvin < kLowestKelvin || entry.kelvin > kHighestKelvin) {
-            remarks.error(entry.line, fmt::format("CT of {} K", entry.kelvin),
-                          fmt::format("write kelvin, {}..{}", kLowestKelvin, kHighestKelvin));
+            faults.add(
+                {.code = "C101",
+                 .line = entry.line,
+                 .message = fmt::format("CT of {} K", entry.kelvin),
+                 .value = fmt::format("{}", entry.kelvin),
+                 .allowed = fmt::format("{}..{}", kLowestKelvin, kHighestKelvin),
+                 .suggestion = fmt::format("write kelvin, {}..{}", kLowestKelvin, kHighestKelvin)});
         } else if (!kept.empty() && entry.kelvin == kept.back().kelvin) {
-            remarks.warning(entry.line, fmt::format("a second {} at {} K", what, entry.kelvin),
-                            "left out: the first one counts");
+            faults.add(
+                {.code = "C102",
+                 .line = entry.line,
+                 .message = fmt::format("a second {} at {} K; left out: the first one counts", what,
+                                        entry.kelvin)});
         } else {
             kept.push_back(entry);
         }
@@ -77,54 +85,63 @@ bool fits(const RealMatrix& matrix) {
 }
 
 /// False for an error.
-bool close_matrix(CalibratedMatrix& matrix, bool divide, Remarks& remarks) {
+bool close_matrix(CalibratedMatrix& matrix, bool divide, Faults& faults) {
     double farthest = 1.0;
     for (std::size_t row = 0; row < 3; ++row) {
         const double sum = row_sum(matrix.coefficients, row);
         if (!(sum >= kLowestRowSum && sum <= kHighestRowSum)) {
-            remarks.error(matrix.line, fmt::format("row {} of the matrix sums to {:.6g}", row, sum),
-                          "rows sum to 1, so that white stays white: write 1.0 for unity");
+            faults.add(
+                {.code = "C109",
+                 .line = matrix.line,
+                 .message = fmt::format("row {} of the matrix sums to {:.6g}", row, sum),
+                 .suggestion = "write 1.0 for unity: rows sum to 1, so that white stays white"});
             return false;
         }
         if (std::abs(sum - 1.0) > std::abs(farthest - 1.0)) farthest = sum;
     }
     if (std::abs(farthest - 1.0) <= kUnclosed) return true;
-    remarks.warning(
-        matrix.line,
-        fmt::format("a row of the matrix at {} K sums to {:.4f}, not 1", matrix.kelvin, farthest),
-        divide ? "each row was divided by its sum" : "the diagonal takes what is missing");
+    faults.add(
+        {.code = "C110",
+         .line = matrix.line,
+         .message = fmt::format(
+             "a row of the matrix at {} K sums to {:.4f}, not 1; {}", matrix.kelvin, farthest,
+             divide ? "each row was divided by its sum" : "the diagonal takes what is missing")});
     if (divide) matrix.coefficients = divide_rows(matrix.coefficients);
     return true;
 }
 
-void judge_offsets(const CalibratedMatrix& matrix, Remarks& remarks) {
+void judge_offsets(const CalibratedMatrix& matrix, Faults& faults) {
     const auto& o = matrix.offsets;
     if (o[0] == 0.0 && o[1] == 0.0 && o[2] == 0.0) return;
-    remarks.warning(matrix.line,
-                    fmt::format("offsets [{}, {}, {}] at {} K", o[0], o[1], o[2], matrix.kelvin),
-                    "left out: the library has no place for them");
+    faults.add({.code = "C111",
+                .line = matrix.line,
+                .message = fmt::format(
+                    "offsets [{}, {}, {}] at {} K; left out: the library has no place for them",
+                    o[0], o[1], o[2], matrix.kelvin)});
 }
 
 }  // namespace
 
-Sensor::Sensor(const Calibration& calibration, const PointChoices& choices, Remarks& remarks) {
-    if (remarks.has_errors()) return;
-    take_locus(calibration, remarks);
-    if (remarks.has_errors()) return;
-    take_matrices(calibration, choices, remarks);
-    if (remarks.has_errors()) return;
-    take_points(calibration, remarks);
-    if (remarks.has_errors()) points_.clear();
+Sensor::Sensor(const Calibration& calibration, const PointChoices& choices, Faults& faults) {
+    if (faults.has_errors()) return;
+    take_locus(calibration, faults);
+    if (faults.has_errors()) return;
+    take_matrices(calibration, choices, faults);
+    if (faults.has_errors()) return;
+    take_points(calibration, faults);
+    if (faults.has_errors()) points_.clear();
 }
 
-void Sensor::take_locus(const Calibration& calibration, Remarks& remarks) {
-    const std::vector<LocusPoint> all = by_kelvin(calibration.locus, "locus point", remarks);
+void Sensor::take_locus(const Calibration& calibration, Faults& faults) {
+    const std::vector<LocusPoint> all = by_kelvin(calibration.locus, "locus point", faults);
     const std::vector<std::size_t> rise = longest_rise(all);
     if (all.size() >= 2 && 2 * rise.size() <= all.size()) {
-        remarks.error(calibration.locus_line,
-                      "the locus does not rise in red gain and fall in blue gain with the CT",
-                      "look for R/G and B/G exchanged, for gains in place of ratios, or for "
-                      "another order of the columns");
+        faults.add(
+            {.code = "C103",
+             .line = calibration.locus_line,
+             .message = "the locus does not rise in red gain and fall in blue gain with the CT",
+             .suggestion = "look for R/G and B/G exchanged, for gains in place of ratios, or for "
+                           "another order of the columns"});
         return;
     }
     std::size_t next = 0;
@@ -133,70 +150,84 @@ void Sensor::take_locus(const Calibration& calibration, Remarks& remarks) {
             locus_.push_back(all[i]);
             ++next;
         } else {
-            remarks.warning(
-                all[i].line,
-                fmt::format("the locus point at {} K is out of order: with the CT, R/G ({}) falls "
-                            "and B/G ({}) rises",
-                            all[i].kelvin, all[i].red, all[i].blue),
-                "left out; measure it again");
+            faults.add({.code = "C104",
+                        .line = all[i].line,
+                        .message = fmt::format("the locus point at {} K is out of order: with the "
+                                               "CT, R/G ({}) falls and B/G ({}) rises; left out",
+                                               all[i].kelvin, all[i].red, all[i].blue),
+                        .suggestion = "measure it again"});
         }
     }
     for (const LocusPoint& point : locus_) {
         if (512.0 / point.red < 1.0 || 512.0 / point.blue < 1.0 ||
             512.0 / point.red > kLargestGain || 512.0 / point.blue > kLargestGain) {
-            remarks.error(point.line, fmt::format("R/G {} and B/G {}", point.red, point.blue),
-                          "gains go from 1/512 to 63.99: write ratios of a grey patch");
+            faults.add(
+                {.code = "C105",
+                 .line = point.line,
+                 .message = fmt::format("R/G {} and B/G {}", point.red, point.blue),
+                 .suggestion = "write ratios of a grey patch: gains go from 1/512 to 63.99"});
         }
     }
     if (locus_.size() < 2) {
-        remarks.error(calibration.locus_line,
-                      fmt::format("the locus is too short: {} point{}", locus_.size(),
-                                  locus_.size() == 1 ? "" : "s"),
-                      "calibrate at two colour temperatures or more");
+        faults.add({.code = "C106",
+                    .line = calibration.locus_line,
+                    .message = "the locus is too short: " + counted(locus_.size(), "point"),
+                    .suggestion = "calibrate at two colour temperatures or more"});
     }
 }
 
 void Sensor::take_matrices(const Calibration& calibration, const PointChoices& choices,
-                           Remarks& remarks) {
-    for (CalibratedMatrix& matrix : by_kelvin(calibration.matrices, "matrix", remarks)) {
+                           Faults& faults) {
+    for (CalibratedMatrix& matrix : by_kelvin(calibration.matrices, "matrix", faults)) {
         const double lowest = locus_.front().kelvin;
         const double highest = locus_.back().kelvin;
         if (matrix.kelvin < lowest || matrix.kelvin > highest) {
-            remarks.warning(matrix.line,
-                            fmt::format("the matrix at {} K lies outside the locus, {}..{} K",
-                                        matrix.kelvin, lowest, highest),
-                            choices.extrapolate
-                                ? "its gains are taken from the locus's continuation"
-                                : "left out; --extrapolate takes it in");
+            faults.add(
+                {.code = "C107",
+                 .line = matrix.line,
+                 .message = fmt::format("the matrix at {} K lies outside the locus, {}..{} K; {}",
+                                        matrix.kelvin, lowest, highest,
+                                        choices.extrapolate
+                                            ? "its gains are taken from the locus's continuation"
+                                            : "left out"),
+                 .suggestion = choices.extrapolate ? "" : "--extrapolate, which takes it in"});
             if (!choices.extrapolate) continue;
         }
-        if (!close_matrix(matrix, choices.divide_rows, remarks)) continue;
-        judge_offsets(matrix, remarks);
+        if (!close_matrix(matrix, choices.divide_rows, faults)) continue;
+        judge_offsets(matrix, faults);
         if (!fits(matrix.coefficients)) {
-            remarks.error(matrix.line,
-                          fmt::format("the matrix at {} K has a coefficient that does not fit",
-                                      matrix.kelvin),
-                          "coefficients go from -7.998 to 8: write 1.0 for unity");
+            faults.add(
+                {.code = "C112",
+                 .line = matrix.line,
+                 .message = fmt::format("the matrix at {} K has a coefficient that does not fit",
+                                        matrix.kelvin),
+                 .allowed = "-7.998..8",
+                 .suggestion = "write 1.0 for unity: coefficients go from -7.998 to 8"});
         }
         matrices_.push_back(matrix);
     }
-    if (matrices_.empty() && !remarks.has_errors()) {
-        remarks.error(calibration.matrices_line, "no colour matrix within the locus",
-                      "calibrate matrices at colour temperatures of the locus");
+    if (matrices_.empty() && !faults.has_errors()) {
+        faults.add({.code = "C108",
+                    .line = calibration.matrices_line,
+                    .message = "no colour matrix within the locus",
+                    .suggestion = "calibrate matrices at colour temperatures of the locus"});
     }
 }
 
-void Sensor::take_points(const Calibration& calibration, Remarks& remarks) {
+void Sensor::take_points(const Calibration& calibration, Faults& faults) {
     std::vector<double> kelvins;
     for (const CalibratedMatrix& matrix : matrices_) kelvins.push_back(matrix.kelvin);
     if (matrices_.size() < kFewestPoints) {
         const double low = locus_.front().kelvin;
         const double high = locus_.back().kelvin;
         const double middle = std::round(2e6 / (to_mired(low) + to_mired(high)));
-        remarks.warning(
-            calibration.matrices_line,
-            fmt::format("{} matrices within the locus", matrices_.size()),
-            fmt::format("interpolated ones added at {}, {} and {} K", low, middle, high));
+        faults.add(
+            {.code = "C113",
+             .line = calibration.matrices_line,
+             .message = fmt::format("{} {} within the locus; interpolated ones added at {}, "
+                                    "{} and {} K",
+                                    matrices_.size(), matrices_.size() == 1 ? "matrix" : "matrices",
+                                    low, middle, high)});
         kelvins.insert(kelvins.end(), {low, middle, high});
         std::sort(kelvins.begin(), kelvins.end());
         kelvins.erase(std::unique(kelvins.begin(), kelvins.end()), kelvins.end());
@@ -205,19 +236,23 @@ void Sensor::take_points(const Calibration& calibration, Remarks& remarks) {
         TunedPoint point = at(kelvin);
         if (!points_.empty() && (point.gain.i4R <= points_.back().gain.i4R ||
                                  point.gain.i4B >= points_.back().gain.i4B)) {
-            remarks.warning(point.line,
-                            fmt::format("the gains at {} K equal those at {} K once rounded",
-                                        kelvin, points_.back().kelvin),
-                            "left out");
+            faults.add({.code = "C114",
+                        .line = point.line,
+                        .message = fmt::format(
+                            "the gains at {} K equal those at {} K once rounded; left out", kelvin,
+                            points_.back().kelvin)});
             continue;
         }
         points_.push_back(point);
     }
     if (points_.size() < kFewestPoints) {
-        remarks.error(calibration.locus_line,
-                      fmt::format("the locus is too short: {} points have gains of their own",
-                                  points_.size()),
-                      "calibrate at colour temperatures further apart");
+        faults.add(
+            {.code = "C106",
+             .line = calibration.locus_line,
+             .message = fmt::format("the locus is too short: {} of the points have gains of their "
+                                    "own",
+                                    points_.size()),
+             .suggestion = "calibrate at colour temperatures further apart"});
     }
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "workbench/calibration/calibration.h"
-#include "workbench/calibration/remarks.h"
+#include "workbench/findings/faults.h"
 
 namespace imgtune::workbench {
 
@@ -30,8 +30,8 @@ struct PointChoices {
 class Sensor {
   public:
     /// Sorts both lists by CT and leaves out what no tuning can hold; each finding is told in
-    /// `remarks`. After an error there the sensor has no points.
-    Sensor(const Calibration& calibration, const PointChoices& choices, Remarks& remarks);
+    /// `faults`. After an error there the sensor has no points.
+    Sensor(const Calibration& calibration, const PointChoices& choices, Faults& faults);
 
     /// One point a calibrated matrix, by rising CT, red rising and blue falling; where these are
     /// fewer than three, also the ends and the middle of the locus.
@@ -41,10 +41,9 @@ class Sensor {
     TunedPoint at(double kelvin) const;
 
   private:
-    void take_locus(const Calibration& calibration, Remarks& remarks);
-    void take_matrices(const Calibration& calibration, const PointChoices& choices,
-                       Remarks& remarks);
-    void take_points(const Calibration& calibration, Remarks& remarks);
+    void take_locus(const Calibration& calibration, Faults& faults);
+    void take_matrices(const Calibration& calibration, const PointChoices& choices, Faults& faults);
+    void take_points(const Calibration& calibration, Faults& faults);
 
     std::vector<LocusPoint> locus_;
     std::vector<CalibratedMatrix> matrices_;

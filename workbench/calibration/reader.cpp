@@ -33,14 +33,14 @@ YAML::Node value_of(const YAML::Node& map, std::string_view key) {
 
 class SectionReader {
   public:
-    SectionReader(Calibration& calibration, Remarks& remarks)
-        : calibration_(calibration), remarks_(remarks) {}
+    SectionReader(Calibration& calibration, Faults& faults)
+        : calibration_(calibration), faults_(faults) {}
 
     void read(const YAML::Node& root) {
         if (!root.IsMap()) {
-            remarks_.error(1, "not a calibration",
-                           "give a JSON or YAML tuning file of libcamera, or a table with the "
-                           "columns ct,r_gain,b_gain,c0..c8");
+            fault("C001", 1, "not a calibration",
+                  "give a JSON or YAML tuning file of libcamera, or a table with the columns "
+                  "ct,r_gain,b_gain,c0..c8");
             return;
         }
         collect(root);
@@ -49,6 +49,13 @@ class SectionReader {
     }
 
   private:
+    void fault(const char* code, int line, std::string message, std::string suggestion = {}) {
+        faults_.add({.code = code,
+                     .line = line,
+                     .message = std::move(message),
+                     .suggestion = std::move(suggestion)});
+    }
+
     void collect_from(const YAML::Node& map) {
         if (!map.IsMap()) return;
         for (const auto& entry : map) {
@@ -58,8 +65,8 @@ class SectionReader {
                                                      "Ccm"};
             if (std::find(std::begin(kKnown), std::end(kKnown), name) == std::end(kKnown)) continue;
             if (section(name) != nullptr) {
-                remarks_.warning(line_of(entry.first), fmt::format("a second section {}", name),
-                                 "left out: the first one counts");
+                fault("C005", line_of(entry.first),
+                      fmt::format("a second section {}; left out: the first one counts", name));
                 continue;
             }
             sections_.push_back({name, line_of(entry.first), entry.second});
@@ -94,9 +101,13 @@ class SectionReader {
         if (value && (!positive || *value > 0.0)) return value;
         std::string shown = "missing";
         if (node.IsDefined()) shown = node.IsScalar() ? quoted_value(node.Scalar()) : "no number";
-        remarks_.error(node.IsDefined() ? line_of(node) : line_,
-                       fmt::format("{} is {}", what, shown),
-                       positive ? "write a number above 0" : "write a number");
+        faults_.add({.code = "C003",
+                     .line = node.IsDefined() ? line_of(node) : line_,
+                     .path = what,
+                     .message = "is " + shown,
+                     .value = node.IsDefined() && node.IsScalar() ? node.Scalar() : "",
+                     .allowed = positive ? "a number above 0" : "a number",
+                     .suggestion = positive ? "write a number above 0" : "write a number"});
         return std::nullopt;
     }
 
@@ -104,11 +115,11 @@ class SectionReader {
     bool numbers(const YAML::Node& list, const std::string& what, bool positive,
                  std::array<double, N>& out) {
         if (!list.IsDefined() || !list.IsSequence() || list.size() != N) {
-            remarks_.error(list.IsDefined() ? line_of(list) : line_,
-                           list.IsDefined() && list.IsSequence()
-                               ? fmt::format("{} has {} values", what, list.size())
-                               : fmt::format("{} is no list", what),
-                           fmt::format("write a list of {} numbers", N));
+            fault("C004", list.IsDefined() ? line_of(list) : line_,
+                  list.IsDefined() && list.IsSequence()
+                      ? fmt::format("{} has {} values", what, list.size())
+                      : fmt::format("{} is no list", what),
+                  fmt::format("write a list of {} numbers", N));
             return false;
         }
         std::size_t k = 0;
@@ -122,12 +133,12 @@ class SectionReader {
 
     bool is_list(const YAML::Node& node, const char* what, std::size_t values_each) {
         if (!node.IsSequence()) {
-            remarks_.error(line_of(node), fmt::format("{} is no list", what), "write a list");
+            fault("C004", line_of(node), fmt::format("{} is no list", what), "write a list");
             return false;
         }
         if (node.size() <= kMostCalibratedPoints * values_each) return true;
-        remarks_.error(line_of(node), fmt::format("{} has {} values", what, node.size()),
-                       fmt::format("at most {} points are read", kMostCalibratedPoints));
+        fault("C004", line_of(node), fmt::format("{} has {} values", what, node.size()),
+              fmt::format("at most {} points are read; keep fewer", kMostCalibratedPoints));
         return false;
     }
 
@@ -146,17 +157,18 @@ class SectionReader {
                 continue;
             }
             if (missing != nullptr) {
-                remarks_.warning(missing->line, fmt::format("{} has no ct_curve", missing->name),
-                                 fmt::format("that of {} is taken", name));
+                fault("C005", missing->line,
+                      fmt::format("{} has no ct_curve; that of {} is taken", missing->name, name));
             }
             calibration_.locus_line = line_of(points);
             pi ? read_curve(points) : read_gains(points);
             return;
         }
-        remarks_.error(missing == nullptr ? 1 : missing->line,
-                       "no grey locus: neither rpi.awb with a ct_curve nor Awb with colourGains",
-                       "sensors without one (monochrome, or without an infrared filter) cannot be "
-                       "imported; calibrate white balance first, or give a table");
+        fault(
+            "C002", missing == nullptr ? 1 : missing->line,
+            "no grey locus: neither rpi.awb with a ct_curve nor Awb with colourGains",
+            "calibrate white balance first, or give a table; sensors without a locus (monochrome, "
+            "or without an infrared filter) cannot be imported");
     }
 
     void read_curve(const YAML::Node& curve) {
@@ -170,8 +182,8 @@ class SectionReader {
             lines.push_back(line_of(element));
         }
         if (values.size() % 3 != 0) {
-            remarks_.error(line_of(curve), fmt::format("ct_curve has {} values", values.size()),
-                           "write three a point: CT, R/G, B/G");
+            fault("C004", line_of(curve), fmt::format("ct_curve has {} values", values.size()),
+                  "write three a point: CT, R/G, B/G");
             return;
         }
         for (std::size_t i = 0; i < values.size(); i += 3) {
@@ -198,10 +210,10 @@ class SectionReader {
         const YAML::Node list = found == nullptr ? YAML::Node(YAML::NodeType::Undefined)
                                                  : value_of(found->value, "ccms");
         if (!list.IsDefined()) {
-            remarks_.error(calibration_.matrices_line,
-                           "no colour matrices: neither rpi.ccm nor Ccm with ccms",
-                           "monochrome sensors have none and cannot be imported; calibrate the "
-                           "colour matrices first, or give a table");
+            fault("C002", calibration_.matrices_line,
+                  "no colour matrices: neither rpi.ccm nor Ccm with ccms",
+                  "calibrate the colour matrices first, or give a table; monochrome sensors have "
+                  "none and cannot be imported");
             return;
         }
         if (!is_list(list, "ccms", 1)) return;
@@ -220,7 +232,7 @@ class SectionReader {
     }
 
     Calibration& calibration_;
-    Remarks& remarks_;
+    Faults& faults_;
     std::vector<Section> sections_;
     int line_ = 1;  ///< of what is being read
 };
@@ -249,27 +261,34 @@ bool is_table(const std::string& text) {
 
 }  // namespace
 
-Calibration read_calibration(const std::string& text, Remarks& remarks) {
+Calibration read_calibration(const std::string& text, const std::string& file, Faults& faults) {
     Calibration calibration;
+    faults.set_place("", file, 0);
     if (text.size() > kLargestCalibrationText) {
-        remarks.error(0, "more than 16 MiB", "give a calibration");
+        faults.add(
+            {.code = "C001", .message = "more than 16 MiB", .suggestion = "give a calibration"});
         return calibration;
     }
     const std::string plain = text.substr(text.compare(0, 3, "\xef\xbb\xbf") == 0 ? 3 : 0);
-    if (is_table(plain)) return read_calibration_table(plain, remarks);
+    if (is_table(plain)) return read_calibration_table(plain, faults);
     const std::string blanked = blank_json_comments(plain);
     const bool json = opening_character(blanked) == '{';
     try {
         const std::string& yaml = json ? blanked : plain;
         if (const char* count = documents_if_not_one(yaml)) {
-            remarks.error(1, count, "give a file with one calibration");
+            faults.add({.code = "C001",
+                        .line = 1,
+                        .message = count,
+                        .suggestion = "give a file with one calibration"});
             return calibration;
         }
-        SectionReader(calibration, remarks).read(YAML::Load(yaml));
+        SectionReader(calibration, faults).read(YAML::Load(yaml));
     } catch (const YAML::Exception& error) {
-        remarks.error(error.mark.is_null() ? 1 : error.mark.line + 1,
-                      fmt::format("not readable as {}: {}", json ? "JSON" : "YAML", error.msg),
-                      "fix the syntax error");
+        faults.add(
+            {.code = "C001",
+             .line = error.mark.is_null() ? 1 : error.mark.line + 1,
+             .message = fmt::format("not readable as {}: {}", json ? "JSON" : "YAML", error.msg),
+             .suggestion = "fix the syntax error"});
     }
     return calibration;
 }

@@ -34,16 +34,17 @@ using Order = std::array<std::size_t, kColumns>;
 
 /// Where each of the twelve columns stands.
 std::optional<Order> read_header(const std::vector<std::string_view>& names, int line,
-                                 Remarks& remarks) {
+                                 Faults& faults) {
     Order order{};
     for (std::size_t k = 0; k < kColumns; ++k) {
         const auto found = std::find(names.begin(), names.end(), kNames[k]);
         if (found == names.end() || names.size() != kColumns) {
-            remarks.error(line,
-                          names.size() != kColumns
-                              ? fmt::format("the header has {} columns", names.size())
-                              : fmt::format("the header has no column {}", kNames[k]),
-                          fmt::format("a table starts with {}", kHeader));
+            faults.add({.code = "C004",
+                        .line = line,
+                        .message = names.size() != kColumns
+                                       ? fmt::format("the header has {} columns", names.size())
+                                       : fmt::format("the header has no column {}", kNames[k]),
+                        .suggestion = fmt::format("start the table with {}", kHeader)});
             return std::nullopt;
         }
         order[k] = static_cast<std::size_t>(found - names.begin());
@@ -52,18 +53,25 @@ std::optional<Order> read_header(const std::vector<std::string_view>& names, int
 }
 
 void read_row(const std::vector<std::string_view>& row, const Order& order, int line,
-              Calibration& calibration, Remarks& remarks) {
+              Calibration& calibration, Faults& faults) {
     if (row.size() != kColumns) {
-        remarks.error(line, fmt::format("a line of {} values", row.size()),
-                      fmt::format("a line holds {}", kHeader));
+        faults.add({.code = "C004",
+                    .line = line,
+                    .message = fmt::format("a line of {} values", row.size()),
+                    .suggestion = fmt::format("write a line of {}", kHeader)});
         return;
     }
     std::array<double, kColumns> values{};
     for (std::size_t k = 0; k < kColumns; ++k) {
         const std::optional<double> value = parse_real(row[order[k]]);
         if (!value || (k < 3 && *value <= 0.0)) {
-            remarks.error(line, fmt::format("{} is {}", kNames[k], quoted_value(row[order[k]])),
-                          k < 3 ? "write a number above 0" : "write a number");
+            faults.add({.code = "C003",
+                        .line = line,
+                        .path = std::string(kNames[k]),
+                        .message = "is " + quoted_value(row[order[k]]),
+                        .value = std::string(row[order[k]]),
+                        .allowed = k < 3 ? "a number above 0" : "a number",
+                        .suggestion = k < 3 ? "write a number above 0" : "write a number"});
             return;
         }
         values[k] = *value;
@@ -77,7 +85,7 @@ void read_row(const std::vector<std::string_view>& row, const Order& order, int 
 
 }  // namespace
 
-Calibration read_calibration_table(const std::string& text, Remarks& remarks) {
+Calibration read_calibration_table(const std::string& text, Faults& faults) {
     Calibration calibration;
     calibration.form = "table of gains and matrices";
     MemorySource source(text);
@@ -88,18 +96,20 @@ Calibration read_calibration_table(const std::string& text, Remarks& remarks) {
         if (line.empty() || line.front() == '#') continue;
         const auto number = static_cast<int>(lines.line());
         if (!order) {
-            order = read_header(cells(line), number, remarks);
+            order = read_header(cells(line), number, faults);
             if (!order) return calibration;
             calibration.locus_line = calibration.matrices_line = number;
             continue;
         }
         if (calibration.locus.size() == kMostCalibratedPoints) {
-            remarks.error(number, fmt::format("more than {} points", kMostCalibratedPoints),
-                          "keep fewer");
+            faults.add({.code = "C004",
+                        .line = number,
+                        .message = fmt::format("more than {} points", kMostCalibratedPoints),
+                        .suggestion = "keep fewer"});
             return calibration;
         }
-        read_row(cells(line), *order, number, calibration, remarks);
-        if (remarks.list().size() >= kMostCalibratedPoints) return calibration;
+        read_row(cells(line), *order, number, calibration, faults);
+        if (faults.list().size() >= kMostCalibratedPoints) return calibration;
     }
     return calibration;
 }

@@ -55,7 +55,7 @@ void Faults::add(Fault fault) {
         for (;;) {
             if (const auto found = places_.find(path); found != places_.end()) {
                 fault.file = found->second.file;
-                fault.line = found->second.line;
+                if (fault.line == 0) fault.line = found->second.line;
                 break;
             }
             if (path.empty()) break;

@@ -11,11 +11,11 @@
 
 namespace imgtune::workbench {
 
-/// One finding about a tuning or a file that should hold one.
+/// One finding about a tuning, a frame log or a calibration, or a file that should hold one.
 struct Fault {
     std::string code = {};        ///< of the rules: "T101"
     std::string file = {};        ///< filled in by Faults::add when empty
-    int line = 0;                 ///< from 1; 0: none
+    int line = 0;                 ///< from 1; 0: none, or that of the field's place
     std::string path = {};        ///< field, "ccm.rows.normal.2.gain"; empty: the whole file
     std::string message = {};     ///< what is said of the path: "is 3; allowed are 1..2"
     std::string value = {};       ///< the value alone, for programs
@@ -28,7 +28,7 @@ struct Fault {
     std::string sentence() const;
 };
 
-/// The findings about tunings, and where fields stand in the files they came from. Texts are fit
+/// The findings about inputs, and where fields stand in the files they came from. Texts are fit
 /// for a terminal whatever bytes they were made of.
 class Faults {
   public:

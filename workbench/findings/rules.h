@@ -8,8 +8,9 @@ namespace imgtune::workbench {
 
 enum class Severity { warning, error };
 
-/// A kind of finding. F: frame logs. T0..: the text cannot be read as a tuning; T1..: matrices;
-/// T2..: colour.
+/// A kind of finding. C: calibrations (C0..: their text; C1..: what they hold; C2..: what was asked
+/// for; C3..: tunings to be written as one). F: frame logs. T0..: the text cannot be read as a
+/// tuning; T1..: matrices; T2..: colour.
 struct Rule {
     const char* code;
     Severity severity;

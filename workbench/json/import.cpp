@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "workbench/json/findings.h"
+
 namespace imgtune::workbench {
 
 using Json = nlohmann::ordered_json;
@@ -22,18 +24,10 @@ Json all_of(const std::vector<PointError>& errors) {
 
 }  // namespace
 
-Json to_json(const Import& import, const Remarks& remarks) {
-    Json said = Json::array();
-    for (const Remark& remark : remarks.list()) {
-        said.push_back({{"severity", remark.is_error ? "error" : "warning"},
-                        {"line", remark.line},
-                        {"what", remark.what},
-                        {"advice", remark.advice}});
-    }
+Json to_json(const Import& import, const Faults& faults) {
     Json tuned = Json::array();
     for (const TunedPoint& point : import.kept) tuned.push_back(point.kelvin);
-    return {{"file", remarks.file()},
-            {"remarks", std::move(said)},
+    return {{"findings", to_json(faults)["findings"]},
             {"tuned_cts", std::move(tuned)},
             {"sets_tried", import.selection.tried},
             {"flash_ct", import.flash_tuned_kelvin},

@@ -7,9 +7,9 @@
 
 namespace imgtune::workbench {
 
-/// {file, remarks: [{severity, line, what, advice}], tuned_cts, sets_tried, flash_ct,
+/// {findings: as of `check`, tuned_cts, sets_tried, flash_ct,
 /// errors: [{ct, kept, largest_512ths, mean_ciede2000, largest_ciede2000}], other_method_errors}
-nlohmann::ordered_json to_json(const Import& import, const Remarks& remarks);
+nlohmann::ordered_json to_json(const Import& import, const Faults& faults);
 
 }  // namespace imgtune::workbench
 
