@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/common.h"
 #include "cli/phone_log.h"
@@ -33,6 +35,8 @@ std::string text_of(const LikelyCause& cause) {
             return "frames before it are missing in the log, or the phone's camera started anew";
         case TraceCause::version:
             return "the phone has another version of the library";
+        case TraceCause::log:
+            return "the line was damaged in the log: what is computed from the value agrees";
     }
     return "";
 }
@@ -48,6 +52,22 @@ std::string text_of(const TraceDifference& first) {
         first.phone, first.desk.empty() ? "(no such line)" : first.desk, text_of(first.cause));
 }
 
+/// Of those that fit a screen; the JSON form has all.
+std::string text_of(const std::vector<TracedField>& fields) {
+    constexpr std::size_t kMost = 20;
+    std::string text =
+        fmt::format("{} of the tuning seen to differ:\n", counted(fields.size(), "field"));
+    for (std::size_t i = 0; i < std::min(kMost, fields.size()); ++i) {
+        const TracedField& one = fields[i];
+        text += fmt::format("  {}: phone {}, desk {} (from frame {})\n", one.field, one.phone,
+                            one.desk, one.frame);
+    }
+    if (fields.size() > kMost) {
+        text += fmt::format("  and {} more; --json lists all\n", fields.size() - kMost);
+    }
+    return text;
+}
+
 std::string text_of(const Verification& result) {
     std::string text =
         fmt::format("{}, {} compared: {}\n", counted(result.frames, "frame"),
@@ -55,6 +75,11 @@ std::string text_of(const Verification& result) {
     if (result.first) {
         text += fmt::format("{} of the frames differ\n", result.differing_frames);
         text += text_of(*result.first);
+    }
+    if (!result.fields.empty()) text += text_of(result.fields);
+    if (!result.unused.empty()) {
+        text += fmt::format("not compared, as no frame of the log used it: {}\n",
+                            fmt::join(result.unused, ", "));
     }
     if (result.without_tuning > 0) {
         text += fmt::format("{} not compared: the tuning lacks their part\n",
@@ -83,7 +108,7 @@ int run_verify(const VerifyOptions& options) {
     TracedFrames frames(source, camera_of(options.log));
     Verifier verifier(tuning);
     for (TracedFrame frame; frames.next(frame);) verifier.add(frame);
-    const Verification& result = verifier.result();
+    const Verification result = verifier.result();
     tell_rest(source.name(), frames, result.frames);
     if (result.lines == 0) {
         throw BadInput(fmt::format("{}: nothing to compare: the tuning has no part for its calls",

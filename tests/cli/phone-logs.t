@@ -6,7 +6,7 @@ What a phone's log gives; the traces of a replay stand in for a phone's.
     adb shell setprop debug.smooth_ccm.enable 1
     adb shell setprop debug.smooth_color.dump 1
     $ imgtune props --off | tail -n 1; imgtune props | wc -l
-    adb shell setprop debug.smooth_color.dump.lsp 0
+    adb shell setprop debug.smooth_color.dump.cm 0
     15
     $ imgtune replay a.yaml walk.csv -o rows.csv 2> brief.log \
     >     $(imgtune props | sed 's/adb shell setprop \(.*\) \(.\)/--set \1=\2/')
@@ -18,9 +18,11 @@ What a phone's log gives; the traces of a replay stand in for a phone's.
     $ imgtune replay a.yaml walk.csv --fields 'c?,*.*' | cmp - again.csv
     $ imgtune verify a.yaml phone.log
     30 frames, 7440 trace lines compared: equal
+    not compared, as no frame of the log used it: ccm.rows.low_light, ccm.rows.flash, color.images.normal.0|1|2, color.tuning.scene, color.images.scene, color.tuning.flash, color.images.flash, color.images.outdoor.0|1|2
     $ imgtune props | sed 's/adb shell setprop \(.*\) \(.\)/\1=\2/' > on.txt
     $ IMGTUNE_PROPERTIES=on.txt imgtune replay a.yaml walk.csv -o rows.csv 2>&1 | imgtune verify a.yaml -
     30 frames, 7440 trace lines compared: equal
+    not compared, as no frame of the log used it: ccm.rows.low_light, ccm.rows.flash, color.images.normal.0|1|2, color.tuning.scene, color.images.scene, color.tuning.flash, color.images.flash, color.images.outdoor.0|1|2
     $ sed 's/weights: \[2,/weights: [3,/' a.yaml > b.yaml
     $ imgtune verify b.yaml - < phone.log
     30 frames, 7440 trace lines compared: different
@@ -30,7 +32,15 @@ What a phone's log gives; the traces of a replay stand in for a phone's.
         phone  2
         desk   3
       likely cause: the phone's camera stack passes other settings (caller.weights)
+    not compared, as no frame of the log used it: ccm.rows.low_light, ccm.rows.flash, color.images.normal.0|1|2, color.tuning.scene, color.images.scene, color.tuning.flash, color.images.flash, color.images.outdoor.0|1|2
     [1]
+    $ sed 's/hue_speed: .*/hue_speed: 1/' a.yaml > c.yaml
+    $ imgtune verify c.yaml phone.log | grep -A 9 'seen to differ'
+    1 field of the tuning seen to differ:
+      color.tuning.normal.hue_speed: phone 002, desk 001 (from frame 1)
+    not compared, as no frame of the log used it: ccm.rows.low_light, ccm.rows.flash, color.images.normal.0|1|2, color.tuning.scene, color.images.scene, color.tuning.flash, color.images.flash, color.images.outdoor.0|1|2
+    $ imgtune verify c.yaml phone.log --json | python3 -c 'import json, sys; print(json.load(sys.stdin)["differing_fields"])'
+    [{'field': 'color.tuning.normal.hue_speed', 'phone': '002', 'desk': '001', 'frame': 1}]
     $ imgtune verify a.yaml walk.csv
     imgtune: walk.csv: none of its 31 lines is a trace of the library; 'imgtune props' tells how to switch it on, and the forms brief, tag, time, threadtime and long can be read
     [2]

@@ -185,7 +185,47 @@ TEST(PhoneLog, OneChangedBitIsFoundAndNamed) {
         EXPECT_EQ(result.first->desk, c.desk);
         EXPECT_EQ(result.first->cause.cause, c.cause);
         EXPECT_EQ(result.first->cause.field, c.field);
+        EXPECT_EQ(result.fields.size(), c.cause == TraceCause::tuning ? 1U : 0U);
+        for (const TracedField& one : result.fields) EXPECT_EQ(one.field, c.field);
     }
+}
+
+TEST(PhoneLog, AllFieldsThatDifferAndPartsThatNoFrameUsesAreNamed) {
+    Tuning tuning = tuning_with_outdoor_images();
+    tuning.ccm.i4Method = 1;
+    Tuning changed = tuning;
+    changed.ccm.rCCM_Nvram[0][1].u4Word[0] ^= 1;
+    changed.pca[0].hue_speed ^= 1;
+    changed.color[3][1].u4Word[6] ^= 3;
+    changed.ccm.rCCMPoly22Flash.i4P10[8] ^= 1;
+    changed.color[1][4].u4Word[6] ^= 1;  // for light that no frame shows
+    std::vector<Frame> frames = walk();
+    const Verification result = verify(changed, log_of(traces_of(tuning, frames), kThreadtime));
+    Lines fields;
+    for (const TracedField& one : result.fields) fields.push_back(one.field);
+    EXPECT_EQ(fields, (Lines{"ccm.rows.normal.1.matrix[0]", "color.tuning.normal.hue_speed",
+                             "color.images.outdoor.1.Luma.PY[0]", "ccm.rCCMPoly22Flash.i4P10[8]"}));
+    EXPECT_EQ(result.fields.back().frame, 4U);
+    EXPECT_EQ(result.unused, (Lines{"color.images.normal.2|3|4", "color.images.scene.2|3|4",
+                                    "color.images.flash.0|3|4", "color.images.outdoor.2|3|4"}));
+    frames.resize(2);
+    EXPECT_EQ(verify(tuning, log_of(traces_of(tuning, frames), kThreadtime)).unused,
+              (Lines{"ccm.rows.low_light", "ccm.rows.flash", "ccm.rCCMPoly22Flash",
+                     "color.images.normal.2|3|4", "color.tuning.scene", "color.images.scene",
+                     "color.tuning.flash", "color.images.flash", "color.images.outdoor.2|3|4"}));
+}
+
+TEST(PhoneLog, ADamagedLineIsNotBlamedOnTheTuning) {
+    const Tuning tuning = make_tuning();
+    std::vector<Lines> traces = traces_of(tuning, walk());
+    for (std::string& line : traces[1]) {
+        if (line.starts_with("Clipped AWB")) line = "Clipped AWB full Gain = (905, 512, 1050)";
+    }
+    const Verification result = verify(tuning, log_of(traces, kThreadtime));
+    ASSERT_TRUE(result.first);
+    EXPECT_EQ(result.first->value, "Clipped AWB full Gain[0]");
+    EXPECT_EQ(result.first->cause.cause, TraceCause::log);
+    EXPECT_TRUE(result.fields.empty());
 }
 
 TEST(PhoneLog, WhatLiesBeyondTheHighestGainIsNotHeldAgainstThePhone) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
@@ -11,7 +13,7 @@
 #include "workbench/json/explanation.h"
 #include "workbench/studies/explanation.h"
 #include "workbench/studies/resting.h"
-#include "workbench/trace/trace_lines.h"
+#include "workbench/trace/trace_grammar.h"
 #include "workbench/tuning/stall.h"
 
 namespace imgtune::workbench {
@@ -169,10 +171,12 @@ TEST(Explain, TellsClippedClampedAndWrappedValues) {
 }
 
 TEST(Explain, PolynomialNumbersAreReadInAnyLocale) {
-    EXPECT_EQ(reals_of("(-1.500000, nan, 3) -inf 12.25").size(), 5U);
-    EXPECT_EQ(reals_of("x = (-1.500000)"), std::vector<double>{-1.5});
-    EXPECT_EQ(integers_of("CT1 = (4,-5), 99999999999999999999"),
-              (std::vector<std::int64_t>{1, 4, -5}));
+    const TraceLine line = parse_trace_line("rCCMPoly22.i4P00[9] = (-1.500000, nan, -inf, 12.25)");
+    ASSERT_EQ(line.values.size(), 4U);
+    EXPECT_EQ(line.values[0].real(), -1.5);
+    EXPECT_TRUE(std::isnan(line.values[1].real()));
+    EXPECT_EQ(line.values[2].real(), -std::numeric_limits<double>::infinity());
+    EXPECT_EQ(line.values[3].real(), 12.25);
 }
 
 TEST(Explain, LeavesCameraAndSwitchesAsTheyWere) {

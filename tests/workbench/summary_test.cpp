@@ -14,7 +14,6 @@
 #include "workbench/studies/settling.h"
 #include "workbench/studies/summary.h"
 #include "workbench/trace/trace_capture.h"
-#include "workbench/trace/trace_lines.h"
 
 namespace imgtune::workbench {
 namespace {

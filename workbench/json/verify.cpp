@@ -14,6 +14,8 @@ const char* name_of(TraceCause cause) {
             return "state";
         case TraceCause::version:
             return "version";
+        case TraceCause::log:
+            return "log";
     }
     return "";
 }
@@ -29,7 +31,9 @@ Json to_json(const Verification& verification) {
                  {"lines_missing", verification.missing_lines},
                  {"state_taken", verification.state_taken},
                  {"other_ct_grid", verification.other_grid},
-                 {"first_difference", nullptr}};
+                 {"first_difference", nullptr},
+                 {"differing_fields", Json::array()},
+                 {"unused", verification.unused}};
     if (verification.first) {
         const TraceDifference& first = *verification.first;
         json["first_difference"] = {{"frame", first.frame},
@@ -40,6 +44,12 @@ Json to_json(const Verification& verification) {
                                     {"desk", first.desk.empty() ? Json() : Json(first.desk)},
                                     {"likely_cause", name_of(first.cause.cause)},
                                     {"field", first.cause.field}};
+    }
+    for (const TracedField& field : verification.fields) {
+        json["differing_fields"].push_back({{"field", field.field},
+                                            {"phone", field.phone},
+                                            {"desk", field.desk},
+                                            {"frame", field.frame}});
     }
     return json;
 }

@@ -24,50 +24,32 @@ const ColorField* find_field(std::string_view name) {
     return nullptr;
 }
 
-/// A row of values that a block traces, and the field that holds them.
-struct TracedRow {
-    const char* function;
-    const char* label;  ///< in the trace: "PY"
-    const char* field;  ///< "Luma.PY"
-};
-constexpr TracedRow kTracedRows[] = {
-    {"InterParamPartialY", "PY", "Luma.PY"},
-    {"InterParamPartialH", "PH", "Hue.PH"},
-    {"InterParamPartialS", "SP1", "Saturation.SP1"},
-    {"InterParamPartialS", "SP2", "Saturation.SP2"},
-    {"InterParamPartialS", "SG1", "Saturation.SG1"},
-    {"InterParamPartialS", "SG2", "Saturation.SG2"},
-    {"InterParamPartialS", "SG3", "Saturation.SG3"},
-    {"InterParamSGainByY", "SGY0", "SGainByY.SGY0"},
-    {"InterParamSGainByY", "SGY64", "SGainByY.SGY64"},
-    {"InterParamSGainByY", "SGY128", "SGainByY.SGY128"},
-    {"InterParamSGainByY", "SGY192", "SGainByY.SGY192"},
-    {"InterParamSGainByY", "SGY256", "SGainByY.SGY256"},
-    {"InterParamLSP", "LSP1", "LSP.LSP1"},
-    {"InterParamLSP", "LSP2", "LSP.LSP2"},
-};
-constexpr std::pair<const char*, std::vector<std::int64_t> ColorRow::*> kStages[] = {
-    {"Low", &ColorRow::lower},
-    {"High", &ColorRow::upper},
-    {"Tgt", &ColorRow::target},
-    {"Out", &ColorRow::written}};
+constexpr std::pair<Stage, std::vector<std::int64_t> ColorRow::*> kStages[] = {
+    {Stage::low, &ColorRow::lower},
+    {Stage::high, &ColorRow::upper},
+    {Stage::target, &ColorRow::target},
+    {Stage::written, &ColorRow::written}};
 
-std::vector<ColorRow> find_rows(const TraceLines& trace) {
+/// All rows but those of the colour map, which moves as a whole; values of a name each get a row.
+std::vector<ColorRow> find_rows(const Trace& trace) {
     std::vector<ColorRow> rows;
-    for (std::size_t k = 0; k < 3; ++k) {
-        ColorRow& row = rows.emplace_back();
-        row.field = fmt::format("Global.{}", "BCS"[k]);
-        for (const auto& [stage, values] : kStages) {
-            const auto all = trace.integers(fmt::format("[InterParamGlobal()] ({})", stage));
-            if (all.size() == 3) row.*values = {all[k]};
+    for (const ColorLine& line : kColorLines) {
+        const auto written = trace.find(line, Stage::written);
+        const bool named = written && written->has_keys();
+        const std::size_t first = rows.size();
+        if (std::string_view(line.field).starts_with("ColorMap")) continue;
+        rows.resize(first + (named ? written->values.size() : 1));
+        for (std::size_t k = first; k < rows.size(); ++k) {
+            rows[k].field = named ? written->field_of(k - first) : std::string(line.field);
         }
-    }
-    for (const TracedRow& traced : kTracedRows) {
-        ColorRow& row = rows.emplace_back();
-        row.field = traced.field;
         for (const auto& [stage, values] : kStages) {
-            row.*values =
-                trace.integers(fmt::format("[{}()] {}_{}", traced.function, traced.label, stage));
+            const auto found = trace.find(line, stage);
+            if (!found) continue;
+            const std::vector<std::int64_t> all = found->integers();
+            if (!named) rows[first].*values = all;
+            for (std::size_t k = 0; named && k < std::min(all.size(), rows.size() - first); ++k) {
+                rows[first + k].*values = {all[k]};
+            }
         }
     }
     return rows;
@@ -147,7 +129,7 @@ void find_clamped_gains(const Interpolation& between, const ColorExplanation& to
     TraceCapture capture({"debug.smooth_color.lvdump.sat"});
     Image scratch{};
     InterParamByLVPartialS(param, between.upper, between.lower, scratch);
-    const TraceLines unclamped(std::exchange(capture.lines(), {}));
+    const Trace unclamped(capture.lines());
     for (const ColorRow& row : told.rows) {
         constexpr std::string_view kGains = "Saturation.SG";
         if (!std::string_view(row.field).starts_with(kGains)) continue;
@@ -173,46 +155,43 @@ bool map_is_from_upper(const Interpolation& between) {
     return image.u4Word[71] == 1;
 }
 
-void read_bracket(const TraceLines& trace, ColorExplanation& told) {
-    const auto driver = [&](const char* name) { return trace.named("[SmoothCOLOR()]", name); };
+void read_bracket(const Trace& trace, ColorExplanation& told) {
+    const auto driver = [&](const char* name) { return trace.named("SmoothCOLOR", name); };
     told.slot = driver("SceneMode");
     told.upper_index = driver("eUpperIdx");
     told.upper_kelvin = driver("u4UpperCT");
     told.lower_index = driver("eLowerIdx");
     told.lower_kelvin = driver("u4LowerCT");
-    told.locked = trace.has("[SmoothCOLOR()] Force Lock");
+    told.locked = trace.has(color_label::kLocked);
 }
 
-void read_weights(const TraceLines& trace, ColorExplanation& told) {
-    const auto block = [&](const char* function, const char* name) {
-        return trace.named(fmt::format("[{}()]", function), name);
-    };
-    told.real_mired = block("InterParamPartialS", "u4RealCT");
-    told.upper_mired = block("InterParamPartialS", "u4UpperCT");
-    told.lower_mired = block("InterParamPartialS", "u4LowerCT");
+void read_weights(const Trace& trace, ColorExplanation& told) {
+    told.real_mired = trace.named("InterParamPartialS", "u4RealCT");
+    told.upper_mired = trace.named("InterParamPartialS", "u4UpperCT");
+    told.lower_mired = trace.named("InterParamPartialS", "u4LowerCT");
     const auto real = static_cast<std::int32_t>(told.real_mired);
     const auto upper = static_cast<std::int32_t>(told.upper_mired);
     const auto lower = static_cast<std::int32_t>(told.lower_mired);
     told.lower_alone = IsCCTBoundary(real, upper, lower) == 1;
     told.upper_share = InterParamByCT(real, upper, lower, 1000, 0) / 1000.0;
-    told.outdoor = trace.has("[SmoothCOLOR()] Outdoor mode");
+    told.outdoor = trace.has(color_label::kOutdoor);
     if (told.outdoor) {
-        told.outdoor_ratio = block("InterParamByLVGlobal", "u4OutdoorRatio");
-        told.outdoor_base = block("InterParamByLVGlobal", "u4OutdoorBase");
+        told.outdoor_ratio = trace.named("InterParamByLVGlobal", "u4OutdoorRatio");
+        told.outdoor_base = trace.named("InterParamByLVGlobal", "u4OutdoorBase");
     }
-    told.saturation_ratio = block("InterParamPartialS", "u4Ratio");
-    const auto lsp = trace.integers("[SmoothCOLOR()] LSP = ");
+    told.saturation_ratio = trace.named("InterParamPartialS", "u4Ratio");
+    const auto lsp = trace.integers(color_label::kLsp);
     told.lsp_light = !lsp.empty() && lsp.front() == 1;
     told.lsp_enabled = !lsp.empty() && lsp.back() == 1;
-    told.at_once = block("InterParamGlobal", "IsCapture") == 1;
-    told.luma_step = block("InterParamGlobal", "lum_speed");
-    told.hue_step = block("InterParamPartialH", "u4Step");
-    told.saturation_step = block("InterParamGlobal", "sat_speed");
+    told.at_once = trace.named("InterParamGlobal", "IsCapture") == 1;
+    told.luma_step = trace.named("InterParamGlobal", "lum_speed");
+    told.hue_step = trace.named("InterParamPartialH", "u4Step");
+    told.saturation_step = trace.named("InterParamGlobal", "sat_speed");
 }
 
 }  // namespace
 
-ColorExplanation explain_color(const TraceLines& trace, const Tuning& tuning, const Image& image) {
+ColorExplanation explain_color(const Trace& trace, const Tuning& tuning, const Image& image) {
     ColorExplanation told;
     read_bracket(trace, told);
     if (told.locked) return told;

@@ -9,45 +9,32 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr const char* kPassEnd = "rCCM_Output after interpolation = ";
-constexpr const char* kAverage = "rCCM_Output after averaging = ";
-
-template <std::size_t count>
-std::array<std::int64_t, count> values(const TraceLines& trace, std::string_view beginning) {
-    const auto found = trace.integers(beginning);
-    std::array<std::int64_t, count> numbers{};
-    std::copy_n(found.begin(), std::min(found.size(), count), numbers.begin());
-    return numbers;
-}
-
-std::optional<CtBlend> find_blend(const TraceLines& pass, std::int64_t position) {
+std::optional<CtBlend> find_blend(const Trace& pass, std::int64_t position) {
     if (position < 0 || position >= kAboveHighestCt) return std::nullopt;
     CtBlend blend;
     for (std::size_t i = 0; i < blend.distances.size(); ++i) {
-        blend.distances[i] = pass.real(fmt::format("range {} = ", i));
+        blend.distances[i] = pass.real(fmt::format("range {}", i));
     }
-    const auto last = [&](std::string_view beginning) {
-        const auto found = pass.reals(beginning);
-        return found.empty() ? 0.0 : found.back();
-    };
-    blend.coarse_weight = last("Coarse Blending Ratio");
-    blend.fine_weight = last("Finer Blending Ratio");
+    blend.coarse_weight = pass.real(ccm_label::kCoarseWeight);
+    blend.fine_weight = pass.real(ccm_label::kFineWeight);
     return blend;
 }
 
 /// One pass of projection and generation.
-MatrixPass explain_pass(const TraceLines& pass) {
+MatrixPass explain_pass(const Trace& pass) {
     MatrixPass told;
-    if (pass.has("Proj AWB Gain = ")) told.projected_gain = values<3>(pass, "Proj AWB Gain = ");
-    if (pass.has("Estimated CT position = ")) {
-        told.ct_position = pass.integer("Estimated CT position = ");
+    if (pass.has(ccm_label::kProjectedGain)) {
+        told.projected_gain = pass.array<3>(ccm_label::kProjectedGain);
+    }
+    if (pass.has(ccm_label::kCtPosition)) {
+        told.ct_position = pass.integer(ccm_label::kCtPosition);
         told.blend = find_blend(pass, *told.ct_position);
     }
-    if (pass.has("rCCMPoly22.i4R_AVG = ")) {
-        told.polynomial = {pass.real("rCCMPoly22.i4R_AVG = "), pass.real("rCCMPoly22.i4R_STD = "),
-                           pass.real("rCCMPoly22.i4B_AVG = "), pass.real("rCCMPoly22.i4B_STD = ")};
+    if (pass.has(ccm_label::kPolynomial)) {
+        told.polynomial = {pass.real("rCCMPoly22.i4R_AVG"), pass.real("rCCMPoly22.i4R_STD"),
+                           pass.real("rCCMPoly22.i4B_AVG"), pass.real("rCCMPoly22.i4B_STD")};
     }
-    told.matrix = values<9>(pass, kPassEnd);
+    told.matrix = pass.array<9>(ccm_label::kInterpolated);
     return told;
 }
 
@@ -70,27 +57,27 @@ std::vector<WrappedValue> wrapped_values(const MatrixExplanation& told) {
 
 }  // namespace
 
-MatrixExplanation explain_matrix(const TraceLines& trace, const TraceLines& unaveraged,
+MatrixExplanation explain_matrix(const Trace& trace, const Trace& unaveraged,
                                  const std::array<std::int32_t, 9>& written) {
-    const auto [main_pass, rest] = trace.split_after(kPassEnd);
     MatrixExplanation told;
-    told.method = trace.integer("Method = ");
-    told.ct_count = trace.integer("Number of CT = ");
-    told.full_gain = trace.integer("Fullgain = ") == 1;
-    told.gain = values<3>(trace, "Input AWB full Gain = ");
-    told.clipped_low = trace.has("Clipped low");
-    told.clipped_high = trace.has("Clipped high");
-    told.clipped_gain = values<3>(trace, "Clipped AWB full Gain = ");
-    told.lv_row = trace.integer("LVpos = ");
-    told.pass = explain_pass(main_pass);
-    if (trace.has("LV_blend ratio = ")) {
-        told.low_light = {explain_pass(rest), trace.real("LV_blend ratio = "),
-                          values<9>(unaveraged, kAverage)};
+    told.method = trace.integer(ccm_label::kMethod);
+    told.ct_count = trace.integer(ccm_label::kCtCount);
+    told.full_gain = trace.integer(ccm_label::kFullGain) == 1;
+    told.gain = trace.array<3>(ccm_label::kGain);
+    told.clipped_low = trace.has(ccm_label::kClippedLow);
+    told.clipped_high = trace.has(ccm_label::kClippedHigh);
+    told.clipped_gain = trace.array<3>(ccm_label::kClippedGain);
+    told.lv_row = trace.integer(ccm_label::kLvRow);
+    told.pass = explain_pass(trace.before(ccm_label::kInterpolated));
+    if (trace.has(ccm_label::kLowLightWeight)) {
+        told.low_light = {explain_pass(trace.after(ccm_label::kInterpolated)),
+                          trace.real(ccm_label::kLowLightWeight),
+                          unaveraged.array<9>(ccm_label::kAverage)};
     }
-    told.weights = trace.integers("Coef1, Coef2, Coef3 = ");
-    told.ring = {values<9>(trace, "Temporal CCM 0 = "), values<9>(trace, "Temporal CCM 1 = ")};
-    told.average = values<9>(trace, kAverage);
-    told.gamut = trace.integer("PQ type = ");
+    told.weights = trace.integers(ccm_label::kWeights);
+    told.ring = {trace.array<9>(ccm_label::kRing0), trace.array<9>(ccm_label::kRing1)};
+    told.average = trace.array<9>(ccm_label::kAverage);
+    told.gamut = trace.integer(ccm_label::kGamut);
     std::copy(written.begin(), written.end(), told.written.begin());
     told.wrapped = wrapped_values(told);
     return told;

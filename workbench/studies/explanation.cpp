@@ -10,18 +10,18 @@ namespace imgtune::workbench {
 namespace {
 
 /// What the next call of a camera traces; the camera itself is not moved.
-TraceLines trace_of(Camera camera, const Frame& frame, const std::vector<std::string>& switches) {
+std::vector<std::string> trace_of(Camera camera, const Frame& frame,
+                                  const std::vector<std::string>& switches) {
     TraceCapture capture(switches);
     camera.run(frame);
-    return TraceLines(std::exchange(capture.lines(), {}));
+    return std::exchange(capture.lines(), {});
 }
 
 }  // namespace
 
 Explanation explain_frame(Camera& camera, const Frame& frame) {
-    std::vector<std::string> switches = color_switches();
-    switches.insert(switches.end(), kCcmSwitches.begin(), kCcmSwitches.end());
-    const TraceLines trace = trace_of(camera, frame, switches);
+    const std::vector<std::string> lines = trace_of(camera, frame, trace_switches(false));
+    const Trace trace(lines);
     Camera unaveraged = camera;
     unaveraged.set_weights({1, 0, 0});
 
@@ -32,8 +32,8 @@ Explanation explain_frame(Camera& camera, const Frame& frame) {
     told.registers = camera.registers();
     told.caller = camera.tuning().caller;
     if (camera.jobs().ccm) {
-        told.ccm = explain_matrix(trace, trace_of(unaveraged, frame, kCcmSwitches),
-                                  decode(camera.ccm(), told.caller));
+        const auto without_ring = trace_of(unaveraged, frame, kCcmSwitches);
+        told.ccm = explain_matrix(trace, Trace(without_ring), decode(camera.ccm(), told.caller));
     }
     if (camera.jobs().color) told.color = explain_color(trace, camera.tuning(), camera.color());
     return told;

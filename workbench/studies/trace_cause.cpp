@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 #include <string_view>
 
 #include "workbench/trace/traced_frames.h"
@@ -12,159 +13,115 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr std::string_view kDriver = "SmoothCOLOR ";
-
-/// What a line's first numbers are; empty when the call has no such line.
-std::vector<std::int64_t> numbers_after(const TracedCall& call, std::string_view beginning) {
-    for (const std::string& line : call.lines) {
-        if (std::string_view(line).starts_with(beginning)) return trace_numbers(line);
-    }
-    return {};
+void replace_part(std::string& text, std::string_view part, std::string_view by) {
+    const std::size_t at = text.find(part);
+    if (at != std::string::npos) text.replace(at, part.size(), by);
 }
 
-bool flash_row(const TracedCall& call) {
-    const auto flash = numbers_after(call, "Flash mode = ");
-    return !flash.empty() && flash[0] != 0;
+/// The row's name of its traced number; "?" for one that is none.
+std::string row_name(std::string_view number) {
+    std::size_t row = std::size(kRowNames);
+    std::from_chars(number.data(), number.data() + number.size(), row);
+    return row < std::size(kRowNames) ? kRowNames[row] : "?";
 }
 
-/// What a line that begins so says when it differs.
-struct CauseRule {
-    std::string_view beginning;
-    TraceCause cause;
-    std::string_view field;
-};
-constexpr CauseRule kCcmCauses[] = {
-    {"Fullgain", TraceCause::caller, "caller.full_gain"},
-    {"Coef1, ", TraceCause::caller, "caller.weights"},
-    {"Method", TraceCause::tuning, "ccm.i4Method"},
-    {"Number of CT", TraceCause::tuning, "ccm.i4NumCT"},
-    {"Number of LV", TraceCause::tuning, "ccm.i4NumLV"},
-    {"Number of Flash", TraceCause::tuning, "ccm.i4NumFlash"},
-    {"PQ type", TraceCause::tuning, "ccm.i4PQType"},
-    {"Temporal CCM", TraceCause::state, ""},
-    {"LVpos", TraceCause::version, ""},
-    {"LV postion", TraceCause::version, ""},
-    {"LV_blend", TraceCause::version, ""},
-    {"rCCM_Output", TraceCause::version, ""},
-};
-
-LikelyCause ccm_cause(const TracedCall& call, const LineDifference& difference) {
-    const std::string& name = difference.name;
-    for (const CauseRule& rule : kCcmCauses) {
-        if (name.starts_with(rule.beginning)) return {rule.cause, std::string(rule.field)};
-    }
-    if (name.starts_with("rCCMPoly22.")) {  // "rCCMPoly22.i4P00[9][3]": the count, then the index
-        std::string field = "ccm." + name;
-        if (const std::size_t count = field.find("[9]"); count != std::string::npos) {
-            field.erase(count, 3);
-        }
-        if (flash_row(call)) field.replace(0, 14, "ccm.rCCMPoly22Flash");
-        return {TraceCause::tuning, field};
-    }
-    if (name.starts_with("LV_0") && name.size() > 8) {  // "LV_06_CT3_rCCM_Nvram[8]"
-        const auto row = static_cast<std::size_t>(name[4] - '0') % 8;
-        return {TraceCause::tuning, fmt::format("ccm.rows.{}.{}.matrix[{}]", kRowNames[row],
-                                                name[8], difference.value)};
-    }
-    // Clipping and projection: the tuned gains are not traced themselves.
-    const auto row = std::find_if(call.lines.begin(), call.lines.end(), [](std::string_view line) {
-        return line.starts_with("LV_blend ratio");
-    });
-    if (flash_row(call)) return {TraceCause::tuning, "ccm.rows.flash.*.gain"};
-    return {TraceCause::tuning, row == call.lines.end()
-                                    ? "ccm.rows.normal.*.gain"
-                                    : "ccm.rows.normal.*.gain or ccm.rows.low_light.*.gain"};
+/// "i4P00[9]" and its fourth value, or "i4R_AVG" and its only one, as fields.
+std::string polynomial_field(std::string_view rest, std::size_t value) {
+    const std::size_t count = rest.find('[');
+    if (count == std::string_view::npos) return std::string(rest);
+    return fmt::format("{}[{}]", rest.substr(0, count), value);
 }
 
-/// "PY_Low[3]" of the luma block is "Luma.PY[3]" of an image.
-std::string field_of_image(std::string_view function, std::string name) {
-    for (const char* kind : {"_Low", "_High", "(Low) ", "(High) "}) {
-        const std::size_t at = name.find(kind);
-        if (at != std::string::npos) name.erase(at, std::string_view(kind).size());
+LikelyCause ccm_cause(const TracedCall& call, const LineDifference& difference, bool alone) {
+    std::array<std::string_view, 2> parts;
+    const std::string_view label = trace_label(call.lines[difference.line]);
+    const CcmLine* line = find_ccm_line(label, &parts);
+    if (line == nullptr) return {};
+    const Trace trace(call.lines);
+    // What is computed from the clipped gain would differ, too.
+    if (alone && label == ccm_label::kClippedGain && trace.has(ccm_label::kProjectedGain)) {
+        return {TraceCause::log, "", false};
     }
-    if (function == "InterParam3DLUT") {
-        std::replace(name.begin(), name.end(), '_', '.');
-        std::replace(name.begin(), name.end(), ' ', '.');
-        if (const auto blanks = name.find(".."); blanks != std::string::npos) name.erase(blanks, 1);
-        if (name.starts_with("CTRL.")) name.erase(0, 5);
-        // The names of these three have an underline of their own.
-        for (const std::string word : {"WGR.EN", "INK.EN", "INK.DELTA", "INK.CH"}) {
-            const std::size_t at = name.find(word);
-            if (at != std::string::npos) name[at + 3] = '_';
-        }
-        return "ColorMap." + name;
-    }
-    const auto in = [&](std::string_view part) { return function.ends_with(part); };
-    if (in("Global")) return "Global." + name;
-    if (in("PartialY")) return "Luma." + name;
-    if (in("PartialH")) return "Hue." + name;
-    if (in("LSP")) return "LSP." + name;
-    return (in("SGainByY") ? "SGainByY." : "Saturation.") + name;
+    const bool flash = trace.integer(ccm_label::kFlash) != 0;
+    const char* gains = flash                                   ? "ccm.rows.flash.*.gain"
+                        : trace.has(ccm_label::kLowLightWeight) ? "ccm.rows.normal.*.gain or "
+                                                                  "ccm.rows.low_light.*.gain"
+                                                                : "ccm.rows.normal.*.gain";
+    LikelyCause found{line->cause, std::string(line->field), line->tells_field};
+    replace_part(found.field, kTunedGains, gains);
+    replace_part(found.field, "{Flash}", flash ? "Flash" : "");
+    replace_part(found.field, "{rest}", polynomial_field(parts[0], difference.value));
+    replace_part(found.field, "{row}", row_name(parts[0]));
+    replace_part(found.field, "{ct}", parts[1]);
+    replace_part(found.field, "{value}", std::to_string(difference.value));
+    return found;
 }
 
-/// The images of the call that a block's Low or High line comes from.
+/// The slot of a colour call's tables; empty where its line is missing or says nonsense.
+std::string slot_of(const Trace& trace) {
+    const auto light = trace.integers(color_label::kLight);
+    if (light.size() < 2 || light[1] < 0 || light[1] > 2) return "";
+    return kSlotNames[static_cast<std::size_t>(light[1])];
+}
+
+/// The image or images of the call that a block's line comes from.
 std::string image_of(const TracedCall& call, const LineDifference& difference,
-                     std::string_view function, bool high) {
-    const auto cts = numbers_after(call, "[SmoothCOLOR()] u4RealCT = ");
-    const auto light = numbers_after(call, "[SmoothCOLOR()] u4RealLV = ");
-    if (cts.size() < 5 || light.size() < 2 || light[1] < 0 || light[1] > 2) return "color.images";
-    const std::string slot = kSlotNames[static_cast<std::size_t>(light[1])];
-    const bool outdoor = std::any_of(
-        call.lines.begin(), call.lines.end(),
-        [](const std::string& line) { return line == "[SmoothCOLOR()] Outdoor mode !!"; });
+                     const TraceLine& line) {
+    const Trace trace(call.lines);
+    const std::string slot = slot_of(trace);
+    const auto cts = trace.integers(color_label::kBracket);
+    if (cts.size() < 5 || slot.empty()) return "color.images";
     const std::int64_t upper = cts[3];
     const std::int64_t lower = cts[4];
-    if (function.starts_with("InterParamByLV")) {
+    const bool high = line.stage == Stage::high;
+    if (line.by_lv) {
         // The upper image's blend comes first.
         const auto end = call.lines.begin() + static_cast<std::ptrdiff_t>(difference.line);
-        const std::string_view label = trace_label(*end);
-        const bool second = std::any_of(call.lines.begin(), end, [&](const std::string& line) {
-            return trace_label(line) == label;
+        const bool second = std::any_of(call.lines.begin(), end, [&](const std::string& earlier) {
+            return trace_label(earlier) == line.label;
         });
         return fmt::format("color.images.{}.{}", high ? kSlotNames[kOutdoorSlot] : slot,
                            second ? lower : upper);
     }
-    const std::string either = outdoor ? slot + "|" + kSlotNames[kOutdoorSlot] : slot;
-    if (function == "InterParam3DLUT" && upper != lower) {
+    const std::string either =
+        trace.has(color_label::kOutdoor) ? slot + "|" + kSlotNames[kOutdoorSlot] : slot;
+    if (line.stage == Stage::none && upper != lower) {
         return fmt::format("color.images.{}.{}|{}", either, upper, lower);
     }
     return fmt::format("color.images.{}.{}", either, high ? upper : lower);
 }
 
 LikelyCause color_cause(const TracedCall& call, const LineDifference& difference) {
-    const std::string& name = difference.name;
-    if (name.starts_with(kDriver)) {
-        if (!name.starts_with("SmoothCOLOR In Ram[")) return {};
-        const auto light = numbers_after(call, "[SmoothCOLOR()] u4RealLV = ");
-        if (light.size() < 2 || light[1] < 0 || light[1] > 2) return {TraceCause::tuning, ""};
-        return {TraceCause::tuning,
-                fmt::format("color.tuning.{}.{}", kSlotNames[static_cast<std::size_t>(light[1])],
-                            kSmoothingRecord.fields[difference.value].name)};
+    const TraceLine line = parse_trace_line(call.lines[difference.line]);
+    if (line.label == color_label::kSmoothing) {
+        const std::string slot = slot_of(Trace(call.lines));
+        if (slot.empty() || difference.value >= kSmoothingRecord.fields.size()) {
+            return {TraceCause::tuning, "", false};
+        }
+        return {
+            TraceCause::tuning,
+            fmt::format("color.tuning.{}.{}", slot, kSmoothingRecord.fields[difference.value].name),
+            true};
     }
-    const std::string_view function = std::string_view(name).substr(0, name.find(' '));
-    const std::string value = name.substr(std::min(function.size() + 1, name.size()));
-    const bool high = value.find("High") != std::string::npos;
-    const bool map = function == "InterParam3DLUT" && !value.starts_with("u4");
-    if (high || map || value.find("Low)") != std::string::npos ||
-        value.find("_Low") != std::string::npos) {
-        return {TraceCause::tuning, fmt::format("{}.{}", image_of(call, difference, function, high),
-                                                field_of_image(function, value))};
+    if (line.color == nullptr || difference.value >= line.values.size()) return {};
+    const bool map = line.stage == Stage::none;
+    if (map || line.stage == Stage::low || line.stage == Stage::high) {
+        const std::string image = image_of(call, difference, line);
+        return {TraceCause::tuning, image + "." + line.field_of(difference.value),
+                image.find('|') == std::string::npos};
     }
-    const bool smoothed = value.starts_with("(Out)") || value.starts_with("P") ||
-                          value.starts_with("SG1") || value.starts_with("SG2") ||
-                          value.starts_with("SG3");
-    if (smoothed && value.find("Out") != std::string::npos &&
-        !function.starts_with("InterParamByLV")) {
-        return {TraceCause::state, ""};
+    if (line.stage == Stage::written && line.color->moves && !line.by_lv) {
+        return {TraceCause::state, "", false};
     }
     return {};
 }
 
 }  // namespace
 
-LikelyCause likely_cause(const TracedCall& call, const LineDifference& difference) {
+LikelyCause likely_cause(const TracedCall& call, const LineDifference& difference, bool alone) {
     if (difference.desk.empty()) return {};
-    return call.job == TracedJob::ccm ? ccm_cause(call, difference) : color_cause(call, difference);
+    return call.job == TracedJob::ccm ? ccm_cause(call, difference, alone)
+                                      : color_cause(call, difference);
 }
 
 }  // namespace imgtune::workbench

@@ -8,21 +8,16 @@
 
 namespace imgtune::workbench {
 
-/// Why a phone's trace and the desk's may differ first at a value, when all before it agree.
-enum class TraceCause {
-    tuning,   ///< the phone has another tuning
-    caller,   ///< its camera stack passes other settings: weights, which gain
-    state,    ///< frames before are not in the log, or its camera started anew
-    version,  ///< its library computes otherwise, or traces otherwise
-};
-
 struct LikelyCause {
     TraceCause cause = TraceCause::version;
     /// The field or fields of the tuning to look at, as in its YAML form; empty for none.
     std::string field;
+    /// The trace tells the field's own value, not one that is computed from it.
+    bool tells_field = false;
 };
 
-LikelyCause likely_cause(const TracedCall& call, const LineDifference& difference);
+/// Why a call differs at a value. `alone`: no other line of the call does.
+LikelyCause likely_cause(const TracedCall& call, const LineDifference& difference, bool alone);
 
 }  // namespace imgtune::workbench
 

@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,14 @@ struct TraceDifference {
     LikelyCause cause;
 };
 
+/// A field of the tuning that the phone tells otherwise.
+struct TracedField {
+    std::string field;  ///< as in the tuning's YAML form
+    std::string phone;
+    std::string desk;
+    std::uint64_t frame = 0;  ///< the first that tells it, from 1
+};
+
 /// How a phone's trace and the desk's agree.
 struct Verification {
     std::uint64_t frames = 0;
@@ -38,6 +48,10 @@ struct Verification {
     std::uint64_t differing_frames = 0;
     bool other_grid = false;  ///< the phone brackets CTs by another grid than the tuning's
     std::optional<TraceDifference> first;
+    std::vector<TracedField> fields;  ///< every one that was seen, in the order of the log
+    /// Parts of the tuning that no compared frame used, as paths such as "color.images.normal.0|1":
+    /// a difference there shows nowhere.
+    std::vector<std::string> unused;
 };
 
 /// Runs the library on the frames of a phone's log, with its traces on, and holds them against the
@@ -50,12 +64,21 @@ class Verifier {
     ~Verifier();
 
     void add(const TracedFrame& frame);
-    const Verification& result() const { return result_; }
+    /// Of the frames so far.
+    Verification result() const;
 
   private:
     /// The two lines of a call that tell the ring.
     struct Ring {
         std::array<std::array<std::int32_t, 9>, 2> matrices{};
+    };
+
+    /// Which parts of the tuning frames used.
+    struct Used {
+        std::array<bool, 8> rows{};        ///< of gains
+        std::array<bool, 2> polynomial{};  ///< the other: with flash
+        std::array<bool, 4> slots{};
+        std::array<std::array<bool, 5>, 4> images{};  ///< by slot and CT index
     };
 
     bool verify_ccm(const TracedFrame& traced, const Frame& frame);
@@ -64,7 +87,9 @@ class Verifier {
     bool fits(const CameraState& state, const Ring& ring) const;
     void take_outputs(const TracedCall& call, bool all);
     void set_lock(bool on);
-    bool compare(const TracedCall& call, const std::function<bool(std::string_view)>& left_out);
+    bool compare(const TracedCall& call, const std::function<bool(const TraceLine&)>& left_out);
+    void find_fields(const TracedCall& call, const LinesComparison& comparison);
+    void note_use(const TracedCall& call, const ColorInputs& inputs);
 
     Tuning tuning_;
     Camera ccm_;
@@ -72,7 +97,9 @@ class Verifier {
     TraceCapture capture_;
     bool ring_known_ = false;
     std::optional<CameraState> other_ring_;  ///< if the phone's ring index is the other one
-    std::array<bool, 6> output_known_{};     ///< of the smoothed colour outputs
+    std::array<bool, std::size(kColorLines)> output_known_{};  ///< of those that move
+    std::set<std::string> told_;  ///< differing lines whose fields are known
+    Used used_;
     std::string lock_before_;
     bool locked_ = false;
     Verification result_;

@@ -1,12 +1,12 @@
 #include "workbench/trace/debug_properties.h"
 
+#include <cutils/properties.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 
 #include "workbench/findings/faults.h"
 #include "workbench/text/bad_input.h"
-#include "workbench/trace/trace_capture.h"
 
 namespace imgtune::workbench {
 
@@ -35,7 +35,13 @@ void set_debug_property(const std::string& name, const std::string& value) {
                                    near.empty() ? "; docs/integration.md lists all 22"
                                                 : fmt::format(", did you mean '{}'?", near)));
     }
-    set_property(name, value);
+    if (value.size() >= PROPERTY_VALUE_MAX) {
+        throw BadInput(fmt::format("property '{}': the value has {} characters, allowed are {}",
+                                   name, value.size(), PROPERTY_VALUE_MAX - 1));
+    }
+    if (property_set(name.c_str(), value.c_str()) != 0) {
+        throw BadInput(fmt::format("property '{}' cannot be set to '{}'", name, value));
+    }
 }
 
 }  // namespace imgtune::workbench

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <utility>
 
-#include "workbench/text/bad_input.h"
+#include "workbench/trace/debug_properties.h"
 
 namespace imgtune::workbench {
 
@@ -44,7 +44,7 @@ void hold(HeldSwitches& held, const std::string& name) {
         char value[PROPERTY_VALUE_MAX] = {};
         property_get(name.c_str(), value, "");
         one.before = value;
-        set_property(name, "1");
+        set_debug_property(name, "1");
     }
     ++one.captures;
 }
@@ -75,31 +75,13 @@ TraceCapture::~TraceCapture() {
     for (const std::string& name : switches_) release(held, name);
 }
 
-std::vector<std::string> color_switches() {
-    std::vector<std::string> names{"debug.smooth_color.dump", "debug.smooth_color.dump.cm"};
-    for (const char* block : {"global", "lum", "hue", "sat", "sgy", "lsp"}) {
-        names.push_back(std::string("debug.smooth_color.lvdump.") + block);
-        names.push_back(std::string("debug.smooth_color.dump.") + block);
-    }
-    return names;
-}
-
 std::vector<std::string> trace_switches(bool inputs_alone) {
+    if (inputs_alone) return {kCcmSwitches[0], "debug.smooth_color.dump"};
     std::vector<std::string> names = kCcmSwitches;
-    const std::vector<std::string> color = color_switches();
-    names.insert(names.end(), color.begin(), inputs_alone ? color.begin() + 1 : color.end());
+    for (const std::string& name : debug_properties()) {
+        if (name.find("dump") != std::string::npos) names.push_back(name);
+    }
     return names;
-}
-
-void set_property(const std::string& name, const std::string& value) {
-    if (name.empty()) throw BadInput("a property needs a name");
-    if (value.size() >= PROPERTY_VALUE_MAX) {
-        throw BadInput("property '" + name + "': the value has " + std::to_string(value.size()) +
-                       " characters, allowed are " + std::to_string(PROPERTY_VALUE_MAX - 1));
-    }
-    if (property_set(name.c_str(), value.c_str()) != 0) {
-        throw BadInput("property '" + name + "' cannot be set to '" + value + "'");
-    }
 }
 
 }  // namespace imgtune::workbench

@@ -28,14 +28,8 @@ class TraceCapture {
 /// The switch of SmoothCCM's traces.
 inline const std::vector<std::string> kCcmSwitches{"debug.smooth_ccm.enable"};
 
-/// The switches of all of SmoothCOLOR's traces.
-std::vector<std::string> color_switches();
-
 /// The switches of every trace, or of those alone that tell a frame's inputs.
 std::vector<std::string> trace_switches(bool inputs_alone);
-
-/// A property with the device's limits; throws BadInput if it cannot be set.
-void set_property(const std::string& name, const std::string& value);
 
 }  // namespace imgtune::workbench
 

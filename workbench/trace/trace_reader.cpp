@@ -14,44 +14,19 @@ constexpr std::string_view kLossTag = "chatty";  // the log daemon's report of l
 constexpr std::size_t kMostStreams = 64;
 constexpr std::size_t kMostLines = 512;  // of a call; the library writes some 300 at most
 
-constexpr std::string_view kCcmBegin = "Fullgain = ";
-constexpr std::string_view kCcmEnd = "rCCM_Output after averaging = ";
-constexpr std::string_view kColorBegin = "[SmoothCOLOR()] u4RealCT = ";
-constexpr std::string_view kColorEnds[] = {"[InterParam3DLUT()] W3_S: ",
-                                           "[SmoothCOLOR()] Force Lock!!"};
-
-/// Beginnings of every line that SmoothCCM traces after its first: others write under the tag, too.
-constexpr std::string_view kCcmLines[] = {
-    "Input AWB full Gain = ",
-    "Flash mode = ",
-    "Real LV = ",
-    "Method = ",
-    "Number of ",
-    "PQ type = ",
-    "LVpos = ",
-    "Clipped ",
-    "LV_",
-    "Estimated CT ",
-    "Proj AWB Gain = ",
-    "Below lowest CT",
-    "range ",
-    "Coarse Blend",
-    "Finer Blend",
-    "LV postion in ",
-    "CCM result by ",
-    "rCCMPoly22.",
-    "rCCM_Output ",
-    "Coef1, Coef2, ",
-    "Temporal CCM ",
-};
-
-bool starts_with_any(std::string_view text, const auto& beginnings) {
-    return std::any_of(std::begin(beginnings), std::end(beginnings),
-                       [&](std::string_view beginning) { return text.starts_with(beginning); });
+bool begins_call(std::string_view label, TracedJob job) {
+    return label == (job == TracedJob::color ? color_label::kBracket : ccm_label::kFullGain);
 }
 
-bool is_color(std::string_view message) {
-    return message.starts_with("[SmoothCOLOR()] ") || message.starts_with("[InterParam");
+bool ends_call(std::string_view label, TracedJob job) {
+    if (job == TracedJob::ccm) return label == ccm_label::kAverage;
+    return label == color_label::kMapEnd || label == color_label::kLocked;
+}
+
+/// Others write under the tag, too.
+bool is_trace(std::string_view message, std::string_view label) {
+    return message.starts_with("[SmoothCOLOR()] ") || message.starts_with("[InterParam") ||
+           find_ccm_line(label) != nullptr;
 }
 
 }  // namespace
@@ -105,24 +80,20 @@ void TraceReader::take(std::string_view text) {
 }
 
 void TraceReader::take_message(const LogcatLine& line) {
-    const std::string_view message = line.message;
-    const bool color = is_color(message);
-    const bool begins = message.starts_with(color ? kColorBegin : kCcmBegin);
-    if (!color && !begins && !starts_with_any(message, kCcmLines)) return;
+    const std::string_view label = trace_label(line.message);
+    if (!is_trace(line.message, label)) return;
+    const TracedJob job = label.starts_with('[') ? TracedJob::color : TracedJob::ccm;
     ++totals_.trace_lines;
     Stream& stream = stream_of(line.writer);
     stream.used = lines_.line();
-    const TracedJob job = color ? TracedJob::color : TracedJob::ccm;
-    if (begins) begin(stream, job, line);
+    if (begins_call(label, job)) begin(stream, job, line);
     if (!stream.open || stream.open->job != job || stream.open->lines.size() >= kMostLines) {
         ++totals_.stray_lines;
         return;
     }
-    stream.open->lines.emplace_back(message);
-    if (color ? starts_with_any(message, kColorEnds) : message.starts_with(kCcmEnd)) {
-        // What ends a log without a line end may be cut: closed at the end, where that is known.
-        if (lines_.ended_whole()) close(stream);
-    }
+    stream.open->lines.emplace_back(line.message);
+    // What ends a log without a line end may be cut: closed at the end, where that is known.
+    if (ends_call(label, job) && lines_.ended_whole()) close(stream);
 }
 
 /// "uid=1041(audioserver) expire 4 lines"; "identical 4 lines" lose nothing.

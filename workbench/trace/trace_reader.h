@@ -12,11 +12,9 @@
 
 #include "workbench/text/line_reader.h"
 #include "workbench/trace/logcat_line.h"
+#include "workbench/trace/trace_grammar.h"
 
 namespace imgtune::workbench {
-
-/// The entry point whose call a trace tells.
-enum class TracedJob { ccm, color };
 
 /// The trace of one call of the library, as a device's log holds it.
 struct TracedCall {

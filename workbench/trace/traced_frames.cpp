@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 #include "workbench/tuning/fields.h"
@@ -16,28 +15,20 @@ constexpr std::size_t kMostOthers = 64;
 
 using Values = std::array<std::optional<std::int64_t>, kFrameColumns.size()>;
 
-/// The numbers of the first line that begins so; empty when there is none or it has too few.
-std::vector<std::int64_t> numbers_of(const TracedCall& call, std::string_view beginning,
-                                     std::size_t count) {
-    for (const std::string& line : call.lines) {
-        if (!std::string_view(line).starts_with(beginning)) continue;
-        std::vector<std::int64_t> numbers = trace_numbers(line);
-        if (numbers.size() == count) return numbers;
-    }
-    return {};
-}
-
 std::string name_of(const LogWriter& writer) {
     return writer.thread == 0 ? fmt::format("{}", writer.process)
                               : fmt::format("{}:{}", writer.process, writer.thread);
 }
 
 bool read_ccm(const TracedCall& call, Values& values) {
-    const auto full = numbers_of(call, "Fullgain = ", 1);
-    const auto gain = numbers_of(call, "Input AWB full Gain = ", 3);
-    const auto flash_mode = numbers_of(call, "Flash mode = ", 1);
-    const auto real_lv = numbers_of(call, "Real LV = ", 1);
-    if (full.empty() || gain.empty() || flash_mode.empty() || real_lv.empty()) return false;
+    const Trace trace(call.lines);
+    const auto full = trace.integers(ccm_label::kFullGain);
+    const auto gain = trace.integers(ccm_label::kGain);
+    const auto flash_mode = trace.integers(ccm_label::kFlash);
+    const auto real_lv = trace.integers(ccm_label::kLv);
+    if (full.size() != 1 || gain.size() != 3 || flash_mode.size() != 1 || real_lv.size() != 1) {
+        return false;
+    }
     const std::size_t first = full[0] == 1 ? kFullGain : kAwbGain;
     for (std::size_t i = 0; i < gain.size(); ++i) values[first + i] = gain[i];
     values[kFlash] = flash_mode[0];
@@ -46,9 +37,10 @@ bool read_ccm(const TracedCall& call, Values& values) {
 }
 
 bool read_color(const TracedCall& call, Values& values, ColorInputs& inputs) {
-    const auto temperatures = numbers_of(call, "[SmoothCOLOR()] u4RealCT = ", 5);
-    const auto light = numbers_of(call, "[SmoothCOLOR()] u4RealLV = ", 5);
-    if (temperatures.empty() || light.empty()) return false;
+    const Trace trace(call.lines);
+    const auto temperatures = trace.integers(color_label::kBracket);
+    const auto light = trace.integers(color_label::kLight);
+    if (temperatures.size() != 5 || light.size() != 5) return false;
     const auto slot = static_cast<std::size_t>(light[1]);
     values[kCct] = temperatures[0];
     values[kLv] = light[0];
@@ -85,28 +77,6 @@ void join(TracedFrame& frame, const Values& values, TracedCall&& call) {
 }
 
 }  // namespace
-
-std::vector<std::int64_t> trace_numbers(std::string_view line) {
-    std::vector<std::int64_t> numbers;
-    const std::size_t label = line.find_first_of("=:", line.starts_with('[') ? line.find(']') : 0);
-    if (label == std::string_view::npos) return numbers;
-    const char* at = line.data() + label + 1;
-    const char* const end = line.data() + line.size();
-    while (at != end) {
-        const char before = at[-1];
-        const bool starts =
-            before == ' ' || before == '=' || before == ',' || before == '(' || before == ':';
-        std::int64_t number = 0;
-        const auto result = std::from_chars(at, end, number);
-        if (!starts || result.ec != std::errc()) {
-            ++at;
-            continue;
-        }
-        numbers.push_back(number);
-        at = result.ptr;
-    }
-    return numbers;
-}
 
 bool TracedFrames::belongs(const LogWriter& writer) {
     if (!camera_) camera_ = CameraChoice{writer.process, writer.thread};

@@ -87,9 +87,6 @@ class TracedFrames {
     std::deque<TracedFrame> ended_;
 };
 
-/// All whole numbers behind the first '=', ':' or '(' of a trace line.
-std::vector<std::int64_t> trace_numbers(std::string_view line);
-
 /// The frame log's header line and lines; values that the trace does not tell are empty.
 std::string traced_frame_header();
 std::string traced_frame_line(std::uint64_t number, const TracedFrame& frame);
