@@ -100,11 +100,14 @@ Locus read_locus(FrameLog& log) {
     std::vector<Locus::Point> points;
     for (Frame frame; log.next(frame);) {
         if (points.size() == kMostPoints) {
-            throw BadInput(log.name() + ": more than 100000 gains; take fewer frames");
+            throw BadInput(log.name() + ": more than 100000 gains; take fewer frames",
+                           {log.name()});
         }
         points.push_back({std::max<double>(frame.state.u4CCT, 1.0), frame.state.rAWBGain});
     }
-    if (points.empty()) throw BadInput(log.name() + ": no frame to take a gain from");
+    if (points.empty()) {
+        throw BadInput(log.name() + ": no frame to take a gain from", {log.name()});
+    }
     return Locus(std::move(points));
 }
 

@@ -18,7 +18,9 @@ FileSource::FileSource(const std::string& path)
     : name_(path == "-" ? "standard input" : path),
       file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)),
       owned_(path != "-") {
-    if (file_ < 0) throw BadInput(fmt::format("{}: cannot open: {}", name_, std::strerror(errno)));
+    if (file_ < 0) {
+        throw BadInput(fmt::format("{}: cannot open: {}", name_, std::strerror(errno)), {name_});
+    }
     struct stat status = {};
     if (fstat(file_, &status) == 0 && S_ISREG(status.st_mode)) {
         size_ = static_cast<std::uint64_t>(status.st_size);
@@ -38,7 +40,9 @@ std::size_t FileSource::read(char* into, std::size_t room) {
     do {
         count = ::read(file_, into, room);
     } while (count < 0 && errno == EINTR);
-    if (count < 0) throw BadInput(fmt::format("{}: cannot read: {}", name_, std::strerror(errno)));
+    if (count < 0) {
+        throw BadInput(fmt::format("{}: cannot read: {}", name_, std::strerror(errno)), {name_});
+    }
     return static_cast<std::size_t>(count);
 }
 

@@ -142,7 +142,7 @@ void OutputFile::discard() {
 void OutputFile::fail(int error) {
     const std::string name = path_ == "-" ? "standard output" : path_;
     if (error == EPIPE) throw ClosedPipe(name);
-    throw BadInput(name + ": cannot write: " + std::strerror(error));
+    throw BadInput(name + ": cannot write: " + std::strerror(error), {name});
 }
 
 void OutputFile::write(std::string_view text) {

@@ -14,12 +14,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool holds_something(const std::string& output) {
-    std::error_code error;
-    if (fs::is_directory(output, error)) return !fs::is_empty(output, error);
-    return fs::is_regular_file(output, error) && fs::file_size(output, error) > 0;
-}
-
 /// A column that frame logs have; rows of registers have others, too.
 bool is_of_a_frame_log(std::string_view column) {
     return column == "frame" || column.starts_with("x_") ||
@@ -56,20 +50,27 @@ bool touches(const std::string& output, const std::string& input) {
 
 }  // namespace
 
+bool holds_something(const std::string& output) {
+    std::error_code error;
+    if (fs::is_directory(output, error)) return !fs::is_empty(output, error);
+    return fs::is_regular_file(output, error) && fs::file_size(output, error) > 0;
+}
+
 void guard_output(const std::string& output, const std::vector<std::string>& inputs,
                   Replaces replaces) {
     if (output.empty() || output == "-") return;
     for (const std::string& input : inputs) {
         if (input.empty() || input == "-" || !touches(output, input)) continue;
-        throw BadInput(output + ": is also an input; name another file for the output");
+        throw BadInput(output + ": is also an input; name another file for the output", {output});
     }
     if (replaces == Replaces::anything || !holds_something(output)) return;
     if (replaces == Replaces::nothing)
-        throw BadInput(output + ": already exists; choose another file or pass --force");
+        throw BadInput(output + ": already exists; choose another file or pass --force", {output});
     if (kind_of(output) != replaces) {
         throw BadInput(output +
-                       ": already exists and is no earlier result of this kind; choose another "
-                       "file or pass --force");
+                           ": already exists and is no earlier result of this kind; choose another "
+                           "file or pass --force",
+                       {output});
     }
 }
 

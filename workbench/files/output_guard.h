@@ -21,6 +21,9 @@ enum class Replaces {
 void guard_output(const std::string& output, const std::vector<std::string>& inputs,
                   Replaces replaces);
 
+/// Whether something stands there that a result would replace.
+bool holds_something(const std::string& output);
+
 /// What a verb that makes tables may replace.
 inline Replaces or_anything(Replaces kind, bool force) {
     return force ? Replaces::anything : kind;

@@ -59,10 +59,12 @@ void refuse_left_over(const std::string& folder, const std::vector<StoredImage>&
         const bool written = std::any_of(images.begin(), images.end(),
                                          [&](const StoredImage& i) { return i.name == name; });
         if (const fs::path old = fs::path(folder) / name; !written && fs::exists(old)) {
-            throw BadInput(fmt::format(
-                "{}: stands there already, but the tuning has no such part; remove it or name "
-                "another folder",
-                old.string()));
+            throw BadInput(
+                fmt::format(
+                    "{}: already exists, but the tuning has no such part; remove it or choose "
+                    "another folder",
+                    old.string()),
+                {old.string()});
         }
     }
 }
@@ -102,7 +104,11 @@ Tuning require_tuning(const std::string& path, std::string* yaml) {
         faults.sort();
         std::string text = faults.text();
         text.pop_back();
-        throw BadInput("the tuning cannot be used\n" + text);
+        const Fault& first =
+            *std::find_if(faults.list().begin(), faults.list().end(),
+                          [](const Fault& fault) { return fault.severity == Severity::error; });
+        throw BadInput("the tuning cannot be used\n" + text,
+                       {first.file, static_cast<std::uint64_t>(first.line), first.path});
     }
     return tuning;
 }
@@ -128,7 +134,7 @@ void write_images(const std::string& folder, const Tuning& tuning) {
             throw;
         }
     } catch (const fs::filesystem_error& error) {
-        throw BadInput(fmt::format("{}: {}", folder, error.code().message()));
+        throw BadInput(fmt::format("{}: {}", folder, error.code().message()), {folder});
     }
 }
 

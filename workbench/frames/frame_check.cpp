@@ -119,7 +119,7 @@ void check_frames(const std::string& log, ByteSource& source, Faults& faults) {
         Fault fault;
         fault.code = "F001";
         fault.file = log;
-        fault.line = static_cast<int>(bad.line);
+        fault.line = static_cast<int>(bad.place().line);
         fault.message = bad.message;
         faults.add(std::move(fault));
     }

@@ -83,9 +83,10 @@ FrameValues to_values(const Frame& frame) {
             state.u4FlashMode, state.u4SceneFlag, state.profile, frame.capture};
 }
 
-BadFrames::BadFrames(const std::string& log, std::uint64_t at_line, std::string what_is_wrong)
-    : BadInput(fmt::format("{}:{}: {}", log, at_line, what_is_wrong)),
-      line(at_line),
+BadFrames::BadFrames(const std::string& log, std::uint64_t line, std::string_view column,
+                     std::string what_is_wrong)
+    : BadInput(fmt::format("{}:{}: {}", log, line, what_is_wrong),
+               {log, line, std::string(column)}),
       message(std::move(what_is_wrong)) {}
 
 bool begins_frame_log(std::string_view start) {
@@ -109,8 +110,8 @@ FrameLog::FrameLog(std::string name, ByteSource& source) : name_(std::move(name)
     read_header();
 }
 
-void FrameLog::fail(std::string_view what) const {
-    throw BadFrames(name_, std::max<std::uint64_t>(lines_.line(), 1), std::string(what));
+void FrameLog::fail(std::string_view what, std::string_view column) const {
+    throw BadFrames(name_, std::max<std::uint64_t>(lines_.line(), 1), column, std::string(what));
 }
 
 /// The next line that is neither blank nor a comment.
@@ -149,14 +150,15 @@ void FrameLog::read_header() {
             }
             if (!is_skipped(name)) {
                 fail(fmt::format("column {}: unknown name {}; {}", targets_.size() + 1,
-                                 value_text(name), hint_for(name)));
+                                 value_text(name), hint_for(name)),
+                     name);
             }
             targets_.push_back(-1);
             continue;
         }
         const auto index = static_cast<std::size_t>(column - kFrameColumns.begin());
         if (std::exchange(present[index], true)) {
-            fail(fmt::format("column '{}' is named twice; remove one", name));
+            fail(fmt::format("column '{}' is named twice; remove one", name), name);
         }
         targets_.push_back(static_cast<int>(index));
     }
@@ -171,19 +173,22 @@ void FrameLog::require_columns(const std::array<bool, kFrameColumns.size()>& pre
         if (count != 0 && count != 3) {
             fail(fmt::format("a gain needs its three columns '{}', '{}' and '{}'; {} missing",
                              kFrameColumns[first].name, kFrameColumns[first + 1].name,
-                             kFrameColumns[first + 2].name, count == 2 ? "one is" : "two are"));
+                             kFrameColumns[first + 2].name, count == 2 ? "one is" : "two are"),
+                 kFrameColumns[first].name);
         }
         return count == 3;
     };
     const bool full = triple(kFullGain);
     const bool awb = triple(kAwbGain);
     for (std::size_t i = 0; i < kFullGain; ++i) {
-        if (!present[i]) fail(fmt::format("column '{}' is missing", kFrameColumns[i].name));
+        const std::string_view name = kFrameColumns[i].name;
+        if (!present[i]) fail(fmt::format("column '{}' is missing", name), name);
     }
     if (!full && !awb) {
         fail(
             "the gain is missing: columns 'awb_r', 'awb_g', 'awb_b' or 'full_r', 'full_g', "
-            "'full_b'");
+            "'full_b'",
+            kFrameColumns[kAwbGain].name);
     }
     copy_full_to_awb_ = !awb;
     copy_awb_to_full_ = !full;
@@ -192,7 +197,8 @@ void FrameLog::require_columns(const std::array<bool, kFrameColumns.size()>& pre
 std::int64_t FrameLog::read_number(std::string_view text, const FrameColumn& column) const {
     const auto complain = [&](std::string_view what) {
         fail(fmt::format("column '{}': {}; allowed are whole numbers {}..{}", column.name, what,
-                         column.least, column.most));
+                         column.least, column.most),
+             column.name);
     };
     std::string_view digits = bare(text);
     if (digits.empty()) complain("the value is missing");
@@ -227,7 +233,8 @@ void FrameLog::fill_empty_gains() {
         if (count % 3 != 0) {
             fail(fmt::format("columns '{}', '{}' and '{}': give all three values or none",
                              kFrameColumns[first].name, kFrameColumns[first + 1].name,
-                             kFrameColumns[first + 2].name));
+                             kFrameColumns[first + 2].name),
+                 kFrameColumns[first].name);
         }
         return count == 3;
     };

@@ -68,9 +68,9 @@ FrameValues to_values(const Frame& frame);
 /// A log that cannot be read on: what is wrong, and in which line.
 class BadFrames : public BadInput {
   public:
-    BadFrames(const std::string& log, std::uint64_t at_line, std::string what_is_wrong);
+    BadFrames(const std::string& log, std::uint64_t line, std::string_view column,
+              std::string what_is_wrong);
 
-    std::uint64_t line;
     std::string message;  ///< without log and line
 };
 
@@ -110,7 +110,7 @@ class FrameLog {
     void read_value(std::string_view text, std::size_t column);
     void fill_empty_gains();
     std::int64_t read_number(std::string_view text, const FrameColumn& column) const;
-    [[noreturn]] void fail(std::string_view what) const;
+    [[noreturn]] void fail(std::string_view what, std::string_view column = {}) const;
 
     std::string name_;
     LineReader lines_;
