@@ -1,4 +1,4 @@
-#include "workbench/tuning/check.h"
+#include "workbench/studies/check.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

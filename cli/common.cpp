@@ -25,7 +25,7 @@ Tuning tuning_to_run(const std::string& path) {
         throw BadInput("the tuning cannot be used\n" + text);
     }
     Faults found;
-    check_tuning(tuning, found);
+    check_tables(tuning, found);
     Faults errors;
     for (Fault fault : found.list()) {
         if (fault.severity != Severity::error) continue;

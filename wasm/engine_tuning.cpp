@@ -10,8 +10,8 @@
 #include "workbench/camera/register_values.h"
 #include "workbench/json/diff.h"
 #include "workbench/json/findings.h"
+#include "workbench/studies/check.h"
 #include "workbench/studies/diff.h"
-#include "workbench/tuning/check.h"
 
 namespace imgtune::workbench::page {
 

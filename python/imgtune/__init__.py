@@ -33,6 +33,7 @@ from ._core import (
     patches,
     register_fields,
     replay,
+    steepest,
     summary,
     sweep,
 )
@@ -57,6 +58,7 @@ __all__ = [
     "replay",
     "save_frames",
     "save_registers",
+    "steepest",
     "summary",
     "sweep",
 ]

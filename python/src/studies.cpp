@@ -7,10 +7,12 @@
 #include "binding.h"
 #include "workbench/json/diff.h"
 #include "workbench/json/explanation.h"
+#include "workbench/json/steepness.h"
 #include "workbench/json/summary.h"
 #include "workbench/studies/diff.h"
 #include "workbench/studies/explanation.h"
 #include "workbench/studies/resting.h"
+#include "workbench/studies/steepness.h"
 #include "workbench/studies/summary.h"
 #include "workbench/studies/sweep.h"
 
@@ -102,6 +104,17 @@ std::vector<std::uint32_t> light_values(const char* argument, const py::object& 
             fmt::format("{}: a sequence of whole numbers 0 to 4294967295 is needed", argument),
             argument);
     }
+}
+
+py::object steepest(Tuning tuning) {
+    if (!tuning.has_ccm) raise_input_error("the tuning has no part 'ccm'", "ccm");
+    nlohmann::ordered_json told;
+    {
+        const py::gil_scoped_release unlocked;
+        told = workbench::to_json(workbench::find_steepest(tuning));
+        told["tried"] = workbench::to_json(workbench::try_remedies(tuning));
+    }
+    return as_python(told);
 }
 
 py::dict sweep(const Tuning& tuning, const py::object& cct, const py::object& lv,
@@ -272,6 +285,34 @@ InputError
 )");
 }
 
+void bind_steepest(py::module_& module) {
+    module.def("steepest", &steepest, py::arg("tuning"),
+               R"(Where a small change of the light changes the colours most.
+
+Parameters
+----------
+tuning : Tuning
+    One with matrices.
+
+Returns
+-------
+dict
+    seen_from; rows: per LV row in use the steepest step on_locus and beside it; over_lv: from low
+    light to normal light; tried: what could be changed, the tuning as it is first. Steps are in
+    CIEDE2000 of the chart's patches, between lights at most one mired or one light value apart.
+
+Raises
+------
+InputError
+    When the tuning has no matrices.
+
+Examples
+--------
+>>> imgtune.steepest(imgtune.Tuning.starter())["rows"]["normal"]["on_locus"]["seen"]
+False
+)");
+}
+
 }  // namespace
 
 void bind_studies(py::module_& module) {
@@ -279,6 +320,7 @@ void bind_studies(py::module_& module) {
     bind_explanation(module);
     bind_summary(module);
     bind_sweep(module);
+    bind_steepest(module);
 }
 
 }  // namespace imgtune::python

@@ -8,7 +8,7 @@
 #include "field_paths.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/tuning_files.h"
-#include "workbench/tuning/check.h"
+#include "workbench/studies/check.h"
 #include "workbench/tuning/fields.h"
 #include "workbench/tuning/starter.h"
 #include "workbench/tuning/yaml_io.h"

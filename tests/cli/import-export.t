@@ -17,7 +17,7 @@ Calibrations in and out.
     imgtune: a.yaml: already exists; choose another file or pass --force
     [2]
     $ imgtune check a.yaml | tail -n 1
-    a.yaml: 0 errors, 4 warnings
+    a.yaml: 0 errors, 1 warning
     $ CTS=2360,3700,3870,4000,4400,4715,5920,9050
     $ imgtune export a.yaml --cts $CTS --form yaml -o b.yaml; head -n 5 b.yaml
     a.yaml: warning: only gains and matrices of the normal row have a place in a calibration; left out: low-light and flash rows, polynomials [C303]

@@ -3,16 +3,50 @@ What sweep and diff tell.
     $ alias imgtune=$IMGTUNE; shopt -s expand_aliases
     $ cp $EXAMPLES/imx708-blend.yaml a.yaml; cp $EXAMPLES/imx477-flash-shot.csv shot.csv
     $ imgtune sweep a.yaml --cct 3000:5000:1000 --lv 10:60:50 --only ccm --fields 'lv,cct,c*' --slope
-    frame,lv,cct,capture,c0,c1,c2,c3,c4,c5,c6,c7,c8,ccm0,ccm1,ccm2,ccm3,ccm4,ccm5,ccm_slope,ccm_slope_field,ccm_largest
-    1,10,3000,1,555,57,-100,-60,678,-106,74,-135,573,0x0039022B,0x00001F9C,0x02A61FC4,0x00001F96,0x1F79004A,0x0000023D,423,c8,1
-    2,10,4000,1,498,106,-92,-83,729,-134,25,27,460,0x006A01F2,0x00001FA4,0x02D91FAD,0x00001F7A,0x001B0019,0x000001CC,363,c8,0
-    3,10,5000,1,501,105,-94,-72,727,-143,30,22,460,0x006901F5,0x00001FA2,0x02D71FB8,0x00001F71,0x0016001E,0x000001CC,364,c8,0
-    4,60,3000,1,870,-229,-129,-154,807,-141,69,-553,996,0x1F1B0366,0x00001F7F,0x03271F66,0x00001F73,0x1DD70045,0x000003E4,423,c8,1
-    5,60,4000,1,797,-185,-100,-171,851,-168,9,-320,823,0x1F47031D,0x00001F9C,0x03531F55,0x00001F58,0x1EC00009,0x00000337,363,c8,0
-    6,60,5000,1,796,-186,-98,-158,849,-179,13,-325,824,0x1F46031C,0x00001F9E,0x03511F62,0x00001F4D,0x1EBB000D,0x00000338,364,c8,0
+    frame,lv,cct,capture,c0,c1,c2,c3,c4,c5,c6,c7,c8,ccm0,ccm1,ccm2,ccm3,ccm4,ccm5,ccm_slope,ccm_slope_field,ccm_largest,chart_mean,chart_worst,chart_patch
+    1,10,3000,1,555,57,-100,-60,678,-106,74,-135,573,0x0039022B,0x00001F9C,0x02A61FC4,0x00001F96,0x1F79004A,0x0000023D,423,c8,1,9.56,30.58,yellow
+    2,10,4000,1,498,106,-92,-83,729,-134,25,27,460,0x006A01F2,0x00001FA4,0x02D91FAD,0x00001F7A,0x001B0019,0x000001CC,363,c8,0,9.52,30.53,yellow
+    3,10,5000,1,501,105,-94,-72,727,-143,30,22,460,0x006901F5,0x00001FA2,0x02D71FB8,0x00001F71,0x0016001E,0x000001CC,364,c8,0,9.45,30.39,yellow
+    4,60,3000,1,870,-229,-129,-154,807,-141,69,-553,996,0x1F1B0366,0x00001F7F,0x03271F66,0x00001F73,0x1DD70045,0x000003E4,423,c8,1,9.56,30.58,yellow
+    5,60,4000,1,797,-185,-100,-171,851,-168,9,-320,823,0x1F47031D,0x00001F9C,0x03531F55,0x00001F58,0x1EC00009,0x00000337,363,c8,0,9.52,30.53,yellow
+    6,60,5000,1,796,-186,-98,-158,849,-179,13,-325,824,0x1F46031C,0x00001F9E,0x03511F62,0x00001F4D,0x1EBB000D,0x00000338,364,c8,0,9.45,30.39,yellow
     $ imgtune sweep a.yaml --cct 3000 --lv 60 --fields Global.S
     frame,Global.S
     1,241
+    $ imgtune sweep a.yaml --steepest
+    Steepest step of the matrix over light, in CIEDE2000 of the chart's 24 patches; seen are
+    0.5 on average and 1.0 in one patch, side by side. Lights are one mired apart or less.
+    
+    row        gains                    mean  worst  patch         from and to
+    normal     as tuned                 2.89   7.17  orange        7576 K 1330,512,740 to 7590 K 1331,512,740, a jump
+    normal     red and blue under 2 %   2.92   7.32  orange        7195 K 1267,512,740 to 7208 K 1268,512,739, a jump
+    low_light  as tuned                 3.41   9.82  blue          7576 K 1330,512,740 to 7590 K 1331,512,740, a jump
+    low_light  red and blue under 2 %   3.46   9.94  blue          7195 K 1267,512,740 to 7208 K 1268,512,739, a jump
+    flash      as tuned                 1.47   3.66  orange        7576 K 1330,512,740 to 7590 K 1331,512,740, a jump
+    flash      red and blue over 2 %    1.47   3.69  orange        7313 K 1330,512,765 to 7320 K 1331,512,765, a jump
+    LV         as tuned                 0.33   0.98  yellow        LV 20 to 21 at 7590 K 1331,512,740
+    
+    Tried, with the steepest step of all rows at the tuned gains, and how far the normal row's
+    matrices are off the tuned ones at its points, on average:
+    
+      mean  worst  patch            off  change
+      3.41   9.82  blue            0.44  as it is
+      0.05   0.18  red             1.15  i4Method: polynomial
+      0.08   0.36  red             0.70  the points 0, 1 and 4 of each row alone, i4NumCT: 3
+      0.08   0.33  red             0.92  the points 0, 2 and 4 of each row alone, i4NumCT: 3
+      0.20   0.48  orange          0.55  the points 0, 3 and 4 of each row alone, i4NumCT: 3
+    $ imgtune sweep a.yaml --steepest --json | grep -c '"jump": true'
+    9
+    $ imgtune sweep a.yaml --steepest --lv 60
+    --lv excludes --steepest
+    Run with --help for more information.
+    [2]
+    $ imgtune check a.yaml
+    a.yaml:25: warning: ccm.rows.normal.4 is where the matrix jumps: from gain 1330,512,740 to 1331,512,740 (7576 to 7590 K) the chart changes by CIEDE2000 2.9 on average and 7.2 in orange, in row low_light by 3.4 and 9.8, in row flash by 1.5 and 3.7; seen are 0.5 and 1.0 [T112]
+        on the camera: colours flicker in a light that lies there, and step in one that passes
+        try: the points 0, 3 and 4 of each row alone, i4NumCT: 3: the largest step is then 0.2 on average and 0.5 in orange; at the tuned gains the matrices are 0.5 off the tuned ones, today 0.4
+    a.yaml: 0 errors, 1 warning
+    [1]
     $ imgtune sweep a.yaml --cct 3000:2000:100
     imgtune: --cct 3000:2000:100: expected FROM:TO:STEP, whole numbers, FROM at most TO, STEP at least 1, such as 2300:6500:100
     [2]

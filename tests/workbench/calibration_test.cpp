@@ -126,7 +126,7 @@ TEST(Import, EveryPublishedFilePassesTheCheckWithEitherMethod) {
                 row.file,
                 many ? std::vector<double>{2000, 4100, 5350, 8600} : std::vector<double>{}, method);
             Faults faults;
-            check_tuning(import.tuning, faults);
+            check_tables(import.tuning, faults);
             EXPECT_FALSE(faults.has_errors()) << row.file << '\n' << faults.text();
             const auto& gains = import.tuning.ccm.rCTAWBGain[0];
             const auto& highest = gains[import.kept.size() - 1];

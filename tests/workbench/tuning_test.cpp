@@ -12,8 +12,9 @@
 
 #include "tuning_fixture.h"
 #include "workbench/files/tuning_files.h"
+#include "workbench/studies/check.h"
+#include "workbench/studies/steepness.h"
 #include "workbench/text/bad_input.h"
-#include "workbench/tuning/check.h"
 #include "workbench/tuning/fields.h"
 #include "workbench/tuning/images.h"
 #include "workbench/tuning/starter.h"
@@ -148,6 +149,7 @@ TEST(RoundTrip, EveryBitSurvivesYamlAndImages) {
         EXPECT_TRUE(same_bits(t, load_tuning(folder / "images", faults)));
         EXPECT_EQ(faults.text(), "");
         check_tuning(t, faults);  // whatever the bits
+        find_steepest(t);
     }
 }
 

@@ -88,7 +88,7 @@ TEST(Reader, ReportsEachFaultOnceInASentenceWithItsLine) {
         EXPECT_NE(faults.text().find(row.says), std::string::npos) << faults.text();
         // What was not read has no consequences.
         const std::size_t found = faults.list().size();
-        check_tuning(t, faults);
+        check_tables(t, faults);
         if (row.from != std::string("ccm:") && row.from != std::string("blend")) continue;
         for (std::size_t i = found; i < faults.list().size(); ++i) {
             EXPECT_NE(faults.list()[i].path, faults.list()[0].path);

@@ -11,7 +11,6 @@
 #include "workbench/camera/mired.h"
 #include "workbench/frames/frame_log.h"
 #include "workbench/text/bad_input.h"
-#include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {
 
@@ -60,7 +59,7 @@ Locus::Locus(std::vector<Point> points) : points_(std::move(points)) {
                      [](const Point& a, const Point& b) { return a.kelvin < b.kelvin; });
 }
 
-AWB_GAIN_T Locus::at(std::uint32_t kelvin) const {
+AWB_GAIN_T Locus::at(double kelvin) const {
     if (kelvin <= points_.front().kelvin) return points_.front().gain;
     if (kelvin >= points_.back().kelvin) return points_.back().gain;
     const auto [upper, share] = place_in_mired(std::span<const Point>(points_), kelvin);
@@ -70,14 +69,14 @@ AWB_GAIN_T Locus::at(std::uint32_t kelvin) const {
             between_gains(a.i4B, b.i4B, share)};
 }
 
-Locus tuned_locus(const Tuning& tuning) {
+Locus tuned_locus(const Tuning& tuning, std::size_t row) {
     auto grid = tuning.caller.ct_grid;
     std::sort(grid.begin(), grid.end());
     for (std::uint32_t& kelvin : grid) kelvin = std::max(kelvin, 1U);
     const bool own = has_kelvin(tuning);
     std::vector<Locus::Point> points;
     for (std::size_t t = 0; t < tuned_count(tuning); ++t) {
-        AWB_GAIN_T gain = tuning.ccm.rCTAWBGain[kNormalRow][t];
+        AWB_GAIN_T gain = tuning.ccm.rCTAWBGain[row][t];
         gain.i4G = 512;  // not tuned: the library does not read it
         const double kelvin =
             own ? tuning.kelvin[kNormalRow][t] : spread_over(grid, t, tuned_count(tuning));

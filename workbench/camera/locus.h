@@ -3,11 +3,12 @@
 
 #include <imgtune/awb_gain.h>
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "workbench/frames/frame_log.h"
+#include "workbench/tuning/fields.h"
 #include "workbench/tuning/tuning.h"
 
 namespace imgtune::workbench {
@@ -23,14 +24,16 @@ class Locus {
 
     explicit Locus(std::vector<Point> points);  ///< at least one, in any order
 
-    AWB_GAIN_T at(std::uint32_t kelvin) const;
+    AWB_GAIN_T at(double kelvin) const;
+
+    const std::vector<Point>& points() const { return points_; }  ///< by rising kelvin
 
   private:
-    std::vector<Point> points_;  ///< by rising kelvin
+    std::vector<Point> points_;
 };
 
-/// The tuned gains of LV row 0 at the kelvin of their points.
-Locus tuned_locus(const Tuning& tuning);
+/// The tuned gains of a LV row at the kelvin of the normal row's points.
+Locus tuned_locus(const Tuning& tuning, std::size_t row = kNormalRow);
 
 /// What tuned_locus assumes where the points have no kelvin: that they are spread evenly over the
 /// grid of tuned CTs, the first at its lowest, the last at its highest. Empty where all have one.

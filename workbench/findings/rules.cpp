@@ -67,7 +67,7 @@ constexpr Rule kRules[] = {
     {"T109", kError, "polynomial deviation of zero"},
     {"T110", kError, "polynomial mean out of range"},
     {"T111", kError, "polynomial that leaves the coefficient field"},
-    {"T112", kWarning, "jump between the matrices of neighbouring CTs, over 0.5 of the unity"},
+    {"T112", kWarning, "step of the matrix between neighbouring lights that is seen"},
     {"T114", kError, "coefficient format wider than its field"},
     {"T115", kWarning, "`frac_bits` other than 9"},
     {"T116", kError, "temporal weights that sum to 0"},

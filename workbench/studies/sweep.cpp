@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 
+#include "workbench/studies/visible.h"
 #include "workbench/text/bad_input.h"
 
 namespace imgtune::workbench {
@@ -113,6 +114,28 @@ std::vector<SweepSlopes> slopes_of(const Sweep& sweep, const CallerSettings& cal
     std::vector<SweepSlopes> slopes;
     if (sweep.jobs.ccm) slopes.push_back(slopes_of_job(sweep, Job::ccm, caller));
     if (sweep.jobs.color) slopes.push_back(slopes_of_job(sweep, Job::color, caller));
+    return slopes;
+}
+
+std::vector<ChartDifference> chart_slopes_of(const Sweep& sweep, const CallerSettings& caller) {
+    if (!sweep.jobs.ccm) return {};
+    std::vector<ChartView> views;
+    views.reserve(sweep.points.size());
+    for (const SweepPoint& point : sweep.points) {
+        views.emplace_back(shown_matrix(point.registers, caller));
+    }
+    std::vector<ChartDifference> slopes(views.size());
+    const auto meet = [&](std::size_t i, std::size_t j) {
+        const ChartDifference difference = chart_difference(views[j], views[i], kLightSkin);
+        for (const std::size_t point : {i, j}) {
+            if (difference.worst > slopes[point].worst) slopes[point] = difference;
+        }
+    };
+    const std::size_t width = sweep.grid.cct.size();
+    for (std::size_t i = 0; i < views.size(); ++i) {
+        if (i % width > 0) meet(i, i - 1);
+        if (i >= width) meet(i, i - width);
+    }
     return slopes;
 }
 

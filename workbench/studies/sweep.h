@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "workbench/appearance/chart_view.h"
 #include "workbench/camera/camera.h"
 #include "workbench/camera/locus.h"
 #include "workbench/camera/register_values.h"
@@ -53,6 +54,10 @@ Sweep run_sweep(const Tuning& tuning, Jobs jobs, const SweepGrid& grid, const Lo
 
 /// The slopes of each job that was run.
 std::vector<SweepSlopes> slopes_of(const Sweep& sweep, const CallerSettings& caller);
+
+/// The largest change of the chart's colours, by the patch that changes most, between a point and
+/// its neighbours in CT and in LV; one a point, none without matrices.
+std::vector<ChartDifference> chart_slopes_of(const Sweep& sweep, const CallerSettings& caller);
 
 }  // namespace imgtune::workbench
 

@@ -99,7 +99,7 @@ std::string image_path(std::size_t slot, std::size_t ct) {
     return fmt::format("color.images.{}.{}", kSlotNames[slot], ct);
 }
 
-void check_tuning(const Tuning& tuning, Faults& faults) {
+void check_tables(const Tuning& tuning, Faults& faults) {
     Checked checked(tuning, faults);
     for (const auto check : kChecks) check(checked);
 }

@@ -6,8 +6,9 @@
 
 namespace imgtune::workbench {
 
-/// Adds what a readable tuning would do wrong on the camera. What was not read is left out.
-void check_tuning(const Tuning& tuning, Faults& faults);
+/// Adds what the values of a readable tuning tell of what it would do wrong on the camera. What was
+/// not read is left out. See check_tuning in studies/check.h for all that is known.
+void check_tables(const Tuning& tuning, Faults& faults);
 
 }  // namespace imgtune::workbench
 

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <vector>
 
 #include "workbench/tuning/checked.h"
@@ -9,8 +8,6 @@
 namespace imgtune::workbench {
 
 namespace {
-
-constexpr double kLargestJump = 0.5;  // between neighbouring CTs, 1.0 = unity
 
 using Matrix = NSIspTuning::ISP_CCM_T;
 
@@ -181,32 +178,6 @@ void check_sums(Checked& checked, std::size_t row, std::size_t ct) {
     }
 }
 
-void check_jump(Checked& checked, std::size_t row, std::size_t ct) {
-    const Matrix m = checked.matrix(row, ct);
-    const Matrix before = checked.matrix(row, ct - 1);
-    std::size_t worst = 0;
-    std::int64_t jump = 0;
-    for (std::size_t k = 0; k < 9; ++k) {
-        const std::int64_t difference = std::abs(std::int64_t{m.i4Coef[k]} - before.i4Coef[k]);
-        if (difference > jump) {
-            jump = difference;
-            worst = k;
-        }
-    }
-    const double size = static_cast<double>(jump) / checked.unity();
-    if (size <= kLargestJump) return;
-    checked.report(
-        {.code = "T112",
-         .path = fmt::format("{}.matrix[{}]", point_path(row, ct), worst),
-         .message = fmt::format("is {} after {}: the matrix jumps by {:.2f} of the unity "
-                                "from one CT to the next; usual are up to {:.2f}",
-                                m.i4Coef[worst], before.i4Coef[worst], size, kLargestJump),
-         .value = std::to_string(m.i4Coef[worst]),
-         .allowed = fmt::format("steps up to {:.2f} of the unity", kLargestJump),
-         .effect = "small changes of the light shift the colours visibly",
-         .suggestion = "tune a CT between the two, or check both matrices"});
-}
-
 void check_matrix(Checked& checked, std::size_t row, std::size_t ct) {
     const std::string path = point_path(row, ct) + ".matrix";
     if (checked.is_suppressed(path)) return;
@@ -219,9 +190,6 @@ void check_matrix(Checked& checked, std::size_t row, std::size_t ct) {
         return;
     }
     check_sums(checked, row, ct);
-    const bool has_before = ct > 0 && checked.has_matrix(row, ct - 1) &&
-                            !checked.is_suppressed(point_path(row, ct - 1) + ".matrix");
-    if (has_before) check_jump(checked, row, ct);
 }
 
 }  // namespace

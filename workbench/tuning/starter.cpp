@@ -13,14 +13,16 @@ namespace {
 
 constexpr std::size_t kCts = 4;
 
-// Gains and off-diagonals (places 1, 2, 3, 5, 6, 7) from tungsten light to daylight.
+// Gains and off-diagonals (places 1, 2, 3, 5, 6, 7) from tungsten light to daylight. The blend
+// reaches the last matrix without a visible step: over gains so close to each other it mixes the
+// first three.
 constexpr std::uint32_t kPointKelvin[kCts] = {2850, 4000, 5000, 6500};
 constexpr AWB_GAIN_T kGains[kCts] = {
     {700, 512, 1250}, {860, 512, 980}, {960, 512, 840}, {1080, 512, 720}};
 constexpr std::int32_t kOffDiagonalValues[kCts][6] = {{-230, -90, -190, -60, -40, -330},
                                                       {-250, -70, -170, -80, -30, -290},
                                                       {-260, -60, -150, -100, -20, -260},
-                                                      {-270, -40, -130, -120, -10, -240}};
+                                                      {-258, -63, -154, -97, -22, -266}};
 constexpr std::size_t kPlaces[6] = {1, 2, 3, 5, 6, 7};
 
 /// Strength in sixteenths: 16 corrects in full, 0 not at all.
