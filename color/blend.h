@@ -9,8 +9,8 @@
 // Two kinds of blend with the same members and the same results, over which the blocks are written:
 // one for the weights that a sane tuning gives, one for all others.
 //
-// Saturation curves are blended kCurves at a time. The sums that `weigh` and `weigh_rise` give are
-// for the divisions of the same kind alone.
+// Saturation curves are blended some at a time, as for_each_run says. The sums that `weigh` and
+// `weigh_rise` give are for the divisions of the same kind alone.
 
 namespace imgtune {
 
@@ -39,7 +39,12 @@ class WideBlend {
         return clip_all(saturate_to_bytes(blended), high, low);
     }
 
-    static Pairs pairs(const std::uint8_t* high, const std::uint8_t* low) {
+    template <class Run>
+    static void for_each_run(const Run& run) {
+        run(Part<kCurves>{0});
+    }
+
+    static Pairs pairs(const ByteView<kCurves>& high, const ByteView<kCurves>& low) {
         return {each_lane<kCurves>([&](std::size_t j) { return high[j]; }),
                 each_lane<kCurves>([&](std::size_t j) { return low[j]; })};
     }
@@ -104,9 +109,10 @@ class WideBlend {
 /// is made of. Curves have knots that do not fall.
 class NarrowBlend {
   public:
-    static constexpr std::size_t kCurves = 4;
-    using Values = vector::Quad;
-    using Pairs = vector::Pairs;
+    template <std::size_t N>
+    using Values = vector::Values<N>;
+    template <std::size_t N>
+    using Pairs = vector::Pairs<N>;
 
     static constexpr bool fits(const BlendRule& rule) {
         return 0 < rule.divisor && rule.divisor <= kNarrowDivisor &&
@@ -120,8 +126,9 @@ class NarrowBlend {
         Lanes<N> out;
         if constexpr (N % 4 == 0) {
             for (std::size_t j = 0; j < N; j += 4) {
-                const auto pairs = pair(vector::load(high.v + j), vector::load(low.v + j));
-                store(out.v + j, level(vector::weigh_bytes(scale_, pairs)));
+                const auto pairs = vector::pairs(vector::load(high.v + j), vector::load(low.v + j));
+                const auto sums = vector::weigh_bytes(scale_, pairs);
+                vector::store(out.v + j, vector::divide_levels(scale_, sums.quad[0]));
             }
         } else {
             for (std::size_t j = 0; j < N; ++j) {
@@ -134,8 +141,8 @@ class NarrowBlend {
 
     template <class Fields>
     auto operator()(const Fields& high, const Fields& low) const {
-        return each_sixteen<Fields::kFields>([&](std::size_t k, std::size_t) {
-            return vector::mean(scale_, high.sixteen(k), low.sixteen(k));
+        return each_part<Fields::kFields>([&]<std::size_t N>(Part<N> part) {
+            return vector::mean<N>(scale_, high.part(part), low.part(part));
         });
     }
 
@@ -144,31 +151,58 @@ class NarrowBlend {
         return blended;
     }
 
-    static Pairs pairs(const std::uint8_t* high, const std::uint8_t* low) {
-        return vector::load_pairs(high, low);
+    template <class Run>
+    static void for_each_run(const Run& run) {
+        for_each_part<WideBlend::kCurves>(run);
     }
 
-    Values weigh(Pairs values) const { return vector::weigh_bytes(scale_, values); }
-    Values weigh_rise(Pairs gain, Pairs to) const {
+    template <std::size_t N>
+    static Pairs<N> pairs(const ByteView<N>& high, const ByteView<N>& low) {
+        return vector::pairs<N>(vector::load<N>(high.bytes), vector::load<N>(low.bytes));
+    }
+
+    template <std::size_t N>
+    Values<N> weigh(const Pairs<N>& values) const {
+        return vector::weigh_bytes(scale_, values);
+    }
+    template <std::size_t N>
+    Values<N> weigh_rise(const Pairs<N>& gain, const Pairs<N>& to) const {
         return vector::weigh_levels(scale_, gain * to);
     }
-    Values weigh_rise(Pairs gain, Pairs from, Pairs to) const {
+    template <std::size_t N>
+    Values<N> weigh_rise(const Pairs<N>& gain, const Pairs<N>& from, const Pairs<N>& to) const {
         return vector::weigh_levels(scale_, gain * (to - from));
     }
 
-    Values knot(Values sum) const { return vector::divide_bytes(scale_, sum); }
-    Values level(Values sum) const { return vector::divide_levels(scale_, sum); }
-    static Values last_knot(Values, Values second_knot) { return plus_32(second_knot); }
-    static Values slope(Values rise, Values run) { return quotient_or_zero(rise, run); }
-    static Values last_slope(Values rise, Values) { return over_32(rise); }
+    template <class Sums>
+    Sums knot(const Sums& sums) const {
+        return each_quad(sums, sums,
+                         [&](vector::Quad x, vector::Quad) { return divide_bytes(scale_, x); });
+    }
+    template <class Sums>
+    Sums level(const Sums& sums) const {
+        return each_quad(sums, sums,
+                         [&](vector::Quad x, vector::Quad) { return divide_levels(scale_, x); });
+    }
+    template <class Knots>
+    static Knots last_knot(const Knots&, const Knots& second_knot) {
+        return plus_32(second_knot);
+    }
+    template <class Levels>
+    static Levels slope(const Levels& rise, const Levels& run) {
+        return quotient_or_zero(rise, run);
+    }
+    template <class Levels>
+    static Levels last_slope(const Levels& rise, const Levels&) {
+        return over_32(rise);
+    }
 
     template <std::size_t N>
-    static Bytes<N> saturate(const Lanes<N>& slopes) {
-        return each_sixteen<N>(
-            [&](std::size_t, std::size_t first) { return vector::saturate(slopes.v + first); });
+    static Bytes<N> saturate(const Values<N>& slopes) {
+        return {{vector::saturate(slopes)}};
     }
     template <std::size_t N>
-    static Bytes<N> cut(const Lanes<N>& knots) {
+    static Bytes<N> cut(const Values<N>& knots) {
         return saturate(knots);  // there is nothing to cut
     }
 

@@ -29,13 +29,15 @@ template <std::size_t N, std::size_t FirstWord>
 struct ByteRun {
     static_assert(4 * FirstWord + N <= sizeof(ColorImage));
 
-    ByteView<N> read(const ColorImage& image) const {
-        return {reinterpret_cast<const std::uint8_t*>(image.u4Word + FirstWord)};
+    const std::uint8_t* at(const ColorImage& image, std::size_t j) const {
+        return reinterpret_cast<const std::uint8_t*>(image.u4Word + FirstWord) + j;
+    }
+    std::uint8_t* at(ColorImage& image, std::size_t j) const {
+        return reinterpret_cast<std::uint8_t*>(image.u4Word + FirstWord) + j;
     }
 
-    void write(ColorImage& image, const Bytes<N>& bytes) const {
-        bytes.store(reinterpret_cast<std::uint8_t*>(image.u4Word + FirstWord));
-    }
+    ByteView<N> read(const ColorImage& image) const { return {at(image, 0)}; }
+    void write(ColorImage& image, const Bytes<N>& bytes) const { bytes.store(at(image, 0)); }
 };
 
 /// Sixteen byte fields, one in the low half of each 16 bits: entry j in bits 16 (j mod 2) to + 7 of
@@ -47,7 +49,7 @@ struct SpacedByteRun {
     }
 
     void write(ColorImage& image, const Bytes<16>& bytes) const {
-        vector::store_spaced(image.u4Word + FirstWord, bytes.sixteen(0));
+        vector::store_spaced(image.u4Word + FirstWord, bytes.parts[0]);
     }
 };
 

@@ -10,21 +10,16 @@
 
 // A block's fields side by side.
 //
-// N bytes are taken sixteen at a time. The last sixteen may share fields with those before: nothing
-// but the N fields is read or written.
+// N bytes are taken sixteen at a time, and four of them in the end where N asks for it.
 
 namespace imgtune {
 
-/// How many sixteens N fields are taken in.
+/// N fields from `first` on, of those that are taken at once: 16 or 4.
 template <std::size_t N>
-inline constexpr std::size_t kSixteens = (N + 15) / 16;
-
-/// The first field of the k-th sixteen.
-template <std::size_t N>
-constexpr std::size_t first_of_sixteen(std::size_t k) {
-    static_assert(N >= 16);
-    return 16 * k < N - 16 ? 16 * k : N - 16;
-}
+struct Part {
+    static constexpr std::size_t kFields = N;
+    std::size_t first;
+};
 
 /// N fields of 8 bits where an image has them side by side.
 template <std::size_t N>
@@ -34,30 +29,41 @@ struct ByteView {
     const std::uint8_t* bytes;
 
     std::uint8_t operator[](std::size_t j) const { return bytes[j]; }
-    vector::Sixteen sixteen(std::size_t k) const {
-        return vector::load(bytes + first_of_sixteen<N>(k));
+    template <std::size_t M>
+    vector::Sixteen part(Part<M> part) const {
+        return vector::load<M>(bytes + part.first);
     }
 };
+
+/// Calls `operation` for every part of N fields, in order.
+template <std::size_t N, class Operation>
+[[gnu::always_inline]] inline void for_each_part(const Operation& operation) {
+    static_assert(N % 16 == 0 || N % 16 == 4);
+    for (std::size_t k = 0; k < N / 16; ++k) operation(Part<16>{16 * k});
+    if constexpr (N % 16 == 4) operation(Part<4>{N - 4});
+}
 
 /// N fields of 8 bits in vectors of their own.
 template <std::size_t N>
 struct Bytes {
     static constexpr std::size_t kFields = N;
 
-    vector::Sixteen sixteens[kSixteens<N>];
+    vector::Sixteen parts[(N + 15) / 16];
 
     std::uint8_t operator[](std::size_t j) const {
-        const std::size_t k = std::min(j / 16, kSixteens<N> - 1);
         std::uint8_t bytes[16];
-        vector::store(bytes, sixteens[k]);
-        return bytes[j - first_of_sixteen<N>(k)];
+        vector::store<16>(bytes, parts[j / 16]);
+        return bytes[j % 16];
     }
-    vector::Sixteen sixteen(std::size_t k) const { return sixteens[k]; }
+    template <std::size_t M>
+    vector::Sixteen part(Part<M> part) const {
+        return parts[part.first / 16];
+    }
 
     void store(std::uint8_t* to) const {
-        for (std::size_t k = 0; k < kSixteens<N>; ++k) {
-            vector::store(to + first_of_sixteen<N>(k), sixteens[k]);
-        }
+        for_each_part<N>([&]<std::size_t M>(Part<M> part) {
+            vector::store<M>(to + part.first, parts[part.first / 16]);
+        });
     }
 };
 
@@ -71,13 +77,11 @@ struct Lanes {
     std::int32_t operator[](std::size_t j) const { return v[j]; }
 };
 
-/// The bytes whose k-th sixteen is `operation` of k and of its first field.
+/// The bytes whose parts are `operation` of them.
 template <std::size_t N, class Operation>
-[[gnu::always_inline]] inline Bytes<N> each_sixteen(const Operation& operation) {
+[[gnu::always_inline]] inline Bytes<N> each_part(const Operation& operation) {
     Bytes<N> out;
-    for (std::size_t k = 0; k < kSixteens<N>; ++k) {
-        out.sixteens[k] = operation(k, first_of_sixteen<N>(k));
-    }
+    for_each_part<N>([&](auto part) { out.parts[part.first / 16] = operation(part); });
     return out;
 }
 
@@ -101,16 +105,21 @@ template <std::size_t N>
 Lanes<N> times_32(const Lanes<N>& a) {
     return each_lane<N>([&](std::size_t j) { return as_signed(as_unsigned(a.v[j]) << 5); });
 }
-template <std::size_t N>
-void store(std::int32_t* to, const Lanes<N>& lanes) {
-    std::copy_n(lanes.v, N, to);
-}
 
-/// The low 8 bits of every lane.
+/// The low 8 bits of every value.
+template <std::size_t N>
+Bytes<N> cut_to_bytes(const vector::Values<N>& values) {
+    return {{vector::cut(values)}};
+}
 template <std::size_t N>
 Bytes<N> cut_to_bytes(const Lanes<N>& lanes) {
-    return each_sixteen<N>(
-        [&](std::size_t, std::size_t first) { return vector::cut(lanes.v + first); });
+    return each_part<N>([&]<std::size_t M>(Part<M> part) {
+        vector::Values<M> values;
+        for (std::size_t k = 0; k < M / 4; ++k) {
+            values.quad[k] = vector::load(lanes.v + part.first + 4 * k);
+        }
+        return vector::cut(values);
+    });
 }
 template <std::size_t N>
 const Bytes<N>& cut_to_bytes(const Bytes<N>& bytes) {
@@ -129,9 +138,8 @@ Bytes<N> saturate_to_bytes(const Lanes<N>& lanes) {
 /// clip of every byte between two others.
 template <std::size_t N, class Source>
 Bytes<N> clip_all(const Bytes<N>& bytes, const Source& a, const Source& b) {
-    return each_sixteen<N>([&](std::size_t k, std::size_t) {
-        return vector::clip(bytes.sixteen(k), a.sixteen(k), b.sixteen(k));
-    });
+    return each_part<N>(
+        [&](auto part) { return vector::clip(bytes.part(part), a.part(part), b.part(part)); });
 }
 
 /// step_toward of every byte: the target limited to what a step reaches, which for bytes ends at 0
@@ -139,9 +147,8 @@ Bytes<N> clip_all(const Bytes<N>& bytes, const Source& a, const Source& b) {
 template <std::size_t N, class Source>
 Bytes<N> step_all(const Source& previous, const Bytes<N>& target, std::uint32_t step) {
     const auto reach = static_cast<std::uint8_t>(step > 255 ? 255 : step);
-    return each_sixteen<N>([&](std::size_t k, std::size_t) {
-        return vector::step(previous.sixteen(k), target.sixteen(k), reach);
-    });
+    return each_part<N>(
+        [&](auto part) { return vector::step(previous.part(part), target.part(part), reach); });
 }
 
 }  // namespace imgtune

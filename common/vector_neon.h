@@ -9,6 +9,7 @@
 #include "common/arithmetic.h"
 #include "common/narrow_scale.h"
 #include "common/packed_fields.h"
+#include "common/vector_values.h"
 
 // The operations of vector_plain.h with the vectors of 64-bit Arm.
 
@@ -20,16 +21,28 @@ struct Sixteen {
 struct Quad {
     int32x4_t v;
 };
+template <std::size_t N>
+using Values = ValuesIn<Quad, N>;
+/// Eight pairs, or four below four that count for nothing, in each two vectors.
+template <std::size_t N>
 struct Pairs {
-    uint16x4_t high;
-    uint16x4_t low;
+    static constexpr std::size_t kVectors = (N + 7) / 8;
+    uint16x8_t high[kVectors];
+    uint16x8_t low[kVectors];
 };
 struct Reals {
     float32x4_t v;
 };
 
-inline Sixteen load(const std::uint8_t* from) {
-    return {vld1q_u8(from)};
+template <std::size_t N>
+Sixteen load(const std::uint8_t* from) {
+    if constexpr (N == 16) {
+        return {vld1q_u8(from)};
+    } else {
+        std::uint32_t four;
+        std::memcpy(&four, from, 4);
+        return {vreinterpretq_u8_u64(vdupq_n_u64(four))};
+    }
 }
 inline Quad load(const std::int32_t* from) {
     return {vld1q_s32(from)};
@@ -37,8 +50,14 @@ inline Quad load(const std::int32_t* from) {
 inline Quad load(const std::uint32_t* from) {
     return {vreinterpretq_s32_u32(vld1q_u32(from))};
 }
-inline void store(std::uint8_t* to, Sixteen bytes) {
-    vst1q_u8(to, bytes.v);
+template <std::size_t N>
+void store(std::uint8_t* to, Sixteen bytes) {
+    if constexpr (N == 16) {
+        vst1q_u8(to, bytes.v);
+    } else {
+        const std::uint32_t four = vgetq_lane_u32(vreinterpretq_u32_u8(bytes.v), 0);
+        std::memcpy(to, &four, 4);
+    }
 }
 inline void store(std::int32_t* to, Quad values) {
     vst1q_s32(to, values.v);
@@ -59,23 +78,38 @@ inline void store_spaced(std::uint32_t* words, Sixteen bytes) {
     vst1q_u32(words + 4, vreinterpretq_u32_u8(vzip2q_u8(bytes.v, kept)));
 }
 
-inline Sixteen cut(const std::int32_t* values) {
-    const auto eight = [](const std::int32_t* from) {
-        return vreinterpretq_u8_u16(vuzp1q_u16(vreinterpretq_u16_s32(vld1q_s32(from)),
-                                               vreinterpretq_u16_s32(vld1q_s32(from + 4))));
-    };
-    return {vuzp1q_u8(eight(values), eight(values + 8))};
+/// The low halves of eight values, or of four.
+inline uint16x8_t low_halves(Quad a, Quad b) {
+    return vuzp1q_u16(vreinterpretq_u16_s32(a.v), vreinterpretq_u16_s32(b.v));
 }
 
-inline Sixteen saturate(const std::int32_t* values) {
-    const auto eight = [](const std::int32_t* from) {
-        return vqmovun_high_s32(vqmovun_s32(vld1q_s32(from)), vld1q_s32(from + 4));
+template <std::size_t N>
+Sixteen cut(const Values<N>& values) {
+    const auto eight = [&](std::size_t k) {
+        return vreinterpretq_u8_u16(low_halves(values.quad[k], values.quad[N == 4 ? k : k + 1]));
     };
-    return {vqmovn_high_u16(vqmovn_u16(eight(values)), eight(values + 8))};
+    return {vuzp1q_u8(eight(0), eight(N == 4 ? 0 : 2))};
 }
 
-inline bool all_at_most(Sixteen a, Sixteen b) {
-    return vminvq_u8(vcleq_u8(a.v, b.v)) != 0;
+template <std::size_t N>
+Sixteen saturate(const Values<N>& values) {
+    if constexpr (N == 4) {
+        const uint8x8_t four = vqmovn_u16(low_halves(values.quad[0], values.quad[0]));
+        return {vcombine_u8(four, four)};
+    } else {
+        const uint8x8_t eight = vqmovn_u16(low_halves(values.quad[0], values.quad[1]));
+        return {vqmovn_high_u16(eight, low_halves(values.quad[2], values.quad[3]))};
+    }
+}
+
+inline Sixteen excess(Sixteen a, Sixteen b) {
+    return {vqsubq_u8(a.v, b.v)};
+}
+inline Sixteen operator|(Sixteen a, Sixteen b) {
+    return {vorrq_u8(a.v, b.v)};
+}
+inline bool all_zero(Sixteen a) {
+    return vmaxvq_u8(a.v) == 0;
 }
 inline bool all_below(Sixteen a, Sixteen b) {
     return vminvq_u8(vcltq_u8(a.v, b.v)) != 0;
@@ -92,20 +126,35 @@ inline Sixteen step(Sixteen previous, Sixteen target, std::uint8_t reach) {
     return {vminq_u8(lifted, vqaddq_u8(previous.v, reaches))};
 }
 
-inline Pairs load_pairs(const std::uint8_t* high, const std::uint8_t* low) {
-    const auto four = [](const std::uint8_t* from) {
-        std::uint32_t word;
-        std::memcpy(&word, from, 4);
-        return vget_low_u16(vmovl_u8(vreinterpret_u8_u32(vdup_n_u32(word))));
-    };
-    return {four(high), four(low)};
+template <std::size_t N>
+Pairs<N> pairs(Sixteen high, Sixteen low) {
+    Pairs<N> out;
+    out.high[0] = vmovl_u8(vget_low_u8(high.v));
+    out.low[0] = vmovl_u8(vget_low_u8(low.v));
+    if constexpr (N == 16) {
+        out.high[1] = vmovl_high_u8(high.v);
+        out.low[1] = vmovl_high_u8(low.v);
+    }
+    return out;
 }
 
-inline Pairs operator-(Pairs a, Pairs b) {
-    return {vsub_u16(a.high, b.high), vsub_u16(a.low, b.low)};
+template <std::size_t N>
+Pairs<N> operator-(const Pairs<N>& a, const Pairs<N>& b) {
+    Pairs<N> out;
+    for (std::size_t k = 0; k < Pairs<N>::kVectors; ++k) {
+        out.high[k] = vsubq_u16(a.high[k], b.high[k]);
+        out.low[k] = vsubq_u16(a.low[k], b.low[k]);
+    }
+    return out;
 }
-inline Pairs operator*(Pairs a, Pairs b) {
-    return {vmul_u16(a.high, b.high), vmul_u16(a.low, b.low)};
+template <std::size_t N>
+Pairs<N> operator*(const Pairs<N>& a, const Pairs<N>& b) {
+    Pairs<N> out;
+    for (std::size_t k = 0; k < Pairs<N>::kVectors; ++k) {
+        out.high[k] = vmulq_u16(a.high[k], b.high[k]);
+        out.low[k] = vmulq_u16(a.low[k], b.low[k]);
+    }
+    return out;
 }
 
 inline Quad operator+(Quad a, Quad b) {
@@ -223,41 +272,55 @@ inline std::uint32_t pack(const PackedFields& fields, Quad values) {
     return vaddvq_u32(vreinterpretq_u32_s32(vshlq_s32(cut, vld1q_s32(fields.low))));
 }
 
-inline Pairs pair(Quad high, Quad low) {
-    return {vmovn_u32(vreinterpretq_u32_s32(high.v)), vmovn_u32(vreinterpretq_u32_s32(low.v))};
+inline Pairs<4> pairs(Quad high, Quad low) {
+    return {{low_halves(high, high)}, {low_halves(low, low)}};
 }
 
-inline Quad weigh_halves(const NarrowScale& scale, uint16x4_t high, uint16x4_t low) {
-    const uint32x4_t part = vmull_n_u16(high, static_cast<std::uint16_t>(scale.weight_high));
-    return {vreinterpretq_s32_u32(
-        vmlal_n_u16(part, low, static_cast<std::uint16_t>(scale.weight_low)))};
+template <std::size_t N>
+Values<N> weigh_levels(const NarrowScale& scale, const Pairs<N>& pairs) {
+    const auto weight_high = static_cast<std::uint16_t>(scale.weight_high);
+    const auto weight_low = static_cast<std::uint16_t>(scale.weight_low);
+    Values<N> out;
+    for (std::size_t k = 0; k < Pairs<N>::kVectors; ++k) {
+        const uint16x8_t high = pairs.high[k];
+        const uint16x8_t low = pairs.low[k];
+        out.quad[2 * k] = {vreinterpretq_s32_u32(vmlal_n_u16(
+            vmull_n_u16(vget_low_u16(high), weight_high), vget_low_u16(low), weight_low))};
+        if constexpr (N == 4) break;
+        out.quad[2 * k + 1] = {vreinterpretq_s32_u32(
+            vmlal_high_n_u16(vmull_high_n_u16(high, weight_high), low, weight_low))};
+    }
+    return out;
 }
-inline Quad weigh_bytes(const NarrowScale& scale, Pairs pairs) {
-    return weigh_halves(scale, pairs.high, pairs.low);
-}
-inline Quad weigh_levels(const NarrowScale& scale, Pairs pairs) {
-    return weigh_halves(scale, pairs.high, pairs.low);
-}
-
-inline Quad divide_bytes(const NarrowScale& scale, Quad sums) {
-    return {vcvtq_s32_f32(vmulq_n_f32(vcvtq_f32_s32(sums.v), scale.reciprocal))};
+template <std::size_t N>
+Values<N> weigh_bytes(const NarrowScale& scale, const Pairs<N>& pairs) {
+    return weigh_levels(scale, pairs);
 }
 
 /// The doubling multiplication keeps what lies above 31 bits.
 inline Quad divide_levels(const NarrowScale& scale, Quad sums) {
-    return {vshlq_s32(vqdmulhq_n_s32(sums.v, scale.multiplier), vdupq_n_s32(-scale.shift))};
+    return {vshrq_n_s32(vqdmulhq_n_s32(sums.v, scale.multiplier), NarrowScale::kShift)};
+}
+inline Quad divide_bytes(const NarrowScale& scale, Quad sums) {
+    return divide_levels(scale, sums);
 }
 
-inline Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
-    const auto four = [&](uint16x4_t h, uint16x4_t l) {
-        return vreinterpretq_u16_s32(divide_bytes(scale, weigh_halves(scale, h, l)).v);
+template <std::size_t N>
+[[gnu::always_inline]] inline Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
+    const Values<N> sums = weigh_bytes(scale, pairs<N>(high, low));
+    const auto product = [&](std::size_t k) {
+        return vqdmulhq_n_s32(sums.quad[k].v, scale.multiplier);
     };
-    const auto eight = [&](uint16x8_t h, uint16x8_t l) {
-        return vreinterpretq_u8_u16(vuzp1q_u16(four(vget_low_u16(h), vget_low_u16(l)),
-                                               four(vget_high_u16(h), vget_high_u16(l))));
-    };
-    return {vuzp1q_u8(eight(vmovl_u8(vget_low_u8(high.v)), vmovl_u8(vget_low_u8(low.v))),
-                      eight(vmovl_high_u8(high.v), vmovl_high_u8(low.v)))};
+    if constexpr (N == 4) {
+        return cut(Values<4>{{{vshrq_n_s32(product(0), NarrowScale::kShift)}}});
+    } else {
+        const auto eight = [&](std::size_t k) {
+            const int16x4_t four = vshrn_n_s32(product(k), NarrowScale::kShift);
+            return vreinterpretq_u8_s16(
+                vshrn_high_n_s32(four, product(k + 1), NarrowScale::kShift));
+        };
+        return {vuzp1q_u8(eight(0), eight(2))};
+    }
 }
 
 }  // namespace imgtune::neon

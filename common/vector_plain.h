@@ -10,13 +10,15 @@
 #include "common/arithmetic.h"
 #include "common/narrow_scale.h"
 #include "common/packed_fields.h"
+#include "common/vector_values.h"
 
 // The operations of register images on a few lanes at a time, in plain C++: what every machine can
 // run, and what the others are tested against. Here and in its siblings:
 //
-// Sixteen   sixteen bytes
+// Sixteen   sixteen bytes, or four with anything behind them
 // Quad      four values of 32 bits
-// Pairs     four pairs of a High and a Low value, 16 bits each
+// Values    sixteen or four values of 32 bits
+// Pairs     sixteen or four pairs of a High and a Low value, 16 bits each
 // Reals     four values in single precision
 
 namespace imgtune::plain {
@@ -27,9 +29,12 @@ struct Sixteen {
 struct Quad {
     std::int32_t v[4];
 };
+template <std::size_t N>
+using Values = ValuesIn<Quad, N>;
+template <std::size_t N>
 struct Pairs {
-    std::uint16_t high[4];
-    std::uint16_t low[4];
+    std::uint16_t high[N];
+    std::uint16_t low[N];
 };
 struct Reals {
     float v[4];
@@ -58,19 +63,21 @@ Reals each_real(Reals a, Reals b, const Operation& operation) {
     return out;
 }
 
-template <class Operation>
-Pairs each_half(Pairs a, Pairs b, const Operation& operation) {
-    Pairs out;
-    for (std::size_t j = 0; j < 4; ++j) {
+template <std::size_t N, class Operation>
+Pairs<N> each_half(const Pairs<N>& a, const Pairs<N>& b, const Operation& operation) {
+    Pairs<N> out;
+    for (std::size_t j = 0; j < N; ++j) {
         out.high[j] = static_cast<std::uint16_t>(operation(a.high[j], b.high[j]));
         out.low[j] = static_cast<std::uint16_t>(operation(a.low[j], b.low[j]));
     }
     return out;
 }
 
-inline Sixteen load(const std::uint8_t* from) {
-    Sixteen out;
-    std::memcpy(out.v, from, 16);
+/// Sixteen bytes, or four.
+template <std::size_t N>
+Sixteen load(const std::uint8_t* from) {
+    Sixteen out{};
+    std::memcpy(out.v, from, N);
     return out;
 }
 inline Quad load(const std::int32_t* from) {
@@ -83,8 +90,9 @@ inline Quad load(const std::uint32_t* from) {
     std::memcpy(out.v, from, 16);
     return out;
 }
-inline void store(std::uint8_t* to, Sixteen bytes) {
-    std::memcpy(to, bytes.v, 16);
+template <std::size_t N>
+void store(std::uint8_t* to, Sixteen bytes) {
+    std::memcpy(to, bytes.v, N);
 }
 inline void store(std::int32_t* to, Quad values) {
     std::memcpy(to, values.v, 16);
@@ -110,25 +118,36 @@ inline void store_spaced(std::uint32_t* words, Sixteen bytes) {
     }
 }
 
-/// Sixteen values, cut to their low 8 bits.
-inline Sixteen cut(const std::int32_t* values) {
-    Sixteen out;
-    for (std::size_t j = 0; j < 16; ++j) out.v[j] = static_cast<std::uint8_t>(values[j]);
-    return out;
-}
-
-/// Sixteen values of 0..2^31 - 1, limited to 255.
-inline Sixteen saturate(const std::int32_t* values) {
-    Sixteen out;
-    for (std::size_t j = 0; j < 16; ++j) {
-        out.v[j] = static_cast<std::uint8_t>(std::min(values[j], 255));
+/// Values cut to their low 8 bits.
+template <std::size_t N>
+Sixteen cut(const Values<N>& values) {
+    Sixteen out{};
+    for (std::size_t j = 0; j < N; ++j) {
+        out.v[j] = static_cast<std::uint8_t>(values.quad[j / 4].v[j % 4]);
     }
     return out;
 }
 
-inline bool all_at_most(Sixteen a, Sixteen b) {
+/// Values of 0..2^16 - 1, limited to 255.
+template <std::size_t N>
+Sixteen saturate(const Values<N>& values) {
+    Sixteen out{};
+    for (std::size_t j = 0; j < N; ++j) {
+        out.v[j] = static_cast<std::uint8_t>(std::min(values.quad[j / 4].v[j % 4], 255));
+    }
+    return out;
+}
+
+/// How far every byte of a lies above that of b; 0 where it does not.
+inline Sixteen excess(Sixteen a, Sixteen b) {
+    return each_byte(a, b, [](int x, int y) { return std::max(x - y, 0); });
+}
+inline Sixteen operator|(Sixteen a, Sixteen b) {
+    return each_byte(a, b, [](int x, int y) { return x | y; });
+}
+inline bool all_zero(Sixteen a) {
     bool all = true;
-    for (std::size_t j = 0; j < 16; ++j) all &= a.v[j] <= b.v[j];
+    for (std::size_t j = 0; j < 16; ++j) all &= a.v[j] == 0;
     return all;
 }
 inline bool all_below(Sixteen a, Sixteen b) {
@@ -151,21 +170,23 @@ inline Sixteen step(Sixteen previous, Sixteen target, std::uint8_t reach) {
                      [reach](int p, int t) { return std::clamp(t, p - reach, p + reach); });
 }
 
-/// Four pairs of bytes.
-inline Pairs load_pairs(const std::uint8_t* high, const std::uint8_t* low) {
-    Pairs out;
-    for (std::size_t j = 0; j < 4; ++j) {
-        out.high[j] = high[j];
-        out.low[j] = low[j];
+template <std::size_t N>
+Pairs<N> pairs(Sixteen high, Sixteen low) {
+    Pairs<N> out;
+    for (std::size_t j = 0; j < N; ++j) {
+        out.high[j] = high.v[j];
+        out.low[j] = low.v[j];
     }
     return out;
 }
 
 // Modulo 2^16.
-inline Pairs operator-(Pairs a, Pairs b) {
+template <std::size_t N>
+Pairs<N> operator-(const Pairs<N>& a, const Pairs<N>& b) {
     return each_half(a, b, [](int x, int y) { return x - y; });
 }
-inline Pairs operator*(Pairs a, Pairs b) {
+template <std::size_t N>
+Pairs<N> operator*(const Pairs<N>& a, const Pairs<N>& b) {
     return each_half(a, b, [](std::uint32_t x, std::uint32_t y) { return x * y; });
 }
 
@@ -308,8 +329,8 @@ inline std::uint32_t pack(const PackedFields& fields, Quad values) {
 }
 
 /// Pairs of values below 2^16.
-inline Pairs pair(Quad high, Quad low) {
-    Pairs out;
+inline Pairs<4> pairs(Quad high, Quad low) {
+    Pairs<4> out;
     for (std::size_t j = 0; j < 4; ++j) {
         out.high[j] = static_cast<std::uint16_t>(high.v[j]);
         out.low[j] = static_cast<std::uint16_t>(low.v[j]);
@@ -318,26 +339,26 @@ inline Pairs pair(Quad high, Quad low) {
 }
 
 /// The weighted sums of pairs of bytes, or of other values below 2^15.
-inline Quad weigh_bytes(const NarrowScale& scale, Pairs pairs) {
-    Quad out;
-    for (std::size_t j = 0; j < 4; ++j) {
-        out.v[j] = pairs.high[j] * scale.weight_high + pairs.low[j] * scale.weight_low;
+template <std::size_t N>
+Values<N> weigh_bytes(const NarrowScale& scale, const Pairs<N>& pairs) {
+    Values<N> out;
+    for (std::size_t j = 0; j < N; ++j) {
+        out.quad[j / 4].v[j % 4] =
+            pairs.high[j] * scale.weight_high + pairs.low[j] * scale.weight_low;
     }
     return out;
 }
 /// The same of any pairs.
-inline Quad weigh_levels(const NarrowScale& scale, Pairs pairs) {
+template <std::size_t N>
+Values<N> weigh_levels(const NarrowScale& scale, const Pairs<N>& pairs) {
     return weigh_bytes(scale, pairs);
 }
 
 /// Weighted sums of bytes, divided.
 inline Quad divide_bytes(const NarrowScale& scale, Quad sums) {
-    Quad out;
-    for (std::size_t j = 0; j < 4; ++j) {
-        const float quotient = static_cast<float>(sums.v[j]) * scale.reciprocal;
-        out.v[j] = static_cast<std::int32_t>(quotient);
-    }
-    return out;
+    return each_lane(sums, sums, [&](std::int32_t x, std::int32_t) {
+        return static_cast<std::int32_t>(static_cast<float>(x) * scale.reciprocal);
+    });
 }
 /// Weighted sums of levels, divided.
 inline Quad divide_levels(const NarrowScale& scale, Quad sums) {
@@ -345,13 +366,10 @@ inline Quad divide_levels(const NarrowScale& scale, Quad sums) {
 }
 
 /// The weighted means of bytes.
-inline Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
-    std::int32_t values[16];
-    for (std::size_t j = 0; j < 16; j += 4) {
-        const Pairs pairs = load_pairs(high.v + j, low.v + j);
-        store(values + j, divide_bytes(scale, weigh_bytes(scale, pairs)));
-    }
-    return cut(values);
+template <std::size_t N>
+Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
+    const Values<N> sums = weigh_bytes(scale, pairs<N>(high, low));
+    return cut(each_quad(sums, sums, [&](Quad x, Quad) { return divide_bytes(scale, x); }));
 }
 
 }  // namespace imgtune::plain

@@ -9,6 +9,7 @@
 #include "common/arithmetic.h"
 #include "common/narrow_scale.h"
 #include "common/packed_fields.h"
+#include "common/vector_values.h"
 
 // The operations of vector_plain.h with SSE2, which every x86-64 has.
 
@@ -20,8 +21,11 @@ struct Sixteen {
 struct Quad {
     __m128i v;
 };
+template <std::size_t N>
+using Values = ValuesIn<Quad, N>;
+template <std::size_t N>
 struct Pairs {
-    __m128i v;  ///< a High value in the low half of each 32 bits, its Low value above
+    __m128i v[N / 4];  ///< a High value in the low half of each 32 bits, its Low value above
 };
 struct Reals {
     __m128 v;
@@ -34,8 +38,15 @@ inline void store_vector(void* to, __m128i v) {
     _mm_storeu_si128(static_cast<__m128i*>(to), v);
 }
 
-inline Sixteen load(const std::uint8_t* from) {
-    return {load_vector(from)};
+template <std::size_t N>
+Sixteen load(const std::uint8_t* from) {
+    if constexpr (N == 16) {
+        return {load_vector(from)};
+    } else {
+        int four;
+        std::memcpy(&four, from, 4);
+        return {_mm_cvtsi32_si128(four)};
+    }
 }
 inline Quad load(const std::int32_t* from) {
     return {load_vector(from)};
@@ -43,8 +54,14 @@ inline Quad load(const std::int32_t* from) {
 inline Quad load(const std::uint32_t* from) {
     return {load_vector(from)};
 }
-inline void store(std::uint8_t* to, Sixteen bytes) {
-    store_vector(to, bytes.v);
+template <std::size_t N>
+void store(std::uint8_t* to, Sixteen bytes) {
+    if constexpr (N == 16) {
+        store_vector(to, bytes.v);
+    } else {
+        const int four = _mm_cvtsi128_si32(bytes.v);
+        std::memcpy(to, &four, 4);
+    }
 }
 inline void store(std::int32_t* to, Quad values) {
     store_vector(to, values.v);
@@ -69,24 +86,29 @@ inline void store_spaced(std::uint32_t* words, Sixteen bytes) {
     put(words + 4, _mm_unpackhi_epi8(bytes.v, zero));
 }
 
-inline Sixteen cut(const std::int32_t* values) {
-    const __m128i low_bytes = _mm_set1_epi32(0xff);
-    const auto eight = [&](const std::int32_t* from) {
-        return _mm_packs_epi32(_mm_and_si128(load_vector(from), low_bytes),
-                               _mm_and_si128(load_vector(from + 4), low_bytes));
+template <std::size_t N>
+Sixteen saturate(const Values<N>& values) {
+    const auto eight = [&](std::size_t k) {
+        return _mm_packs_epi32(values.quad[k].v, values.quad[N == 4 ? k : k + 1].v);
     };
-    return {_mm_packus_epi16(eight(values), eight(values + 8))};
+    return {_mm_packus_epi16(eight(0), eight(N == 4 ? 0 : 2))};
 }
 
-inline Sixteen saturate(const std::int32_t* values) {
-    const auto eight = [](const std::int32_t* from) {
-        return _mm_packs_epi32(load_vector(from), load_vector(from + 4));
-    };
-    return {_mm_packus_epi16(eight(values), eight(values + 8))};
+template <std::size_t N>
+Sixteen cut(const Values<N>& values) {
+    const Quad low_bytes{_mm_set1_epi32(0xff)};
+    return saturate(each_quad(values, values,
+                              [&](Quad x, Quad) { return Quad{_mm_and_si128(x.v, low_bytes.v)}; }));
 }
 
-inline bool all_at_most(Sixteen a, Sixteen b) {
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(a.v, b.v), b.v)) == 0xffff;
+inline Sixteen excess(Sixteen a, Sixteen b) {
+    return {_mm_subs_epu8(a.v, b.v)};
+}
+inline Sixteen operator|(Sixteen a, Sixteen b) {
+    return {_mm_or_si128(a.v, b.v)};
+}
+inline bool all_zero(Sixteen a) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(a.v, _mm_setzero_si128())) == 0xffff;
 }
 inline bool all_below(Sixteen a, Sixteen b) {
     return _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(a.v, b.v), a.v)) == 0;
@@ -103,20 +125,32 @@ inline Sixteen step(Sixteen previous, Sixteen target, std::uint8_t reach) {
     return {_mm_min_epu8(lifted, _mm_adds_epu8(previous.v, reaches))};
 }
 
-inline Pairs load_pairs(const std::uint8_t* high, const std::uint8_t* low) {
-    const auto four = [](const std::uint8_t* from) {
-        int word;
-        std::memcpy(&word, from, 4);
-        return _mm_cvtsi32_si128(word);
-    };
-    return {_mm_unpacklo_epi8(_mm_unpacklo_epi8(four(high), four(low)), _mm_setzero_si128())};
+template <std::size_t N>
+Pairs<N> pairs(Sixteen high, Sixteen low) {
+    const __m128i zero = _mm_setzero_si128();
+    Pairs<N> out;
+    const __m128i first = _mm_unpacklo_epi8(high.v, low.v);
+    out.v[0] = _mm_unpacklo_epi8(first, zero);
+    if constexpr (N == 16) {
+        const __m128i last = _mm_unpackhi_epi8(high.v, low.v);
+        out.v[1] = _mm_unpackhi_epi8(first, zero);
+        out.v[2] = _mm_unpacklo_epi8(last, zero);
+        out.v[3] = _mm_unpackhi_epi8(last, zero);
+    }
+    return out;
 }
 
-inline Pairs operator-(Pairs a, Pairs b) {
-    return {_mm_sub_epi16(a.v, b.v)};
+template <std::size_t N>
+Pairs<N> operator-(const Pairs<N>& a, const Pairs<N>& b) {
+    Pairs<N> out;
+    for (std::size_t k = 0; k < N / 4; ++k) out.v[k] = _mm_sub_epi16(a.v[k], b.v[k]);
+    return out;
 }
-inline Pairs operator*(Pairs a, Pairs b) {
-    return {_mm_mullo_epi16(a.v, b.v)};
+template <std::size_t N>
+Pairs<N> operator*(const Pairs<N>& a, const Pairs<N>& b) {
+    Pairs<N> out;
+    for (std::size_t k = 0; k < N / 4; ++k) out.v[k] = _mm_mullo_epi16(a.v[k], b.v[k]);
+    return out;
 }
 
 inline Quad operator+(Quad a, Quad b) {
@@ -250,8 +284,8 @@ inline std::uint32_t pack(const PackedFields& fields, Quad values) {
     return as_unsigned(_mm_cvtsi128_si32(whole));
 }
 
-inline Pairs pair(Quad high, Quad low) {
-    return {_mm_or_si128(high.v, _mm_slli_epi32(low.v, 16))};
+inline Pairs<4> pairs(Quad high, Quad low) {
+    return {{_mm_or_si128(high.v, _mm_slli_epi32(low.v, 16))}};
 }
 
 /// Both weights, as a multiply-add takes them.
@@ -259,16 +293,27 @@ inline __m128i pair_weights(const NarrowScale& scale) {
     return _mm_set1_epi32(scale.weight_low << 16 | scale.weight_high);
 }
 
-inline Quad weigh_bytes(const NarrowScale& scale, Pairs pairs) {
-    return {_mm_madd_epi16(pairs.v, pair_weights(scale))};
+template <std::size_t N>
+Values<N> weigh_bytes(const NarrowScale& scale, const Pairs<N>& pairs) {
+    Values<N> out;
+    for (std::size_t k = 0; k < N / 4; ++k) {
+        out.quad[k] = {_mm_madd_epi16(pairs.v[k], pair_weights(scale))};
+    }
+    return out;
 }
 
 /// A multiply-add takes its values as signed: they are taken 2^15 lower, which lowers the sum by
 /// 2^15 divisors.
-inline Quad weigh_levels(const NarrowScale& scale, Pairs pairs) {
-    const __m128i lowered = _mm_xor_si128(pairs.v, _mm_set1_epi16(static_cast<short>(-0x8000)));
-    const __m128i sum = _mm_madd_epi16(lowered, pair_weights(scale));
-    return {_mm_add_epi32(sum, _mm_set1_epi32((scale.weight_high + scale.weight_low) << 15))};
+template <std::size_t N>
+Values<N> weigh_levels(const NarrowScale& scale, const Pairs<N>& pairs) {
+    const __m128i half = _mm_set1_epi16(static_cast<short>(-0x8000));
+    const __m128i lowered_by = _mm_set1_epi32((scale.weight_high + scale.weight_low) << 15);
+    Values<N> out;
+    for (std::size_t k = 0; k < N / 4; ++k) {
+        const __m128i lowered = _mm_xor_si128(pairs.v[k], half);
+        out.quad[k] = {_mm_add_epi32(_mm_madd_epi16(lowered, pair_weights(scale)), lowered_by)};
+    }
+    return out;
 }
 
 inline Quad divide_bytes(const NarrowScale& scale, Quad sums) {
@@ -277,24 +322,16 @@ inline Quad divide_bytes(const NarrowScale& scale, Quad sums) {
 
 inline Quad divide_levels(const NarrowScale& scale, Quad sums) {
     const __m128i multiplier = _mm_set1_epi32(scale.multiplier);
-    const __m128i shift = _mm_cvtsi32_si128(31 + scale.shift);
-    const __m128i even = _mm_mul_epu32(sums.v, multiplier);
-    const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(sums.v, 32), multiplier);
-    return {
-        _mm_or_si128(_mm_srl_epi64(even, shift), _mm_slli_epi64(_mm_srl_epi64(odd, shift), 32))};
+    const __m128 even = _mm_castsi128_ps(_mm_mul_epu32(sums.v, multiplier));
+    const __m128 odd = _mm_castsi128_ps(_mm_mul_epu32(_mm_srli_epi64(sums.v, 32), multiplier));
+    const __m128i above_32 = _mm_castps_si128(_mm_shuffle_ps(even, odd, 0xdd));
+    return {_mm_srli_epi32(_mm_shuffle_epi32(above_32, 0xd8), NarrowScale::kShift - 1)};
 }
 
-inline Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
-    const __m128i zero = _mm_setzero_si128();
-    const auto four = [&](__m128i pairs) {
-        return divide_bytes(scale, weigh_bytes(scale, {pairs})).v;
-    };
-    const auto eight = [&](__m128i pairs) {
-        return _mm_packs_epi32(four(_mm_unpacklo_epi8(pairs, zero)),
-                               four(_mm_unpackhi_epi8(pairs, zero)));
-    };
-    return {_mm_packus_epi16(eight(_mm_unpacklo_epi8(high.v, low.v)),
-                             eight(_mm_unpackhi_epi8(high.v, low.v)))};
+template <std::size_t N>
+[[gnu::always_inline]] inline Sixteen mean(const NarrowScale& scale, Sixteen high, Sixteen low) {
+    const Values<N> sums = weigh_bytes(scale, pairs<N>(high, low));
+    return saturate(each_quad(sums, sums, [&](Quad x, Quad) { return divide_bytes(scale, x); }));
 }
 
 }  // namespace imgtune::sse2

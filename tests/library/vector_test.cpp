@@ -33,13 +33,15 @@ class Values {
     std::mt19937 random_{11};
 };
 
-/// What either set of vectors gives for the same inputs, as bytes and as 32-bit values.
+/// What either set of vectors gives for the same inputs, as bytes and as 32-bit values: of sixteen
+/// fields, then of the first four alone.
 struct Results {
-    std::uint8_t bytes[6][16];
+    std::uint8_t bytes[10][16];
     std::uint32_t spaced[8];
-    std::int32_t values[10][4];
+    std::int32_t values[2][10][16];
+    std::int32_t quads[4][4];
     std::uint32_t packed;
-    bool at_most, below;
+    bool all_zero, below;
 
     friend bool operator==(const Results& a, const Results& b) {
         return std::memcmp(&a, &b, sizeof(a)) == 0;
@@ -48,39 +50,61 @@ struct Results {
 
 constexpr PackedFields kFields({{0, 22, 7}, {0, 14, 8}, {0, 7, 7}, {0, 0, 7}});
 
-#define IMGTUNE_RESULTS_WITH(V)                                                                    \
-    Results results_with_##V(const NarrowScale& scale, const std::uint8_t(&b)[4][16],              \
-                             const std::int32_t(&level)[16], const std::uint32_t(&words)[8]) {     \
-        Results out;                                                                               \
-        std::memset(&out, 0, sizeof(out));                                                         \
-        const auto x = V::load(b[0]), y = V::load(b[1]), z = V::load(b[2]);                        \
-        V::store(out.bytes[0], V::mean(scale, x, y));                                              \
-        V::store(out.bytes[1], V::clip(x, y, z));                                                  \
-        V::store(out.bytes[2], V::step(x, y, b[3][0]));                                            \
-        V::store(out.bytes[3], V::cut(level));                                                     \
-        V::store(out.bytes[4], V::saturate(level));                                                \
-        V::store(out.bytes[5], V::load_spaced(words));                                             \
-        std::memcpy(out.spaced, words, sizeof(words));                                             \
-        V::store_spaced(out.spaced, x);                                                            \
-        const auto gain = V::load_pairs(b[0], b[1]);                                               \
-        const auto first = V::load_pairs(b[2], b[3]), second = V::load_pairs(b[2] + 4, b[3] + 4);  \
-        const auto sum = V::weigh_levels(scale, gain * first);                                     \
-        const auto knot = V::divide_bytes(scale, V::weigh_bytes(scale, first));                    \
-        const auto last = sum + times_32(V::weigh_bytes(scale, gain));                             \
-        V::store(out.values[0], sum);                                                              \
-        V::store(out.values[1], knot);                                                             \
-        V::store(out.values[2], V::divide_levels(scale, sum));                                     \
-        V::store(out.values[3], V::weigh_levels(scale, gain*(second - first)));                    \
-        V::store(out.values[4], quotient_or_zero(V::divide_levels(scale, sum), knot));             \
-        V::store(out.values[5], V::divide_levels(scale, last));                                    \
-        V::store(out.values[6], over_32(plus_32(knot)));                                           \
-        V::store(out.values[7], V::unpack(kFields, words[0]));                                     \
-        V::store(out.values[8], V::load(level) - knot);                                            \
-        V::store(out.values[9], V::weigh_levels(scale, pair(V::load(level), V::load(level + 4)))); \
-        out.packed = V::pack(kFields, V::load(level));                                             \
-        out.at_most = V::all_at_most(x, y);                                                        \
-        out.below = V::all_below(x, y);                                                            \
-        return out;                                                                                \
+template <class Quad, std::size_t N>
+void put(std::int32_t (&to)[16], const ValuesIn<Quad, N>& values) {
+    for (std::size_t k = 0; k < N / 4; ++k) store(to + 4 * k, values.quad[k]);
+}
+
+#define IMGTUNE_RESULTS_WITH(V)                                                                 \
+    template <std::size_t N>                                                                    \
+    V::Sixteen curves_with_##V(const NarrowScale& scale, const std::uint8_t(&b)[4][16],         \
+                               std::int32_t(&out)[10][16]) {                                    \
+        const auto pairs_of = [&](std::size_t high, std::size_t low) {                          \
+            return V::pairs<N>(V::load<N>(b[high]), V::load<N>(b[low]));                        \
+        };                                                                                      \
+        const auto each = [&](const auto& sums, const auto& divide) {                           \
+            return each_quad(sums, sums, [&](V::Quad x, V::Quad) { return divide(scale, x); }); \
+        };                                                                                      \
+        const auto gain = pairs_of(0, 1), first = pairs_of(2, 3), second = pairs_of(3, 0);      \
+        const auto sum = V::weigh_levels(scale, gain * first);                                  \
+        const auto knot = each(V::weigh_bytes(scale, first), V::divide_bytes);                  \
+        const auto level = each(sum, V::divide_levels);                                         \
+        const auto last = sum + times_32(V::weigh_bytes(scale, gain));                          \
+        const auto slope = quotient_or_zero(level, knot);                                       \
+        put(out[0], sum);                                                                       \
+        put(out[1], knot);                                                                      \
+        put(out[2], level);                                                                     \
+        put(out[3], V::weigh_levels(scale, gain*(second - first)));                             \
+        put(out[4], slope);                                                                     \
+        put(out[5], each(last, V::divide_levels));                                              \
+        put(out[6], over_32(plus_32(knot)));                                                    \
+        put(out[7], level - knot);                                                              \
+        V::store<N>(reinterpret_cast<std::uint8_t*>(out[8]), V::cut(level - knot));             \
+        V::store<N>(reinterpret_cast<std::uint8_t*>(out[9]), V::saturate(slope));               \
+        return V::mean<N>(scale, V::load<N>(b[0]), V::load<N>(b[1]));                           \
+    }                                                                                           \
+                                                                                                \
+    Results results_with_##V(const NarrowScale& scale, const std::uint8_t(&b)[4][16],           \
+                             const std::int32_t(&level)[8], const std::uint32_t(&words)[8]) {   \
+        Results out;                                                                            \
+        std::memset(&out, 0, sizeof(out));                                                      \
+        const auto x = V::load<16>(b[0]), y = V::load<16>(b[1]), z = V::load<16>(b[2]);         \
+        V::store<16>(out.bytes[0], curves_with_##V<16>(scale, b, out.values[0]));               \
+        V::store<4>(out.bytes[1], curves_with_##V<4>(scale, b, out.values[1]));                 \
+        V::store<16>(out.bytes[2], V::clip(x, y, z));                                           \
+        V::store<16>(out.bytes[3], V::step(x, y, b[3][0]));                                     \
+        V::store<16>(out.bytes[4], V::excess(x, y) | V::excess(z, x));                          \
+        V::store<16>(out.bytes[5], V::load_spaced(words));                                      \
+        std::memcpy(out.spaced, words, sizeof(words));                                          \
+        V::store_spaced(out.spaced, x);                                                         \
+        const auto low = V::load(level), high = V::load(level + 4);                             \
+        V::store(out.quads[0], V::weigh_levels(scale, V::pairs(low, high)).quad[0]);            \
+        V::store(out.quads[1], V::unpack(kFields, words[0]));                                   \
+        V::store(out.quads[2], low - high);                                                     \
+        out.packed = V::pack(kFields, low);                                                     \
+        out.all_zero = V::all_zero(V::excess(x, y));                                            \
+        out.below = V::all_below(x, y);                                                         \
+        return out;                                                                             \
     }
 
 // A namespace is no template parameter.
@@ -101,7 +125,7 @@ TEST(Vectors, OfTheMachineGiveWhatThePlainOnesGive) {
         }
         if (round % 3 == 0) std::memset(bytes[1], 255 - round % 2, 16);  // so that comparisons hold
         if (round % 4 == 0) std::memset(bytes[2], 0, 4);                 // a run of nothing
-        std::int32_t level[16];
+        std::int32_t level[8];
         for (auto& v : level) v = values.below(round % 2 == 0 ? 65026 : 300);
         std::uint32_t words[8];
         for (auto& w : words) w = values.bits();
@@ -114,22 +138,28 @@ TEST(Vectors, OfTheMachineGiveWhatThePlainOnesGive) {
 TEST(Vectors, PlainOnesFollowTheirRules) {
     const std::uint8_t high[16] = {0, 255, 100, 10, 255, 200}, low[16] = {255, 0, 50, 20, 255, 100};
     std::uint8_t out[16];
-    plain::store(out, plain::mean({30, 20}, plain::load(high), plain::load(low)));
+    plain::store<16>(out, plain::mean<16>({30, 20}, plain::load<16>(high), plain::load<16>(low)));
     const std::uint8_t means[16] = {102, 153, 80, 14, 255, 160};  // (30 high + 20 low) / 50
     EXPECT_EQ(std::memcmp(out, means, 16), 0);
-    plain::store(out, plain::step(plain::load(high), plain::load(low), 20));
+    plain::store<16>(out, plain::step(plain::load<16>(high), plain::load<16>(low), 20));
     const std::uint8_t steps[16] = {20, 235, 80, 20, 255, 180};
     EXPECT_EQ(std::memcmp(out, steps, 16), 0);
     const std::uint8_t values[16] = {7, 250, 49, 15, 0, 255},
                        clipped[16] = {7, 250, 50, 15, 255, 200};
-    plain::store(out, plain::clip(plain::load(values), plain::load(high), plain::load(low)));
+    plain::store<16>(
+        out, plain::clip(plain::load<16>(values), plain::load<16>(high), plain::load<16>(low)));
     EXPECT_EQ(std::memcmp(out, clipped, 16), 0);
-    const std::int32_t wide[16] = {256, 257, 65025, 255, 0};
-    const std::uint8_t cut[16] = {0, 1, 1, 255, 0}, limited[16] = {255, 255, 255, 255, 0};
-    plain::store(out, plain::cut(wide));
+    const plain::Values<4> wide{{{{256, 257, 65025, 0}}}};
+    const std::uint8_t cut[16] = {0, 1, 1, 0}, limited[16] = {255, 255, 255, 0};
+    plain::store<16>(out, plain::cut(wide));
     EXPECT_EQ(std::memcmp(out, cut, 16), 0);
-    plain::store(out, plain::saturate(wide));
+    plain::store<16>(out, plain::saturate(wide));
     EXPECT_EQ(std::memcmp(out, limited, 16), 0);
+    const std::uint8_t excess[16] = {0, 255, 50, 0, 0, 100};
+    plain::store<16>(out, plain::excess(plain::load<16>(high), plain::load<16>(low)));
+    EXPECT_EQ(std::memcmp(out, excess, 16), 0);
+    EXPECT_FALSE(plain::all_zero(plain::load<16>(excess)));
+    EXPECT_TRUE(plain::all_zero(plain::excess(plain::load<4>(low + 3), plain::load<4>(low + 3))));
     const std::uint32_t word = 1U << 22 | 2U << 14 | 3U << 7 | 4 | 7U << 29;
     const plain::Quad fields = plain::unpack(kFields, word);
     EXPECT_EQ(fields.v[0] * 1000 + fields.v[1] * 100 + fields.v[2] * 10 + fields.v[3], 1234);
@@ -233,12 +263,13 @@ TEST(Vectors, PlainRowsFollowTheirRules) {
 TEST(Vectors, NarrowDivisionsAreExactWhereAQuotientChanges) {
     for (const std::int32_t divisor : kDivisors) {
         const NarrowScale scale(divisor, 0);
+        const std::int32_t unit = scale.weight_high / divisor;  // what weights are taken times
         for (std::int32_t quotient = 1; quotient <= kHighestLevel; ++quotient) {
-            const std::int32_t sum = 2 * quotient * divisor;
+            const std::int32_t sum = scale.weight_high * quotient;
             ASSERT_EQ(scale.divide(sum), quotient) << divisor;
-            ASSERT_EQ(scale.divide(sum - 2), quotient - 1) << divisor;
+            ASSERT_EQ(scale.divide(sum - unit), quotient - 1) << divisor;
             if (quotient > 255) continue;
-            const plain::Quad bytes = plain::divide_bytes(scale, {{sum, sum - 2, 0, 0}});
+            const plain::Quad bytes = plain::divide_bytes(scale, {{sum, sum - unit, 0, 0}});
             ASSERT_EQ(bytes.v[0], quotient) << divisor;
             ASSERT_EQ(bytes.v[1], quotient - 1) << divisor;
         }

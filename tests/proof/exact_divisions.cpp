@@ -25,16 +25,17 @@ void report(const char* what) {
     seen = 0;
 }
 
-/// `divide` of the doubled sums at the boundaries of quotients 0..highest, every narrow divisor.
+/// `divide` of the sums at the boundaries of quotients 0..highest, every narrow divisor.
 template <class Divide>
 void prove(const char* what, std::int32_t highest, const Divide& divide) {
     for (std::int32_t divisor = 1; divisor <= kNarrowDivisor; ++divisor) {
         const NarrowScale scale(divisor, 0);
+        const std::int32_t scaled = scale.weight_high;
         for (std::int32_t quotient = 0; quotient <= highest; ++quotient) {
-            const std::int32_t first = 2 * quotient * divisor;
-            check(divide(scale, first), quotient, first, 2 * divisor);
-            const std::int32_t last = first + 2 * divisor - 2;
-            if (quotient < highest) check(divide(scale, last), quotient, last, 2 * divisor);
+            const std::int32_t first = quotient * scaled;
+            check(divide(scale, first), quotient, first, scaled);
+            const std::int32_t last = first + scaled - scaled / divisor;
+            if (quotient < highest) check(divide(scale, last), quotient, last, scaled);
         }
     }
     report(what);
