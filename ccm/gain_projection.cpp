@@ -61,8 +61,9 @@ std::int32_t ct_position(const AWB_GAIN_T& gain, const Locus& locus) {
     if (gain.i4R <= locus.lowest().i4R) return kBelowLowestCt;
     if (gain.i4R >= locus.highest().i4R) return count + kAboveHighestCt;
 
-    const std::int32_t coarse = coarse_index(gain, locus);
     std::int32_t position = nearest_index(gain, locus);
+    if (position == 0) return 1;  // whatever the coarse index: it moves a position by one at most
+    const std::int32_t coarse = coarse_index(gain, locus);
     if (position < coarse - 1) {
         ++position;
     } else if (position > coarse + 1) {
@@ -114,9 +115,10 @@ AWB_GAIN_T project_on_chord(const AWB_GAIN_T& gain, const Locus& locus) {
         wrap_add(wrap_mul(chord_red, chord_red), wrap_mul(chord_blue, chord_blue));
     // A line of no length gives NaN, which truncates to 0: the lowest tuned gain.
     const float t = static_cast<float>(along) / static_cast<float>(length);
-    const AWB_GAIN_T foot{
-        wrap_add(origin.i4R, truncate_to_int32(static_cast<float>(chord_red) * t)), kGreenUnity,
-        wrap_add(origin.i4B, truncate_to_int32(static_cast<float>(chord_blue) * t))};
+    std::int32_t from_origin[4];
+    vector::store(from_origin, truncate(to_reals(vector::quad(chord_red, chord_blue, 0, 0)) * t));
+    const AWB_GAIN_T foot{wrap_add(origin.i4R, from_origin[0]), kGreenUnity,
+                          wrap_add(origin.i4B, from_origin[1])};
     ccm_trace("Proj AWB Gain = (%d, %d, %d)\n", foot.i4R, foot.i4G, foot.i4B);
     return foot;
 }

@@ -53,12 +53,13 @@ CoefficientRows generate(const AWB_GAIN_T& gain, ISP_NVRAM_MULTI_CCM_STRUCT& tun
                          const CoefficientCodec& codec, std::int32_t unity, std::int32_t flash,
                          std::int32_t lv_row) {
     const Locus locus(tuning.rCTAWBGain[lv_row], tuning.i4NumCT);
+    const std::int32_t method = tuning.i4Method;
     AWB_GAIN_T projected{};
     CtPlace place{};
-    if (tuning.i4Method == 1) projected = project_on_chord(gain, locus);
-    if (tuning.i4Method == 2) place = place_on_locus(gain, locus);
+    if (method == 1) projected = project_on_chord(gain, locus);
+    if (method == 2) place = place_on_locus(gain, locus);
     CoefficientRows matrix{};
-    interpolate(projected, unity, tuning, flash, matrix, tuning.i4Method, lv_row, [&] {
+    interpolate(projected, unity, tuning, flash, matrix, method, lv_row, [&] {
         const auto matrix_at = [&](std::int32_t ct) {
             return codec.decode_rows(tuning.rCCM_Nvram[lv_row][ct]);
         };

@@ -182,7 +182,8 @@ inline Quad quad(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d)
 }
 
 inline Quad sum(Quad a) {
-    return {vdupq_n_s32(vaddvq_s32(a.v))};
+    const int32x4_t pairs = vpaddq_s32(a.v, a.v);
+    return {vpaddq_s32(pairs, pairs)};
 }
 
 template <int First>
