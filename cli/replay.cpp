@@ -127,12 +127,15 @@ std::vector<ReplayRequest> requests_of(const ReplayOptions& options, const RowCo
     } else if (options.output.empty() && !options.summary) {
         outputs = {"-"};
     }
+    // A job that no row shows need not run, unless its trace lines are asked for.
+    const bool all_jobs = options.summary || any_debug_property_on();
+    const Jobs jobs = all_jobs ? columns.jobs : jobs_shown(columns);
     std::vector<ReplayRequest> requests;
     const std::size_t logs = options.logs.size();
     const bool idle_cores = at_a_time(logs, options.workers) < std::thread::hardware_concurrency();
     const RowThread thread = idle_cores ? RowThread::own : RowThread::callers;
     for (std::size_t i = 0; i < logs; ++i) {
-        requests.push_back({options.logs[i], outputs[i], columns, options.every, thread});
+        requests.push_back({options.logs[i], outputs[i], columns, jobs, options.every, thread});
     }
     return requests;
 }

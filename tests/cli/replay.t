@@ -22,6 +22,16 @@ Columns by name and glob; the frame's number always comes first.
     imgtune: no column fits 'Global.S'; * stands for any characters
     [2]
 
+A job that no column shows does not run, unless its trace lines are asked for.
+
+    $ imgtune replay imx477-polynomial.yaml short.csv --fields c0,c4 --set debug.smooth_color.dump=1 2>lines
+    frame,c0,c4
+    1,723,661
+    2,775,698
+    3,841,744
+    $ grep -c 'In Ram' lines
+    3
+
 A value keeps its sign, and what is odd about a log is told once each kind.
 
     $ printf 'lv,cct,awb_r,awb_g,awb_b\n-1,0,800,512,1200\n300,4000,0,0,-5\n301,4000,1,512,9\n' > odd.csv

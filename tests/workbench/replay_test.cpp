@@ -408,6 +408,32 @@ TEST_F(Replay, RowsShowTheRegistersInEveryLocale) {
     EXPECT_TRUE(text.substr(first_row) == expected);
 }
 
+TEST_F(Replay, RunsTheJobsThatItsColumnsShow) {
+    const Jobs both, ccm{true, false}, color{false, true};
+    const std::string first = color_fields().front().name, last = color_fields().back().name;
+    const struct {
+        std::vector<std::string> patterns;
+        Jobs of, shown;
+    } cases[] = {
+        {{}, both, both},
+        {{"lv", "capture"}, both, {false, false}},
+        {{"c0"}, both, ccm},
+        {{"ccm5"}, both, ccm},
+        {{first}, both, color},
+        {{"lv", last}, both, color},
+        {{"c8", last}, both, both},
+        {{}, ccm, ccm},
+        {{}, color, color},
+        {{first}, color, color},
+        {{"profile"}, ccm, {false, false}},
+    };
+    for (const auto& c : cases) {
+        const Jobs shown = jobs_shown({{}, c.of, c.patterns});
+        EXPECT_EQ(shown.ccm, c.shown.ccm) << testing::PrintToString(c.patterns);
+        EXPECT_EQ(shown.color, c.shown.color) << testing::PrintToString(c.patterns);
+    }
+}
+
 TEST_F(Replay, FailingRunHarmsNoOutput) {
     std::ofstream tuning(path("tuning.yaml"));
     tuning << write_yaml(make_tuning());

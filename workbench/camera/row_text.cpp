@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "workbench/findings/faults.h"
@@ -63,6 +64,19 @@ std::vector<std::string> row_column_names(Jobs jobs) {
         for (const ColorField& field : color_fields()) names.push_back(field.name);
     }
     return names;
+}
+
+Jobs jobs_shown(const RowColumns& columns) {
+    const std::vector<bool> chosen =
+        chosen_columns(row_column_names(columns.jobs), columns.patterns);
+    const auto any = [&](std::size_t first, std::size_t count) {
+        const auto begin = chosen.begin() + static_cast<std::ptrdiff_t>(first);
+        return std::find(begin, begin + static_cast<std::ptrdiff_t>(count), true) !=
+               begin + static_cast<std::ptrdiff_t>(count);
+    };
+    const std::size_t first = kFrameColumns.size();
+    const std::size_t ccm = columns.jobs.ccm ? kCoefficients + kCcmWords : 0;
+    return {any(first, ccm), any(first + ccm, chosen.size() - first - ccm)};
 }
 
 ColorText::ColorText(const std::vector<bool>& chosen) {

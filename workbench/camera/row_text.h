@@ -25,6 +25,10 @@ struct RowColumns {
 /// words ccm0..ccm5, then the colour fields by name.
 std::vector<std::string> row_column_names(Jobs jobs);
 
+/// The jobs whose registers the chosen columns show. Throws BadInput for a pattern that fits no
+/// column.
+Jobs jobs_shown(const RowColumns& columns);
+
 /// The chosen fields of colour images as CSV text, each after a comma.
 ///
 /// Made for millions of rows: the text of fields whose word did not change since the last call is

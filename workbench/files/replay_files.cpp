@@ -22,7 +22,7 @@ namespace imgtune::workbench {
 Faults run_replay(const Tuning& tuning, const ReplayRequest& request, const FrameSeen& seen) {
     FrameFile file(request.log);
     FrameLog& log = file.log();
-    Camera camera(tuning, request.columns.jobs);
+    Camera camera(tuning, request.jobs);
     std::optional<OutputFile> output;
     std::optional<RowWriter> writer;
     if (!request.output.empty()) {

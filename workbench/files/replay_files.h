@@ -19,7 +19,8 @@ struct ReplayRequest {
     std::string log;     ///< path, or "-"
     std::string output;  ///< path, "-", or empty for no rows
     RowColumns columns;
-    std::uint64_t every = 1;  ///< every Nth frame is written; all of them are run
+    Jobs jobs = columns.jobs;  ///< that run; fewer where nobody asks for the registers of one
+    std::uint64_t every = 1;   ///< every Nth frame is written; all of them are run
     RowThread row_thread = RowThread::own;
 };
 

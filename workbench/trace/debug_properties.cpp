@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "workbench/findings/faults.h"
 #include "workbench/text/bad_input.h"
@@ -42,6 +43,15 @@ void set_debug_property(const std::string& name, const std::string& value) {
     if (property_set(name.c_str(), value.c_str()) != 0) {
         throw BadInput(fmt::format("property '{}' cannot be set to '{}'", name, value));
     }
+}
+
+bool any_debug_property_on() {
+    const auto& all = debug_properties();
+    return std::any_of(all.begin(), all.end(), [](const std::string& name) {
+        char value[PROPERTY_VALUE_MAX] = {};
+        property_get(name.c_str(), value, "0");
+        return std::strcmp(value, "0") != 0;
+    });
 }
 
 }  // namespace imgtune::workbench

@@ -13,6 +13,9 @@ const std::vector<std::string>& debug_properties();
 /// the nearest known one, and for a value that a device would refuse.
 void set_debug_property(const std::string& name, const std::string& value);
 
+/// Whether any of them is set to anything but "0".
+bool any_debug_property_on();
+
 }  // namespace imgtune::workbench
 
 #endif
