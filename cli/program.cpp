@@ -29,6 +29,7 @@ void set_up(CLI::App& app, const std::string& version, std::function<int()>& cho
     add_props(verbs);
     add_replay(verbs);
     add_report(verbs);
+    add_schema(verbs);
     add_sweep(verbs);
     add_unpack(verbs);
     add_verify(verbs);

@@ -27,6 +27,7 @@ void add_sweep(const Verbs& verbs);
 void add_diff(const Verbs& verbs);
 void add_frames(const Verbs& verbs);
 void add_props(const Verbs& verbs);
+void add_schema(const Verbs& verbs);
 void add_verify(const Verbs& verbs);
 
 }  // namespace imgtune::cli

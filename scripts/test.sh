@@ -58,7 +58,7 @@ values() {
     step "debug values" values debug
     step "clang-debug values" values clang-debug
     step "format and lint" scripts/lint.sh
-    row wasm page-test android  # the last with the tests that aarch64 has built
+    row wasm page-test formats-test android  # the last with the tests that aarch64 has built
 } &
 wait
 

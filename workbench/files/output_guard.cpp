@@ -21,12 +21,17 @@ bool is_of_a_frame_log(std::string_view column) {
                        [&](const FrameColumn& known) { return known.name == column; });
 }
 
-/// By its first line what a file is; every table that is written here begins with the frame.
+/// By its beginning what a file is; every table that is written here begins with the frame, and a
+/// report names the tool.
 Replaces kind_of(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::string first(4096, '\0');
     file.read(first.data(), static_cast<std::streamsize>(first.size()));
     first.resize(static_cast<std::size_t>(file.gcount()));
+    if ((first.starts_with('{') && first.find("\"name\": \"imgtune\"") != first.npos) ||
+        (first.starts_with("<?xml") && first.find("<testsuites name=\"imgtune") != first.npos)) {
+        return Replaces::report;
+    }
     first.resize(std::min(first.find('\n'), first.size()));
     if (!first.starts_with("frame,")) return Replaces::nothing;
     if (first == "frame,field,a,b") return Replaces::differences;

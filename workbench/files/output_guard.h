@@ -12,6 +12,7 @@ enum class Replaces {
     rows,         ///< rows of registers, an earlier run's
     differences,  ///< a table of register differences
     frame_log,    ///< a frame log that begins with the frame's number, as of a phone's log
+    report,       ///< findings as SARIF, or verdicts as JUnit XML
     anything,     ///< the user insists
 };
 

@@ -37,6 +37,16 @@ std::string path_of(const std::string& folder, const char* name) {
     return folder + "/" + name;
 }
 
+void store_bytes(const std::string& bytes, Part part, Tuning& tuning) {
+    for (std::size_t w = 0; w < bytes.size() / 4; ++w) {
+        std::uint32_t word = 0;
+        for (unsigned b = 0; b < 4; ++b) {
+            word |= std::uint32_t{static_cast<unsigned char>(bytes[4 * w + b])} << (8 * b);
+        }
+        store_word(tuning, part, w, word);
+    }
+}
+
 /// False when the image is not there; a faulty one is reported.
 bool read_part(const std::vector<StoredImage>& images, const std::string& folder,
                const ImageFile& image, Faults& faults, Tuning& tuning) {
@@ -55,13 +65,7 @@ bool read_part(const std::vector<StoredImage>& images, const std::string& folder
                               size, size / 4));
         return true;
     }
-    for (std::size_t w = 0; w < size / 4; ++w) {
-        std::uint32_t word = 0;
-        for (unsigned b = 0; b < 4; ++b) {
-            word |= std::uint32_t{static_cast<unsigned char>(bytes[4 * w + b])} << (8 * b);
-        }
-        store_word(tuning, image.part, w, word);
-    }
+    store_bytes(bytes, image.part, tuning);
     return true;
 }
 
@@ -100,6 +104,27 @@ Tuning from_images(const std::vector<StoredImage>& images, const std::string& fo
                   "pca.bin, or all three");
     }
     return tuning;
+}
+
+std::string stored_fields(const std::string& bytes) {
+    const ImageFile* image = nullptr;
+    for (const ImageFile* each : {&kCcmFile, &kColorFile, &kPcaFile}) {
+        if (bytes.size() == 4 * part_words(each->part)) image = each;
+    }
+    if (image == nullptr) return "";
+    Tuning tuning;
+    store_bytes(bytes, image->part, tuning);
+    std::string text;
+    for (const FieldRef& field : fields()) {
+        if (field.record->part != image->part) continue;
+        text += fmt::format("{}: {}\n", field.path(), field.read(tuning));
+    }
+    for (const OpaqueWord& word : opaque_words()) {
+        const std::uint32_t bits =
+            word.part == image->part ? load_word(tuning, word.part, word.word) & word.mask : 0;
+        if (bits != 0) text += fmt::format("{}: 0x{:08x}\n", word.path, bits);
+    }
+    return text;
 }
 
 std::vector<StoredImage> to_images(const Tuning& tuning) {

@@ -29,6 +29,10 @@ std::vector<std::string> stored_image_names();
 Tuning from_images(const std::vector<StoredImage>& images, const std::string& folder,
                    Faults& faults);
 
+/// One of these files by itself, told by its size: its fields, one a line, with their paths. Empty
+/// for bytes that are none of them.
+std::string stored_fields(const std::string& bytes);
+
 /// The files of a tuning: its parts, and caller.yaml.
 std::vector<StoredImage> to_images(const Tuning& tuning);
 

@@ -47,6 +47,9 @@ struct LayoutNode {
 
 const LayoutNode& layout_tree(Layout layout);
 
+/// What a commented tuning says above the map or list at `path`; empty: nothing.
+std::string section_text(std::string_view path);
+
 }  // namespace imgtune::workbench
 
 #endif

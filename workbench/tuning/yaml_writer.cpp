@@ -1,7 +1,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <set>
+#include <span>
 
 #include "workbench/tuning/layout.h"
 #include "workbench/tuning/likeness.h"
@@ -15,10 +17,12 @@ namespace {
 constexpr std::size_t kLineLength = 100;
 constexpr std::size_t kCommentColumn = 32;
 
+constexpr std::size_t kSectionLines = 3;
+
 /// What stands above a map or list in a commented tuning, line by line.
 struct SectionComment {
     const char* path;
-    const char* lines[3];
+    const char* lines[kSectionLines];
 };
 constexpr SectionComment kSectionComments[] = {
     {"caller", {"What the camera stack hands to the library beside the tables below."}},
@@ -37,6 +41,14 @@ constexpr SectionComment kSectionComments[] = {
       "with the normal ones while the normal record enables it. An image that is like another",
       "names only what differs; one number for a list stands for equal ones."}},
 };
+
+/// Null where nothing does.
+const char* const* section_lines(std::string_view path) {
+    const auto found =
+        std::find_if(std::begin(kSectionComments), std::end(kSectionComments),
+                     [&](const SectionComment& section) { return section.path == path; });
+    return found == std::end(kSectionComments) ? nullptr : found->lines;
+}
 
 std::string note(const FieldDefinition& definition) {
     const std::string unit = *definition.unit == '\0' ? "" : fmt::format(" [{}]", definition.unit);
@@ -115,9 +127,8 @@ class Writer {
 
     void explain(const LayoutNode& node, std::size_t indent) {
         if (!comments_) return;
-        for (const auto& [path, lines] : kSectionComments) {
-            if (node.path != path) continue;
-            for (const char* const text : lines) {
+        if (const char* const* const lines = section_lines(node.path)) {
+            for (const char* const text : std::span(lines, kSectionLines)) {
                 if (text != nullptr) line(indent, fmt::format("# {}", text));
             }
         }
@@ -241,6 +252,15 @@ class Writer {
 };
 
 }  // namespace
+
+std::string section_text(std::string_view path) {
+    std::string text;
+    const char* const* const lines = section_lines(path);
+    for (std::size_t i = 0; lines != nullptr && i < kSectionLines && lines[i] != nullptr; ++i) {
+        text += (text.empty() ? "" : " ") + std::string(lines[i]);
+    }
+    return text;
+}
 
 std::string write_yaml(const Tuning& tuning, bool comments) {
     return Writer(tuning, comments).write(Layout::current);

@@ -1,0 +1,49 @@
+What says yes or no to a tuning, and in which forms.
+
+    $ alias imgtune=$IMGTUNE; shopt -s expand_aliases
+    $ cp $EXAMPLES/imx477-polynomial.yaml a.yaml
+
+The schema, for editors.
+
+    $ imgtune schema -o s.json && head -n 4 s.json; imgtune schema -o s.json
+    {
+      "$schema": "https://json-schema.org/draft/2020-12/schema",
+      "$id": "urn:imgtune:tuning:2",
+      "title": "imgtune tuning",
+    imgtune: s.json: already exists; choose another file or pass --force
+    [2]
+
+Findings for code reviews.
+
+    $ sed 's/i4Method: .*/i4Method: 3/' a.yaml > bad.yaml; imgtune check bad.yaml --sarif f.sarif
+    bad.yaml:15: error: ccm.i4Method is 3; allowed are 1, polynomial, and 2, blend [T101]
+        on the camera: no matrix is generated: the identity, pale and tinted colours
+    bad.yaml: 1 error, 0 warnings
+    [3]
+    $ grep -A 3 '"region"' f.sarif
+                    "region": {
+                      "startLine": 15,
+                      "startColumn": 3,
+                      "endColumn": 14
+    $ imgtune check bad.yaml --sarif a.yaml
+    imgtune: a.yaml: already exists and is no earlier result of this kind; choose another file or pass --force
+    [2]
+    $ imgtune check bad.yaml --sarif - --force | head -n 3
+    {
+      "$schema": "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json",
+      "version": "2.1.0",
+
+Stored images as git shows them.
+
+    $ imgtune pack a.yaml -o images; sed 's/i4NumFlash: 1/i4NumFlash: 2/' a.yaml > b.yaml; imgtune pack b.yaml -o other
+    $ diff <(imgtune unpack images/ccm.bin) <(imgtune unpack other/ccm.bin) | sed 's/^>/+/'
+    4c4
+    < ccm.i4NumFlash: 1
+    ---
+    + ccm.i4NumFlash: 2
+    $ imgtune unpack images/pca.bin | head -n 1; imgtune unpack images/color.bin | tail -n 1
+    color.tuning.normal.u4RatioHighLV: 18
+    color.images.outdoor.4.ColorMap.W3.S.WGTU: 536
+    $ imgtune unpack a.yaml
+    imgtune: a.yaml: neither a stored image nor a folder of them; expected ccm.bin, or color.bin and pca.bin, or all three
+    [2]
