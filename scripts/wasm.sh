@@ -29,7 +29,7 @@ fi
 # The headers of the host's libraries that have nothing but headers.
 headers=$work/include
 mkdir -p "$headers"
-for name in fmt nlohmann eigen3/Eigen; do ln -sfn "/usr/include/$name" "$headers/$(basename "$name")"; done
+for name in fmt nlohmann eigen3/Eigen eigen3/unsupported; do ln -sfn "/usr/include/$name" "$headers/$(basename "$name")"; done
 
 cmake -G Ninja -S wasm -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DHOST_HEADERS="$headers" \
     -DYAML_CPP="$work/yaml-cpp" -DGOOGLETEST=/usr/src/googletest/googletest \

@@ -9,8 +9,8 @@ namespace imgtune::workbench {
 enum class Severity { warning, error };
 
 /// A kind of finding. C: calibrations (C0..: their text; C1..: what they hold; C2..: what was asked
-/// for; C3..: tunings to be written as one). F: frame logs. T0..: the text cannot be read as a
-/// tuning; T1..: matrices; T2..: colour.
+/// for; C3..: tunings to be written as one). F: frame logs. P: photographs of a chart. T0..: the
+/// text cannot be read as a tuning; T1..: matrices; T2..: colour.
 struct Rule {
     const char* code;
     Severity severity;

@@ -1,0 +1,373 @@
+#include "workbench/capture/study_captures.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "workbench/capture/chart_grid.h"
+#include "workbench/capture/judge_light.h"
+#include "workbench/text/counted.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr std::size_t kFewestGreys = 3;
+constexpr std::size_t kFewestPatches = 12;
+constexpr double kClippedShare = 0.005;        // of a patch's samples: its mean is no longer true
+constexpr double kDisagreeingPictures = 0.02;  // of a patch's share in the whole, of one light
+
+struct Pose {
+    std::size_t turn = 0;
+    std::array<PatchMeasure, kChartPatches> patches{};
+    MatrixFit fit;
+};
+
+PatchColors means_of(const std::array<PatchMeasure, kChartPatches>& patches) {
+    PatchColors colors{};
+    for (std::size_t i = 0; i < kChartPatches; ++i) colors[i] = patches[i].mean;
+    return colors;
+}
+
+PatchColors balanced(PatchColors colors, const WhiteBalance& gains) {
+    for (Rgb& color : colors) {
+        color[0] *= gains.red;
+        color[2] *= gains.blue;
+    }
+    return colors;
+}
+
+/// Without the patches that are clipped, as far as the samples tell.
+PatchWeights usable(PatchWeights weights, const std::array<PatchMeasure, kChartPatches>& patches) {
+    for (std::size_t i = 0; i < kChartPatches; ++i) {
+        const auto& [mean, noise, samples, clipped, spread] = patches[i];
+        if (samples && clipped &&
+            static_cast<double>(*clipped) > kClippedShare * static_cast<double>(*samples)) {
+            weights[i] = 0.0;
+        }
+    }
+    return weights;
+}
+
+/// Whether greys above black are there to balance by.
+bool has_greys(const PatchColors& colors, const PatchWeights& weights) {
+    std::size_t greys = 0;
+    for (std::size_t i = kFirstGrey; i < kBlackPatch; ++i) {
+        if (weights[i] > 0.0 && *std::min_element(colors[i].begin(), colors[i].end()) > 0.0) {
+            ++greys;
+        }
+    }
+    return greys >= kFewestGreys;
+}
+
+std::optional<MatrixFit> linear_fit(const PatchColors& colors, const CaptureChoices& choices,
+                                    const PatchWeights& weights) {
+    if (!has_greys(colors, weights)) return std::nullopt;
+    const WhiteBalance gains = white_balance(colors, choices.reference.rgb, weights);
+    return fit_linear(balanced(colors, gains), choices.reference.rgb, weights);
+}
+
+/// The best of the eight ways in which the chart can lie; none: not one can be measured.
+std::optional<Pose> best_pose(const Picture& picture, const PictureAids& aids, const Quad& corners,
+                              double white, const CaptureChoices& choices) {
+    std::optional<Pose> best;
+    bool best_is_dominant = false;
+    for (std::size_t turn = 0; turn < kTurns; ++turn) {
+        const auto grid = ChartGrid::through(turned(corners, turn));
+        if (!grid) return std::nullopt;
+        auto patches = measure_patches(picture, aids, *grid, white);
+        if (!patches) continue;
+        const auto fit = linear_fit(means_of(*patches), choices, usable(choices.weights, *patches));
+        if (!fit) continue;
+        const bool dominant = has_dominant_diagonal(fit->matrix);
+        if (best && (best_is_dominant && !dominant)) continue;
+        if (best && best_is_dominant == dominant && !(fit->mean < best->fit.mean)) continue;
+        best = Pose{turn, *patches, *fit};
+        best_is_dominant = dominant;
+    }
+    return best;
+}
+
+void tell_white(const Picture& picture, const std::optional<double>& found, Faults& faults) {
+    if (!picture.white && !found) {
+        faults.add({.code = "P104",
+                    .file = picture.file,
+                    .message = "the file gives no white level, and no samples pile up at one",
+                    .effect = "",
+                    .suggestion = "name it with --white; else clipped patches may go unseen"});
+    } else if (picture.white && found && *found < *picture.white * 0.999) {
+        faults.add(
+            {.code = "P105",
+             .file = picture.file,
+             .message = fmt::format("samples clip at {:g}, below the white level of {:g}", *found,
+                                    *picture.white),
+             .suggestion = "the level found is taken; patches that reach it count as clipped"});
+    }
+}
+
+bool layout_fits(const Picture& picture, const PictureAids& aids, Faults& faults) {
+    const auto refuse = [&](const std::string& other, const char* what) {
+        faults.add({.code = "P107",
+                    .file = picture.file,
+                    .message = fmt::format("the {} {} has another size or mosaic", what, other),
+                    .suggestion = "take both with the same camera and mode, as raw files"});
+    };
+    if (aids.dark != nullptr && !same_layout(picture, *aids.dark)) {
+        refuse(aids.dark->file, "dark frame");
+        return false;
+    }
+    if (aids.flat != nullptr && !same_layout(picture, aids.flat->layout())) {
+        refuse(aids.flat->file(), "flat frame");
+        return false;
+    }
+    return true;
+}
+
+/// The light's means over its photographs.
+std::array<PatchMeasure, kChartPatches> averaged(const std::vector<CapturedPicture>& pictures) {
+    std::array<PatchMeasure, kChartPatches> out = pictures.front().patches;
+    const auto count = static_cast<double>(pictures.size());
+    for (std::size_t i = 0; i < kChartPatches; ++i) {
+        PatchMeasure& patch = out[i];
+        for (std::size_t n = 1; n < pictures.size(); ++n) {
+            const PatchMeasure& other = pictures[n].patches[i];
+            for (std::size_t k = 0; k < 3; ++k) patch.mean[k] += other.mean[k];
+            if (patch.noise && other.noise) {
+                for (std::size_t k = 0; k < 3; ++k) (*patch.noise)[k] += (*other.noise)[k];
+            } else {
+                patch.noise.reset();
+            }
+            const auto add = [](std::optional<std::size_t>& sum,
+                                const std::optional<std::size_t>& more) {
+                if (sum && more) {
+                    *sum += *more;
+                } else {
+                    sum.reset();
+                }
+            };
+            add(patch.samples, other.samples);
+            add(patch.clipped, other.clipped);
+            if (patch.spread && other.spread) {
+                patch.spread = std::max(*patch.spread, *other.spread);
+            } else {
+                patch.spread.reset();
+            }
+        }
+        for (double& mean : patch.mean) mean /= count;
+        if (patch.noise) {
+            for (double& noise : *patch.noise) noise /= count;
+        }
+    }
+    return out;
+}
+
+/// Photographs of one light that show different charts or lights.
+void tell_disagreement(const LightStudy& light, Faults& faults) {
+    const auto sum_of = [](const std::array<PatchMeasure, kChartPatches>& patches) {
+        double sum = 0.0;
+        for (const PatchMeasure& patch : patches) {
+            for (const double mean : patch.mean) sum += mean;
+        }
+        return sum;
+    };
+    const double all = sum_of(light.patches);
+    for (const CapturedPicture& picture : light.pictures) {
+        const double own = sum_of(picture.patches);
+        double largest = 0.0;
+        std::size_t where = 0;
+        for (std::size_t i = kFirstGrey; i < kBlackPatch; ++i) {
+            if (light.weights[i] == 0.0) continue;
+            for (std::size_t k = 0; k < 3; ++k) {
+                const double ratio =
+                    picture.patches[i].mean[k] / own / (light.patches[i].mean[k] / all);
+                if (std::abs(ratio - 1.0) > largest) {
+                    largest = std::abs(ratio - 1.0);
+                    where = i;
+                }
+            }
+        }
+        if (largest <= kDisagreeingPictures) continue;
+        faults.add(
+            {.code = "P119",
+             .file = picture.file,
+             .path = patch_name(where),
+             .message = fmt::format("differs by {:.1f} % from the mean of the {} of its "
+                                    "light",
+                                    100.0 * largest, counted(light.pictures.size(), "photograph")),
+             .suggestion = "leave out the one that was taken otherwise"});
+    }
+}
+
+void fit_light(LightStudy& light, const CaptureChoices& choices) {
+    const PatchColors colors = means_of(light.patches);
+    const WhiteBalance gains = white_balance(colors, choices.reference.rgb, light.weights);
+    light.red_gain = gains.red;
+    light.blue_gain = gains.blue;
+    const PatchColors even = balanced(colors, gains);
+    const MatrixFit start = fit_linear(even, choices.reference.rgb, light.weights);
+    const MatrixFit fit = fit_visible(start, even, choices.reference.rgb, light.weights);
+    light.exposure = fit.exposure;
+    light.matrix = fit.matrix;
+    light.fitted = fit.fitted;
+    light.residual = fit.residual;
+    light.mean_residual = fit.mean;
+    light.linear_mean_residual = start.mean;
+    for (std::size_t i = 0; i < kChartPatches; ++i) {
+        if (light.weights[i] == 0.0 || fit.residual[i] <= light.worst_residual) continue;
+        light.worst_residual = fit.residual[i];
+        light.worst_patch = i;
+    }
+    if (!choices.other_edition) return;
+    const PatchColors& other = choices.other_edition->rgb;
+    const PatchColors other_even = balanced(colors, white_balance(colors, other, light.weights));
+    light.other_edition_residual =
+        fit_visible(fit_linear(other_even, other, light.weights), other_even, other, light.weights)
+            .mean;
+}
+
+}  // namespace
+
+bool weights_fit(const PatchWeights& weights, Faults& faults) {
+    std::size_t patches = 0;
+    std::size_t greys = 0;
+    for (std::size_t i = 0; i < kChartPatches; ++i) {
+        if (weights[i] == 0.0) continue;
+        ++patches;
+        if (i >= kFirstGrey && i < kBlackPatch) ++greys;
+    }
+    if (patches >= kFewestPatches && greys >= kFewestGreys) return true;
+    faults.add(
+        {.code = "P106",
+         .file = "weights",
+         .message = fmt::format("weights of 0 leave {} patches, {} of them greys", patches, greys),
+         .suggestion = fmt::format("leave {} or more, and {} of patches 19 to 23", kFewestPatches,
+                                   kFewestGreys)});
+    return false;
+}
+
+std::optional<CapturedPicture> measure_picture(const Picture& picture, const PictureAids& aids,
+                                               const Quad& corners, const CaptureChoices& choices,
+                                               Faults& faults) {
+    if (!layout_fits(picture, aids, faults)) return std::nullopt;
+    const std::optional<double> found = find_clipping_level(picture);
+    tell_white(picture, found, faults);
+    const double named = picture.white.value_or(65535.0);
+    CapturedPicture out;
+    out.white_found = found && *found <= named;
+    const double white = out.white_found ? *found : named;
+
+    const auto refuse = [&](const char* code, std::string message, std::string advice) {
+        faults.add({.code = code,
+                    .file = picture.file,
+                    .message = std::move(message),
+                    .suggestion = std::move(advice)});
+        return std::nullopt;
+    };
+    constexpr const char* kCornerAdvice =
+        "give the outer corners of patches 1, 6, 24 and 19 in pixels of the full mosaic";
+    if (!ChartGrid::through(corners)) {
+        return refuse("P101", "the four corners are no quadrilateral that a chart can look like",
+                      kCornerAdvice);
+    }
+    for (const PicturePoint& corner : corners) {
+        if (corner.x < -0.5 || corner.y < -0.5 ||
+            corner.x > static_cast<double>(picture.width) - 0.5 ||
+            corner.y > static_cast<double>(picture.height) - 0.5) {
+            return refuse("P101",
+                          fmt::format("the corner {:g},{:g} lies outside the picture of {} x {}",
+                                      corner.x, corner.y, picture.width, picture.height),
+                          kCornerAdvice);
+        }
+    }
+    const auto pose = best_pose(picture, aids, corners, white, choices);
+    if (!pose) {
+        return refuse("P102",
+                      "no chart can be measured at the corners: patches leave what is lit, are a "
+                      "few pixels small, or their greys are black or clipped",
+                      "photograph the whole chart, larger, with the white patch below clipping");
+    }
+    if (pose->turn != 0) {
+        faults.add({.code = "P103",
+                    .file = picture.file,
+                    .message = "the corners fit the chart in another order",
+                    .suggestion = "taken so; name those of patches 1, 6, 24 and 19 in this order"});
+    }
+    out.file = picture.file;
+    out.form = form_of(picture);
+    out.width = picture.width;
+    out.height = picture.height;
+    for (std::size_t i = 0; i < 4; ++i) {
+        out.black[i] = picture.black.at(i % 2, i / 2);
+    }
+    if (picture.white || out.white_found) out.white = white;
+    if (aids.flat != nullptr) out.flat = aids.flat->file();
+    if (aids.dark != nullptr) out.dark = aids.dark->file;
+    out.corners = turned(corners, pose->turn);
+    out.corners_turned = pose->turn != 0;
+    const auto grid = ChartGrid::through(out.corners);
+    for (std::size_t i = 0; i < kChartPatches; ++i) {
+        out.outlines[i] = grid->patch(i, 1.0);
+        out.sampled[i] = grid->patch(i, kSampledShare);
+    }
+    out.patches = pose->patches;
+    out.crop = chart_thumbnail(picture, aids, corners);
+    return out;
+}
+
+CapturedPicture measured_table(const std::string& file,
+                               const std::array<PatchMeasure, kChartPatches>& patches) {
+    CapturedPicture out;
+    out.file = file;
+    out.form = "table of means";
+    out.patches = patches;
+    return out;
+}
+
+CaptureStudy study_captures(std::vector<LightInput> lights, const CaptureChoices& choices,
+                            Faults& faults) {
+    CaptureStudy study;
+    study.reference = choices.reference;
+    study.weights = choices.weights;
+    if (choices.other_edition) study.other_edition = choices.other_edition->name;
+    std::stable_sort(lights.begin(), lights.end(),
+                     [](const LightInput& a, const LightInput& b) { return a.kelvin < b.kelvin; });
+    for (LightInput& input : lights) {
+        LightStudy& light = study.lights.emplace_back();
+        light.name = std::move(input.name);
+        light.kelvin = input.kelvin;
+        light.pictures = std::move(input.pictures);
+        light.patches = averaged(light.pictures);
+        light.weights = usable(choices.weights, light.patches);
+        tell_clipped(light, choices.weights, faults);
+        if (!has_greys(means_of(light.patches), light.weights)) {
+            faults.add({.code = "P106",
+                        .file = light.pictures.front().file,
+                        .message = "fewer than three greys can be used: they are clipped, or not "
+                                   "above black",
+                        .suggestion = "take the photograph again with another exposure, and look "
+                                      "at the black level"});
+            continue;
+        }
+        fit_light(light, choices);
+        tell_disagreement(light, faults);
+        judge_light(light, choices, faults);
+    }
+    return study;
+}
+
+Calibration calibration_of(const CaptureStudy& study) {
+    Calibration calibration;
+    calibration.form = "photographs of a chart";
+    for (const LightStudy& light : study.lights) {
+        calibration.locus.push_back({light.kelvin, 1.0 / light.red_gain, 1.0 / light.blue_gain, 0});
+        CalibratedMatrix& matrix = calibration.matrices.emplace_back();
+        matrix.kelvin = light.kelvin;
+        matrix.coefficients = light.matrix;
+    }
+    calibration.locus_line = calibration.matrices_line = 0;
+    return calibration;
+}
+
+}  // namespace imgtune::workbench
