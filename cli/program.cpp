@@ -17,6 +17,7 @@ void set_up(CLI::App& app, const std::string& version, std::function<int()>& cho
         "Exit status: 0 fine, 1 findings, 2 bad input, 3 errors found by check.");
 
     const Verbs verbs(app, chosen);
+    add_calibrate(verbs);
     add_check(verbs);
     add_convert(verbs);
     add_diff(verbs);

@@ -12,6 +12,7 @@ using namespace workbench;
 enum ExitStatus : int { kFine = 0, kFindings = 1, kBadInput = 2, kErrors = 3 };
 
 // Each adds its verb with options, help and an example.
+void add_calibrate(const Verbs& verbs);
 void add_check(const Verbs& verbs);
 void add_convert(const Verbs& verbs);
 void add_pack(const Verbs& verbs);

@@ -5,12 +5,12 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev \
-    nlohmann-json3-dev libeigen3-dev zlib1g-dev
+    nlohmann-json3-dev libeigen3-dev zlib1g-dev libraw-dev libtiff-dev libpng-dev
 
 seconds=${1:-7}
 targets=("${@:2}")
 if [ ${#targets[@]} -eq 0 ]; then
-    targets=(smooth_ccm smooth_color blocks readers logcat_reader)
+    targets=(smooth_ccm smooth_color blocks readers logcat_reader picture_reader)
 fi
 cmake --preset asan
 cmake --build --preset asan --target "${targets[@]/#/fuzz_}"

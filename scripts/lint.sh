@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh shellcheck clang clang-format clang-tidy cmake ninja-build libgtest-dev libbenchmark-dev \
-    libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev
+    libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev libraw-dev libtiff-dev libpng-dev
 
 shellcheck --severity=warning scripts/*.sh tests/*/*.sh .ci/run
 mapfile -t sources < <(git ls-files '*.cpp' '*.h')

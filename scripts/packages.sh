@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh git cmake dpkg-dev debhelper dh-python fakeroot lintian ninja-build libcli11-dev \
-    libeigen3-dev libfmt-dev libyaml-cpp-dev nlohmann-json3-dev pybind11-dev python3-dev zlib1g-dev
+    libeigen3-dev libfmt-dev libyaml-cpp-dev nlohmann-json3-dev pybind11-dev python3-dev zlib1g-dev libraw-dev libtiff-dev libpng-dev
 scripts/page.sh
 
 jobs=$(nproc)

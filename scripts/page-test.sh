@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh chromium firefox-esr webkit2gtk-driver xvfb g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev \
-    nlohmann-json3-dev libeigen3-dev zlib1g-dev
+    nlohmann-json3-dev libeigen3-dev zlib1g-dev libraw-dev libtiff-dev libpng-dev
 scripts/page.sh
 {
     flock 9  # the Python module is built in the same folder

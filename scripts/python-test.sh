@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh g++ cmake ninja-build libcli11-dev libyaml-cpp-dev libfmt-dev nlohmann-json3-dev \
-    libeigen3-dev zlib1g-dev pybind11-dev python3-pybind11 python3-dev python3-numpy python3-pytest \
+    libeigen3-dev zlib1g-dev libraw-dev libtiff-dev libpng-dev pybind11-dev python3-pybind11 python3-dev python3-numpy python3-pytest \
     python3-pandas python3-matplotlib python3-distributed python3-pip python3-setuptools \
     python3-wheel mypy
 

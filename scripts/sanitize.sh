@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build pkg-config libgtest-dev libcli11-dev \
-    libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev locales
+    libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev libraw-dev libtiff-dev libpng-dev locales
 
 cmake --preset asan -DIMGTUNE_UNITY=8
 cmake --build --preset asan

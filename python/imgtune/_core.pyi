@@ -96,6 +96,24 @@ def summary(
 def summary_row(
     tuning: Tuning, frames: _Frames, *, fps: float = ..., noise: float = ...
 ) -> dict[str, Any]: ...
+def calibrate(
+    captures: Union[_Path, Sequence[_Path], Mapping[float, npt.ArrayLike]],
+    *,
+    corners: Optional[_Path] = ...,
+    flats: Union[_Path, Sequence[_Path], None] = ...,
+    dark: Optional[_Path] = ...,
+    kelvin: Sequence[float] = ...,
+    reference: Optional[_Path] = ...,
+    edition: Literal["before-2014", "after-2014"] = ...,
+    weights: Optional[Mapping[Union[str, int], float]] = ...,
+    black: Optional[float] = ...,
+    white: Optional[float] = ...,
+    order: Literal["", "RGGB", "BGGR", "GRBG", "GBRG"] = ...,
+    name: str = ...,
+    method: Literal["blend", "polynomial"] = ...,
+    cts: Sequence[float] = ...,
+    color_from: Optional[Tuning] = ...,
+) -> tuple[Tuning, dict[str, Any]]: ...
 def diff(a: Tuning, b: Tuning, frames: Optional[_Frames] = ...) -> dict[str, Any]: ...
 def steepest(tuning: Tuning) -> dict[str, Any]: ...
 def sweep(

@@ -86,5 +86,6 @@ PYBIND11_MODULE(_core, module) {
     bind_frame_logs(module);
     bind_studies(module);
     bind_calibration(module);
+    bind_capture(module);
     bind_library(module);
 }

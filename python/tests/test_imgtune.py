@@ -257,6 +257,34 @@ def test_calibrations_come_and_go_as_with_the_command_line(tmp_path):
             imgtune.fit(*bad)
 
 
+def test_photographs_become_a_tuning_as_with_the_command_line(tmp_path):
+    folder = EXAMPLES / "captures"
+    shots = sorted(folder.glob("*_*k.dng"))
+    corners, flat, chart = (folder / name for name in ("corners.csv", "flat.dng", "reference.csv"))
+    told = tool(
+        "calibrate", *shots, "--corners", corners, "--flat", flat, "--reference", chart,
+        "-o", tmp_path / "a.yaml", "--json",
+    )
+    made, report = imgtune.calibrate(shots, corners=corners, flats=flat, reference=chart)
+    assert report["lights"] == json.loads(told)["lights"]
+    assert made.compare(imgtune.Tuning.load(tmp_path / "a.yaml")) == []
+    means = {
+        light["kelvin"]: np.array([patch["mean"] for patch in light["patches"]])
+        for light in report["lights"]
+    }
+    again, _ = imgtune.calibrate(means, reference=chart)
+    assert (again["ccm.rows.normal.matrices"] == made["ccm.rows.normal.matrices"]).all()
+    for arguments, text in [
+        ({"captures": shots}, "no corners are given"),
+        ({"captures": {5000: np.zeros((24, 3))}}, "fewer than three greys"),
+        ({"captures": {5000: np.zeros((3, 24))}}, "no .24, 3. array"),
+        ({"captures": means, "weights": {"teal": 1}}, "weights: a patch's name"),
+        ({"captures": tmp_path / "none_5000k.dng", "corners": corners}, "no corners are given"),
+    ]:
+        with pytest.raises(imgtune.InputError, match=text):
+            imgtune.calibrate(**arguments)
+
+
 def test_patches_show_what_a_matrix_does():
     unity = 512 * np.eye(3, dtype=int)
     found = imgtune.patches(unity[[2, 1, 0]], unity)  # red and blue exchanged

@@ -91,7 +91,7 @@ std::optional<Bounds> bounds_of(const Picture& picture, const Quad& area) {
 /// Takes the samples of one patch apart.
 class Collector {
   public:
-    Collector(const Picture& picture, const PictureAids& aids, double white)
+    Collector(const Picture& picture, const PictureAids& aids, const WhiteLevels& white)
         : picture_(picture), aids_(aids), white_(white) {}
 
     std::array<Collected, 3> patch(const ChartGrid& grid, std::size_t index,
@@ -123,7 +123,7 @@ class Collector {
                     color.values.push_back(value);
                     color.quarters[quarter].push_back(value);
                     if (has_next) color.steps.push_back(level(x + step, y, channel) - value);
-                    if (picture_.sample(x, y, channel) >= white_) ++color.clipped;
+                    if (picture_.sample(x, y, channel) >= white_.clips[channel]) ++color.clipped;
                 }
             }
         }
@@ -139,7 +139,7 @@ class Collector {
 
     const Picture& picture_;
     const PictureAids& aids_;
-    double white_;
+    const WhiteLevels& white_;
 };
 
 double quarters_spread(Collected& color, double mean, double noise) {
@@ -159,13 +159,14 @@ double quarters_spread(Collected& color, double mean, double noise) {
     return mean > 0.0 ? std::max(0.0, most - least - by_noise) / mean : 0.0;
 }
 
-Thumbnail thumbnail(const Picture& picture, const PictureAids& aids, const Bounds& bounds) {
+Thumbnail thumbnail(const Picture& picture, const PictureAids& aids, const Bounds& bounds,
+                    double side) {
     Thumbnail out;
     const std::size_t across = bounds.right - bounds.left;
     const std::size_t down = bounds.bottom - bounds.top;
     const auto longer = static_cast<double>(std::max(across, down));
     const auto step = static_cast<std::size_t>(
-        std::max(picture.is_mosaic() ? 2.0 : 1.0, std::ceil(longer / kThumbnailSide)));
+        std::max(picture.is_mosaic() ? 2.0 : 1.0, std::ceil(longer / side)));
     out.scale = static_cast<double>(step);
     out.width = across / step;
     out.height = down / step;
@@ -216,7 +217,7 @@ Thumbnail thumbnail(const Picture& picture, const PictureAids& aids, const Bound
 std::optional<std::array<PatchMeasure, kChartPatches>> measure_patches(const Picture& picture,
                                                                        const PictureAids& aids,
                                                                        const ChartGrid& grid,
-                                                                       double white) {
+                                                                       const WhiteLevels& white) {
     const Collector collector(picture, aids, white);
     std::array<PatchMeasure, kChartPatches> patches;
     for (std::size_t index = 0; index < kChartPatches; ++index) {
@@ -240,8 +241,8 @@ std::optional<std::array<PatchMeasure, kChartPatches>> measure_patches(const Pic
             spread = std::max(spread, quarters_spread(color, mean, noise));
             samples += color.values.size();
             clipped += color.clipped;
-            patch.mean[k] = mean / white;
-            deviation[k] = noise / white;
+            patch.mean[k] = mean / white.unit;
+            deviation[k] = noise / white.unit;
         }
         patch.noise = deviation;
         patch.samples = samples;
@@ -262,13 +263,15 @@ Thumbnail chart_thumbnail(const Picture& picture, const PictureAids& aids, const
                      {inside(box.left - margin, picture.left, picture.lit_width),
                       inside(box.top - margin, picture.top, picture.lit_height),
                       inside(box.right + margin, picture.left, picture.lit_width),
-                      inside(box.bottom + margin, picture.top, picture.lit_height)});
+                      inside(box.bottom + margin, picture.top, picture.lit_height)},
+                     kThumbnailSide);
 }
 
-Thumbnail picture_thumbnail(const Picture& picture) {
+Thumbnail picture_thumbnail(const Picture& picture, double side) {
     return thumbnail(picture, {},
                      {picture.left, picture.top, picture.left + picture.lit_width,
-                      picture.top + picture.lit_height});
+                      picture.top + picture.lit_height},
+                     side);
 }
 
 }  // namespace imgtune::workbench

@@ -20,18 +20,25 @@ struct PictureAids {
 /// The middle share of a patch's sides that is looked at.
 inline constexpr double kSampledShare = 0.55;
 
-/// Robust means of the patches of a chart. `white` is the level at which samples clip, in the
-/// picture's unit. None where a patch lies outside what is lit, or holds too few samples.
+/// Levels in the picture's unit: that which means are a share of, and those at which red, green and
+/// blue clip.
+struct WhiteLevels {
+    double unit = 65535.0;
+    Rgb clips{65535.0, 65535.0, 65535.0};
+};
+
+/// Robust means of the patches of a chart. None where a patch lies outside what is lit, or holds
+/// too few samples.
 std::optional<std::array<PatchMeasure, kChartPatches>> measure_patches(const Picture& picture,
                                                                        const PictureAids& aids,
                                                                        const ChartGrid& grid,
-                                                                       double white);
+                                                                       const WhiteLevels& white);
 
 /// The chart and a little around it, to be looked at.
 Thumbnail chart_thumbnail(const Picture& picture, const PictureAids& aids, const Quad& corners);
 
-/// All that is lit, to be looked at.
-Thumbnail picture_thumbnail(const Picture& picture);
+/// All that is lit, to be looked at; `side`: pixels of its longer side at most.
+Thumbnail picture_thumbnail(const Picture& picture, double side);
 
 }  // namespace imgtune::workbench
 

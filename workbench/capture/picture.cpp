@@ -12,6 +12,23 @@ constexpr std::size_t kFewestPiledUp = 64;
 constexpr std::size_t kTimesTheNeighbours = 8;
 constexpr std::size_t kNeighbours = 16;
 
+std::optional<double> piled_up_level(const std::vector<std::size_t>& count) {
+    std::size_t top = count.size() - 1;
+    // A few hot pixels may stand above the level at which the others clip.
+    for (std::size_t above = 0; top > 0 && above < kFewestPiledUp; above += count[top], --top) {
+        if (count[top] < kFewestPiledUp) continue;
+        std::size_t most = 0;  // of the values just below that occur
+        std::size_t seen = 0;
+        for (std::size_t level = top; level-- > 0 && seen < kNeighbours;) {
+            if (count[level] == 0) continue;
+            most = std::max(most, count[level]);
+            ++seen;
+        }
+        if (count[top] >= kTimesTheNeighbours * most) return static_cast<double>(top);
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::string form_of(const Picture& picture) {
@@ -26,32 +43,18 @@ bool same_layout(const Picture& a, const Picture& b) {
            (!a.is_mosaic() || a.order == b.order);
 }
 
-std::optional<double> find_clipping_level(const Picture& picture) {
-    std::vector<std::size_t> count(65536);
+std::array<std::optional<double>, 3> find_clipping_levels(const Picture& picture) {
+    std::array<std::vector<std::size_t>, 3> counts;
+    for (std::vector<std::size_t>& count : counts) count.resize(65536);
     for (std::size_t y = picture.top; y < picture.top + picture.lit_height; ++y) {
-        const std::uint16_t* const row = &picture.samples[y * picture.width * picture.channels];
-        for (std::size_t i = picture.left * picture.channels;
-             i < (picture.left + picture.lit_width) * picture.channels; ++i) {
-            ++count[row[i]];
+        for (std::size_t x = picture.left; x < picture.left + picture.lit_width; ++x) {
+            for (std::size_t k = 0; k < picture.channels; ++k) {
+                const std::size_t channel = picture.is_mosaic() ? picture.color(x, y) : k;
+                ++counts[channel][picture.sample(x, y, channel)];
+            }
         }
     }
-    std::size_t top = count.size() - 1;
-    while (top > 0 && count[top] == 0) --top;
-    // A few hot pixels may stand above the level at which the others clip.
-    std::size_t above = 0;
-    for (; top > 0 && above < kFewestPiledUp; above += count[top], --top) {
-        std::size_t most = 0;  // of the values just below that occur
-        std::size_t seen = 0;
-        for (std::size_t level = top; level-- > 0 && seen < kNeighbours;) {
-            if (count[level] == 0) continue;
-            most = std::max(most, count[level]);
-            ++seen;
-        }
-        if (count[top] >= kFewestPiledUp && count[top] >= kTimesTheNeighbours * most) {
-            return static_cast<double>(top);
-        }
-    }
-    return std::nullopt;
+    return {piled_up_level(counts[0]), piled_up_level(counts[1]), piled_up_level(counts[2])};
 }
 
 }  // namespace imgtune::workbench

@@ -51,9 +51,9 @@ std::string form_of(const Picture& picture);
 /// Whether one picture's samples can be taken off the other's.
 bool same_layout(const Picture& a, const Picture& b);
 
-/// The level at which samples clip, where so many share the largest value that nothing else
-/// explains it; none: nothing clips that far.
-std::optional<double> find_clipping_level(const Picture& picture);
+/// For red, green and blue the level at which samples clip, where so many share the largest value
+/// that nothing else explains it; none: nothing clips that far.
+std::array<std::optional<double>, 3> find_clipping_levels(const Picture& picture);
 
 }  // namespace imgtune::workbench
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 #include "workbench/capture/chart_grid.h"
 #include "workbench/capture/judge_light.h"
@@ -69,15 +70,50 @@ std::optional<MatrixFit> linear_fit(const PatchColors& colors, const CaptureChoi
     return fit_linear(balanced(colors, gains), choices.reference.rgb, weights);
 }
 
+/// A chart measured in one of the ways in which it can lie.
+struct MeasuredGrid {
+    ChartGrid grid;
+    std::array<PatchMeasure, kChartPatches> patches;
+};
+
+/// The same samples in another order: of a chart turned by half, or in a mirror. None: its patches
+/// are other parts of the picture.
+std::optional<std::array<PatchMeasure, kChartPatches>> reordered(const MeasuredGrid& measured,
+                                                                 const ChartGrid& grid) {
+    std::array<PatchMeasure, kChartPatches> patches;
+    for (std::size_t i = 0; i < kChartPatches; ++i) {
+        const PicturePoint middle = grid.patch(i, 0.0)[0];
+        const PicturePoint at = measured.grid.in_chart(middle.x, middle.y);
+        const double column = (at.x - 0.5) / ChartGrid::kPitch;
+        const double row = (at.y - 0.5) / ChartGrid::kPitch;
+        if (std::abs(column - std::round(column)) > 0.01 ||
+            std::abs(row - std::round(row)) > 0.01) {
+            return std::nullopt;
+        }
+        if (column < -0.5 || row < -0.5 || column > 5.5 || row > 3.5) return std::nullopt;
+        const auto index = static_cast<std::size_t>(std::round(row) * 6.0 + std::round(column));
+        patches[i] = measured.patches[index];
+    }
+    return patches;
+}
+
 /// The best of the eight ways in which the chart can lie; none: not one can be measured.
 std::optional<Pose> best_pose(const Picture& picture, const PictureAids& aids, const Quad& corners,
-                              double white, const CaptureChoices& choices) {
+                              const WhiteLevels& white, const CaptureChoices& choices) {
     std::optional<Pose> best;
     bool best_is_dominant = false;
+    std::vector<MeasuredGrid> measured;
     for (std::size_t turn = 0; turn < kTurns; ++turn) {
         const auto grid = ChartGrid::through(turned(corners, turn));
         if (!grid) return std::nullopt;
-        auto patches = measure_patches(picture, aids, *grid, white);
+        std::optional<std::array<PatchMeasure, kChartPatches>> patches;
+        for (const MeasuredGrid& other : measured) {
+            if (!patches) patches = reordered(other, *grid);
+        }
+        if (!patches) {
+            patches = measure_patches(picture, aids, *grid, white);
+            if (patches) measured.push_back({*grid, *patches});
+        }
         if (!patches) continue;
         const auto fit = linear_fit(means_of(*patches), choices, usable(choices.weights, *patches));
         if (!fit) continue;
@@ -90,20 +126,40 @@ std::optional<Pose> best_pose(const Picture& picture, const PictureAids& aids, c
     return best;
 }
 
+/// Where samples clip: as the file says, or lower where they pile up.
+struct FoundWhite {
+    WhiteLevels levels;
+    std::optional<double> found;  ///< the lowest that is below what the file says
+};
+
+FoundWhite find_white(const Picture& picture) {
+    FoundWhite white;
+    const double named = picture.white.value_or(65535.0);
+    white.levels.unit = named;
+    white.levels.clips = {named, named, named};
+    const auto found = find_clipping_levels(picture);
+    for (std::size_t k = 0; k < 3; ++k) {
+        if (!found[k] || *found[k] > named) continue;
+        white.levels.clips[k] = *found[k];
+        white.found = std::min(*found[k], white.found.value_or(*found[k]));
+    }
+    if (!picture.white && white.found) white.levels.unit = *white.found;
+    return white;
+}
+
 void tell_white(const Picture& picture, const std::optional<double>& found, Faults& faults) {
     if (!picture.white && !found) {
         faults.add({.code = "P104",
                     .file = picture.file,
                     .message = "the file gives no white level, and no samples pile up at one",
-                    .effect = "",
                     .suggestion = "name it with --white; else clipped patches may go unseen"});
     } else if (picture.white && found && *found < *picture.white * 0.999) {
-        faults.add(
-            {.code = "P105",
-             .file = picture.file,
-             .message = fmt::format("samples clip at {:g}, below the white level of {:g}", *found,
-                                    *picture.white),
-             .suggestion = "the level found is taken; patches that reach it count as clipped"});
+        faults.add({.code = "P105",
+                    .file = picture.file,
+                    .message = fmt::format("samples clip at {:g}, below the white level of {:g}",
+                                           *found, *picture.white),
+                    .suggestion = "the level found is taken; patches that reach it "
+                                  "count as clipped"});
     }
 }
 
@@ -251,12 +307,9 @@ std::optional<CapturedPicture> measure_picture(const Picture& picture, const Pic
                                                const Quad& corners, const CaptureChoices& choices,
                                                Faults& faults) {
     if (!layout_fits(picture, aids, faults)) return std::nullopt;
-    const std::optional<double> found = find_clipping_level(picture);
-    tell_white(picture, found, faults);
-    const double named = picture.white.value_or(65535.0);
+    const FoundWhite white = find_white(picture);
+    tell_white(picture, white.found, faults);
     CapturedPicture out;
-    out.white_found = found && *found <= named;
-    const double white = out.white_found ? *found : named;
 
     const auto refuse = [&](const char* code, std::string message, std::string advice) {
         faults.add({.code = code,
@@ -266,7 +319,8 @@ std::optional<CapturedPicture> measure_picture(const Picture& picture, const Pic
         return std::nullopt;
     };
     constexpr const char* kCornerAdvice =
-        "give the outer corners of patches 1, 6, 24 and 19 in pixels of the full mosaic";
+        "give the outer corners of patches 1, 6, 24 and 19 in pixels of the full "
+        "mosaic";
     if (!ChartGrid::through(corners)) {
         return refuse("P101", "the four corners are no quadrilateral that a chart can look like",
                       kCornerAdvice);
@@ -281,12 +335,14 @@ std::optional<CapturedPicture> measure_picture(const Picture& picture, const Pic
                           kCornerAdvice);
         }
     }
-    const auto pose = best_pose(picture, aids, corners, white, choices);
+    const auto pose = best_pose(picture, aids, corners, white.levels, choices);
     if (!pose) {
         return refuse("P102",
-                      "no chart can be measured at the corners: patches leave what is lit, are a "
+                      "no chart can be measured at the corners: patches leave what "
+                      "is lit, are a "
                       "few pixels small, or their greys are black or clipped",
-                      "photograph the whole chart, larger, with the white patch below clipping");
+                      "photograph the whole chart, larger, with the white patch "
+                      "below clipping");
     }
     if (pose->turn != 0) {
         faults.add({.code = "P103",
@@ -301,7 +357,12 @@ std::optional<CapturedPicture> measure_picture(const Picture& picture, const Pic
     for (std::size_t i = 0; i < 4; ++i) {
         out.black[i] = picture.black.at(i % 2, i / 2);
     }
-    if (picture.white || out.white_found) out.white = white;
+    out.white_found = white.found.has_value();
+    if (out.white_found) {
+        out.white = white.found;
+    } else {
+        out.white = picture.white;
+    }
     if (aids.flat != nullptr) out.flat = aids.flat->file();
     if (aids.dark != nullptr) out.dark = aids.dark->file;
     out.corners = turned(corners, pose->turn);

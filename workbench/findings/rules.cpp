@@ -45,6 +45,8 @@ constexpr Rule kRules[] = {
     {"F108", kWarning, "green gain of 0 or less"},
     {"P001", kError, "photograph without its light's kelvin"},
     {"P002", kError, "table of patches that cannot be read"},
+    {"P003", kError, "table of corners or kelvin that cannot be read"},
+    {"P004", kWarning, "line of a table that is for no capture"},
     {"P101", kError, "corners missing, outside the picture, or no quadrilateral"},
     {"P102", kError, "patches that cannot be measured"},
     {"P103", kWarning, "corners in another order"},
