@@ -177,18 +177,17 @@ int run_calibrate(const CalibrateOptions& options) {
     }
     const Tuning base = options.color_from.empty() ? Tuning{} : require_tuning(options.color_from);
     const Calibration calibration = calibration_of(study);
-    Remarks remarks(options.files.captures.front());
-    const Import import = import_calibration(calibration, choices, base, remarks);
+    faults.set_place("", files.captures.front(), 0);
+    const Import import = import_calibration(calibration, choices, base, faults);
     tell(faults);
-    say(remarks.text());
-    if (remarks.has_errors()) return kBadInput;
+    if (faults.has_errors()) return kBadInput;
     if (!options.calibration.empty()) {
         write_file(options.calibration, write_json_form(calibration));
     }
     write_file(options.output, write_yaml(import.tuning));
     if (options.json) {
         nlohmann::ordered_json report = to_json(study);
-        report["import"] = to_json(import, remarks);
+        report["import"] = to_json(import, faults);
         print_report(dumped(report), options.output);
     } else {
         print_report(study_text(study) + import_text(import, choices), options.output);

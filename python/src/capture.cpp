@@ -77,7 +77,6 @@ struct CalibrateArguments {
 
 py::tuple calibrate_with(CalibrateArguments& arguments) {
     Faults faults;
-    workbench::Remarks remarks("captures");
     nlohmann::ordered_json report;
     const std::string file =
         arguments.files.captures.empty() ? "" : arguments.files.captures.front();
@@ -92,14 +91,14 @@ py::tuple calibrate_with(CalibrateArguments& arguments) {
                 ? workbench::study_capture_files(arguments.files, arguments.chart, faults)
                 : workbench::study_captures(std::move(arguments.lights), arguments.chart, faults);
         if (faults.has_errors()) return Tuning{};
+        faults.set_place("", "captures", 0);
         const workbench::Import made = workbench::import_calibration(
-            workbench::calibration_of(study), arguments.import, arguments.base, remarks);
+            workbench::calibration_of(study), arguments.import, arguments.base, faults);
         report = to_json(study);
-        report["import"] = to_json(made, remarks);
+        report["import"] = to_json(made, faults);
         return made.tuning;
     });
     if (faults.has_errors()) raise_findings(faults.text(), faults);
-    if (remarks.has_errors()) throw workbench::BadInput(remarks.text());
     return py::make_tuple(tuning, as_python(report));
 }
 
