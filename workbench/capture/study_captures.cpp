@@ -256,9 +256,47 @@ void tell_disagreement(const LightStudy& light, Faults& faults) {
     }
 }
 
+/// What a matrix turns into `wanted`, by Cramer's rule; none: it has no inverse.
+std::optional<Rgb> before_matrix(const RealMatrix& m, const Rgb& wanted) {
+    const auto determinant = [](const RealMatrix& a) {
+        return a[0] * (a[4] * a[8] - a[5] * a[7]) - a[1] * (a[3] * a[8] - a[5] * a[6]) +
+               a[2] * (a[3] * a[7] - a[4] * a[6]);
+    };
+    const double whole = determinant(m);
+    if (std::abs(whole) < 1e-6) return std::nullopt;
+    Rgb out{};
+    for (std::size_t column = 0; column < 3; ++column) {
+        RealMatrix replaced = m;
+        for (std::size_t row = 0; row < 3; ++row) replaced[3 * row + column] = wanted[row];
+        out[column] = determinant(replaced) / whole;
+    }
+    return out;
+}
+
+/// The reference as the camera sees it: greys that are not quite neutral are less so there.
+PatchColors seen_reference(const PatchColors& colors, const PatchColors& reference,
+                           const PatchWeights& weights) {
+    constexpr int kRounds = 6;  // each leaves about a third of the step before
+    PatchColors seen = reference;
+    for (int round = 0; round < kRounds; ++round) {
+        const PatchColors even = balanced(colors, white_balance(colors, seen, weights));
+        const RealMatrix matrix = fit_linear(even, reference, weights).matrix;
+        if (!has_dominant_diagonal(matrix)) return reference;
+        for (std::size_t i = kFirstGrey; i < kChartPatches; ++i) {
+            const auto before = before_matrix(matrix, reference[i]);
+            if (!before || !(*std::min_element(before->begin(), before->end()) > 0.0)) {
+                return reference;
+            }
+            seen[i] = *before;
+        }
+    }
+    return seen;
+}
+
 void fit_light(LightStudy& light, const CaptureChoices& choices) {
     const PatchColors colors = means_of(light.patches);
-    const WhiteBalance gains = white_balance(colors, choices.reference.rgb, light.weights);
+    const WhiteBalance gains = white_balance(
+        colors, seen_reference(colors, choices.reference.rgb, light.weights), light.weights);
     light.red_gain = gains.red;
     light.blue_gain = gains.blue;
     const PatchColors even = balanced(colors, gains);
@@ -277,7 +315,8 @@ void fit_light(LightStudy& light, const CaptureChoices& choices) {
     }
     if (!choices.other_edition) return;
     const PatchColors& other = choices.other_edition->rgb;
-    const PatchColors other_even = balanced(colors, white_balance(colors, other, light.weights));
+    const PatchColors other_even = balanced(
+        colors, white_balance(colors, seen_reference(colors, other, light.weights), light.weights));
     light.other_edition_residual =
         fit_visible(fit_linear(other_even, other, light.weights), other_even, other, light.weights)
             .mean;

@@ -195,7 +195,9 @@ Picture decode_raw(const std::string& bytes, const std::string& name) {
     raw->imgdata.params.use_rawspeed = 0;
     const TimeLimit limit(*raw);
     // It reads the buffer alone, whatever its type says.
-    check(name, raw->open_buffer(const_cast<char*>(bytes.data()), bytes.size()));
+    const int opened = raw->open_buffer(const_cast<char*>(bytes.data()), bytes.size());
+    // What begins as no raw file does is none, whatever was missing in it.
+    check(name, opened == LIBRAW_IO_ERROR ? LIBRAW_FILE_UNSUPPORTED : opened);
     const libraw_image_sizes_t& sizes = raw->imgdata.sizes;
     require_picture_size(name, sizes.raw_width, sizes.raw_height, 1);
     check(name, raw->unpack());
