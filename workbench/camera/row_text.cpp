@@ -92,6 +92,13 @@ ColorText::ColorText(const std::vector<bool>& chosen) {
         ++groups_.back().count;
         fields_.push_back({field.lsb, BitField{field.word, field.lsb, field.width}.value_mask()});
     }
+    if (!groups_.empty()) {
+        const auto [first, last] =
+            std::minmax_element(groups_.begin(), groups_.end(),
+                                [](const Group& a, const Group& b) { return a.word < b.word; });
+        first_word_ = first->word;
+        word_bytes_ = (last->word + 1 - first->word) * sizeof(std::uint32_t);
+    }
     last_text_.resize(room());
     for (Group& group : groups_) {
         make_text(group);
@@ -108,14 +115,15 @@ void ColorText::make_text(Group& group) const {
     char* at = group.text;
     for (std::size_t i = group.first; i < std::size_t{group.first} + group.count; ++i) {
         const std::uint32_t value = (group.value >> fields_[i].lsb) & fields_[i].mask;
-        *at++ = ',';
-        at = put_number(at, value);
+        at = put_cell(at, value);
     }
     group.length = static_cast<std::uint32_t>(at - group.text);
 }
 
 char* ColorText::put(char* at, const NSIspTuning::ISP_NVRAM_COLOR_T& image) {
-    if (std::memcmp(&image, &last_, sizeof(image)) != 0) {
+    const std::uint32_t* const words = image.u4Word + first_word_;
+    std::uint32_t* const last_words = last_.u4Word + first_word_;
+    if (std::memcmp(words, last_words, word_bytes_) != 0) {
         char* const begin = last_text_.data();
         char* end = begin;
         for (Group& group : groups_) {
@@ -127,7 +135,7 @@ char* ColorText::put(char* at, const NSIspTuning::ISP_NVRAM_COLOR_T& image) {
             end = copy_text(end, group.text, group.length);
         }
         last_length_ = static_cast<std::size_t>(end - begin);
-        last_ = image;
+        std::memcpy(last_words, words, word_bytes_);
     }
     std::memcpy(at, last_text_.data(), last_length_);
     return at + last_length_;
@@ -166,14 +174,12 @@ char* RowText::put(char* at, std::uint64_t number, const FrameValues& values,
                    const Registers& registers) {
     at = put_number(at, static_cast<std::int64_t>(number));
     for (const std::size_t i : inputs_) {
-        *at++ = ',';
-        at = put_number(at, values[i]);
+        at = put_cell(at, values[i]);
     }
     if (!matrix_.empty()) {
         const std::array<std::int32_t, 9> coefficients = decode(registers.ccm, caller_);
         for (const std::size_t k : matrix_) {
-            *at++ = ',';
-            at = put_number(at, coefficients[k]);
+            at = put_cell(at, coefficients[k]);
         }
     }
     for (const std::size_t k : words_) {

@@ -59,6 +59,8 @@ class ColorText {
 
     std::vector<Field> fields_;
     std::vector<Group> groups_;
+    std::size_t first_word_ = 0;  ///< of an image that a group reads
+    std::size_t word_bytes_ = 0;  ///< up to the last such word
     NSIspTuning::ISP_NVRAM_COLOR_T last_{};
     std::vector<char> last_text_;  ///< of all fields of last_
     std::size_t last_length_ = 0;

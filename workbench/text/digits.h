@@ -8,24 +8,27 @@
 
 namespace imgtune::workbench {
 
-/// Room for any number that put_number or put_hex writes, what they write beyond its end included.
+/// Room for any number that put_number, put_cell or put_hex writes with a comma, what they write
+/// beyond its end included.
 inline constexpr std::size_t kNumberRoom = 24;
 
 namespace digits {
 
 struct Text {
-    char text[7];
+    char text[7];  ///< behind a comma
     std::uint8_t length;
 };
 
-/// Decimal texts of 0..4096: every register field of up to 12 bits, every coefficient.
+/// Decimal texts of 0..4096, each behind a comma: every register field of up to 12 bits, every
+/// coefficient.
 inline constexpr std::array<Text, 4097> kSmall = [] {
     std::array<Text, 4097> all{};
     for (unsigned n = 0; n < all.size(); ++n) {
-        std::uint8_t length = n > 999 ? 4 : (n > 99 ? 3 : (n > 9 ? 2 : 1));
-        all[n].length = length;
-        for (unsigned rest = n; length > 0; rest /= 10) {
-            all[n].text[--length] = static_cast<char>('0' + rest % 10);
+        std::uint8_t at = n > 999 ? 5 : (n > 99 ? 4 : (n > 9 ? 3 : 2));
+        all[n].text[0] = ',';
+        all[n].length = at;
+        for (unsigned rest = n; at > 1; rest /= 10) {
+            all[n].text[--at] = static_cast<char>('0' + rest % 10);
         }
     }
     return all;
@@ -48,10 +51,21 @@ inline char* put_number(char* at, std::int64_t value) {
     }
     if (value >= 0 && value <= 4096) {
         const digits::Text& small = digits::kSmall[static_cast<std::size_t>(value)];
-        std::memcpy(at, small.text, sizeof(small.text));
-        return at + small.length;
+        std::memcpy(at, small.text + 1, 4);
+        return at + small.length - 1;
     }
     return std::to_chars(at, at + 20, value).ptr;
+}
+
+/// Writes a comma and a number.
+inline char* put_cell(char* at, std::int64_t value) {
+    if (value >= 0 && value <= 4096) {
+        const digits::Text& small = digits::kSmall[static_cast<std::size_t>(value)];
+        std::memcpy(at, &small, sizeof(small));  // all at once; what follows covers the rest
+        return at + small.length;
+    }
+    *at++ = ',';
+    return put_number(at, value);
 }
 
 /// Writes a word as 0x and eight digits.
