@@ -69,8 +69,7 @@ std::int32_t ct_position(const AWB_GAIN_T& gain, const Locus& locus) {
     } else if (position > coarse + 1) {
         --position;
     }
-    if (position == count - 1) return count - 2;
-    return position == 0 ? 1 : position;
+    return position == count - 1 ? count - 2 : position;
 }
 
 void trace_place(const float (&range)[4], const CtPlace& place) {
