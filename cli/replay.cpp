@@ -38,6 +38,7 @@ struct ReplayOptions {
     bool json = false;
     bool force = false;
     SummaryOptions summary_options;
+    std::string patch = chart_patches()[kLightSkin].name;
 };
 
 /// How far a long run has come, on standard error when that is a terminal.
@@ -158,7 +159,14 @@ std::string report_of(const std::vector<Outcome>& outcomes, const ReplayOptions&
     return text;
 }
 
-int run_replay(const ReplayOptions& options) {
+std::vector<std::string> patch_names() {
+    std::vector<std::string> names;
+    for (const Patch& patch : chart_patches()) names.emplace_back(patch.name);
+    return names;
+}
+
+int run_replay(ReplayOptions options) {
+    options.summary_options.visible.patch = *find_patch(options.patch);
     const Tuning tuning = tuning_to_run(options.tuning);
     const Jobs jobs = jobs_to_run(options.tuning, tuning, options.only);
     set_properties(options.properties);
@@ -222,8 +230,8 @@ void add_replay(const Verbs& verbs) {
         .shows_default()
         .range(std::uint64_t{1}, std::uint64_t{1000000000});
     const Option summary = verb.flag("--summary", options->summary,
-                                     "tell how the registers move: settling, steps, clipped "
-                                     "gains, overshoot, flicker");
+                                     "tell what a viewer sees over time: flicker, steps, "
+                                     "settling, overshoot; and how the registers move");
     verb.option("--fps", options->summary_options.frames_per_second, "frames per second of the log")
         .shows_default()
         .range(SummaryOptions::kLeastFramesPerSecond, SummaryOptions::kMostFramesPerSecond)
@@ -233,6 +241,22 @@ void add_replay(const Verbs& verbs) {
                 "of the light value")
         .shows_default()
         .range(0.0, SummaryOptions::kMostNoisePercent)
+        .needs(summary);
+    VisibleLimits& limits = options->summary_options.visible;
+    const auto limit = [&](const char* name, double& value, const char* help) {
+        verb.option(name, value, help)
+            .shows_default()
+            .range(VisibleLimits::kLeast, VisibleLimits::kMost)
+            .needs(summary);
+    };
+    limit("--flicker-mean", limits.flicker_mean,
+          "flicker: least recurring swing of the chart's mean, in CIEDE2000");
+    limit("--flicker-patch", limits.flicker_patch, "the same of the worst patch");
+    limit("--settled", limits.settled,
+          "settled: worst patch stays below this difference from rest, in CIEDE2000");
+    verb.option("--patch", options->patch, "patch of the chart that is told by itself")
+        .shows_default()
+        .one_of(patch_names())
         .needs(summary);
     verb.flag("--force", options->force, "replace whatever file is there");
     verb.flag("--json", options->json, "the summary as JSON").needs(summary);

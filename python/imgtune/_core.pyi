@@ -91,10 +91,26 @@ def explain(
     tuning: Tuning, frame: Mapping[str, int], *, after: Optional[Mapping[str, int]] = ...
 ) -> dict[str, Any]: ...
 def summary(
-    tuning: Tuning, frames: _Frames, *, fps: float = ..., noise: float = ...
+    tuning: Tuning,
+    frames: _Frames,
+    *,
+    fps: float = ...,
+    noise: float = ...,
+    flicker_mean: float = ...,
+    flicker_patch: float = ...,
+    settled: float = ...,
+    patch: str = ...,
 ) -> dict[str, Any]: ...
 def summary_row(
-    tuning: Tuning, frames: _Frames, *, fps: float = ..., noise: float = ...
+    tuning: Tuning,
+    frames: _Frames,
+    *,
+    fps: float = ...,
+    noise: float = ...,
+    flicker_mean: float = ...,
+    flicker_patch: float = ...,
+    settled: float = ...,
+    patch: str = ...,
 ) -> dict[str, Any]: ...
 def calibrate(
     captures: Union[_Path, Sequence[_Path], Mapping[float, npt.ArrayLike]],

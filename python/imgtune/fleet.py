@@ -75,6 +75,10 @@ def summarize(
     *,
     fps: float = 30.0,
     noise: float = 5.0,
+    flicker_mean: float = 0.5,
+    flicker_patch: float = 1.0,
+    settled: float = 1.0,
+    patch: str = "light skin",
     workers: Optional[int] = None,
     load: Callable[[Path], np.ndarray] = load_frames,
 ) -> "pandas.DataFrame":
@@ -87,7 +91,7 @@ def summarize(
     client : distributed.Client, optional
         A Dask cluster that carries the work; paths must mean the same to its workers. A worker
         that is lost has its pairs run again elsewhere. Without one, processes on this machine.
-    fps, noise : float
+    fps, noise, flicker_mean, flicker_patch, settled, patch
         As for `imgtune.summary`.
     workers : int, optional
         Processes without a client; default: one a core, 0: none but this one.
@@ -99,7 +103,8 @@ def summarize(
     pandas.DataFrame
         One row a pair, tuning by tuning: tuning (path or name), log, error (None where all went
         well), frames, and the numbers of the summary by dotted names, such as
-        settling.ccm.median_frames, clipped.frames, largest_step.field, most_turns.per_second.
+        visible.flicker.worst, visible.settling.median_frames, visible.overshoot.worst,
+        clipped.frames.
     """
     import pandas
 
@@ -109,7 +114,14 @@ def summarize(
         count = workers or os.cpu_count() or 1
     pairs = len(tunings) * len(logs)
     size = min(max(pairs // (_CHUNKS_A_WORKER * max(count, 1)), 1), _LARGEST_CHUNK)
-    options = {"fps": fps, "noise": noise}
+    options = {
+        "fps": fps,
+        "noise": noise,
+        "flicker_mean": flicker_mean,
+        "flicker_patch": flicker_patch,
+        "settled": settled,
+        "patch": patch,
+    }
     tasks = [
         (tuning, list(logs[first : first + size]), load, options)
         for tuning in tunings

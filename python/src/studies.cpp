@@ -55,19 +55,44 @@ py::object explain(const Tuning& tuning, const py::dict& frame, const py::object
     return as_python(told);
 }
 
-workbench::SummaryRecord summarized(const Tuning& tuning, const py::object& frames, double fps,
-                                    double noise) {
+/// The keyword arguments of the summary.
+struct SummaryArguments {
+    double fps;
+    double noise;
+    double flicker_mean;
+    double flicker_patch;
+    double settled;
+    std::string patch;
+};
+
+workbench::SummaryRecord summarized(const Tuning& tuning, const py::object& frames,
+                                    const SummaryArguments& given) {
     const auto require = [](const char* argument, double value, double least, double most) {
         if (value >= least && value <= most) return;  // NaN is neither
         raise_input_error(
             fmt::format("{} is {}; allowed are {} to {}", argument, value, least, most), argument);
     };
     using Options = workbench::SummaryOptions;
-    require("fps", fps, Options::kLeastFramesPerSecond, Options::kMostFramesPerSecond);
-    require("noise", noise, 0.0, Options::kMostNoisePercent);
+    using Limits = workbench::VisibleLimits;
+    require("fps", given.fps, Options::kLeastFramesPerSecond, Options::kMostFramesPerSecond);
+    require("noise", given.noise, 0.0, Options::kMostNoisePercent);
+    require("flicker_mean", given.flicker_mean, Limits::kLeast, Limits::kMost);
+    require("flicker_patch", given.flicker_patch, Limits::kLeast, Limits::kMost);
+    require("settled", given.settled, Limits::kLeast, Limits::kMost);
+    const auto patch = workbench::find_patch(given.patch);
+    if (!patch) {
+        std::string allowed;
+        for (const workbench::Patch& each : workbench::chart_patches()) {
+            allowed += fmt::format("{}'{}'", allowed.empty() ? "" : ", ", each.name);
+        }
+        raise_input_error(fmt::format("patch is '{}'; allowed are {}", given.patch, allowed),
+                          "patch");
+    }
     const FrameColumns columns(frames);
     Camera camera(tuning, all_jobs(tuning));
-    workbench::Summary gathered(camera, {fps, noise});
+    workbench::Summary gathered(
+        camera,
+        {given.fps, given.noise, {given.flicker_mean, given.flicker_patch, given.settled, *patch}});
     std::uint64_t number = 0;
     for_each_frame(columns, [&](const Frame& frame) {
         camera.run(frame);
@@ -76,12 +101,18 @@ workbench::SummaryRecord summarized(const Tuning& tuning, const py::object& fram
     return gathered.finish();
 }
 
-py::object summary(const Tuning& tuning, const py::object& frames, double fps, double noise) {
-    return as_python(to_json(summarized(tuning, frames, fps, noise)));
+py::object summary(const Tuning& tuning, const py::object& frames, double fps, double noise,
+                   double flicker_mean, double flicker_patch, double settled,
+                   const std::string& patch) {
+    return as_python(to_json(
+        summarized(tuning, frames, {fps, noise, flicker_mean, flicker_patch, settled, patch})));
 }
 
-py::object summary_row(const Tuning& tuning, const py::object& frames, double fps, double noise) {
-    return as_python(row_to_json(summarized(tuning, frames, fps, noise)));
+py::object summary_row(const Tuning& tuning, const py::object& frames, double fps, double noise,
+                       double flicker_mean, double flicker_patch, double settled,
+                       const std::string& patch) {
+    return as_python(row_to_json(
+        summarized(tuning, frames, {fps, noise, flicker_mean, flicker_patch, settled, patch})));
 }
 
 py::object diff(const Tuning& a, const Tuning& b, const py::object& frames) {
@@ -231,9 +262,13 @@ Examples
 }
 
 void bind_summary(py::module_& module) {
+    const workbench::VisibleLimits limits;
     module.def("summary", &summary, py::arg("tuning"), py::arg("frames"), py::kw_only(),
                py::arg("fps") = 30.0, py::arg("noise") = 5.0,
-               R"(How the registers move over a log: settling, steps, clipping, flicker.
+               py::arg("flicker_mean") = limits.flicker_mean,
+               py::arg("flicker_patch") = limits.flicker_patch, py::arg("settled") = limits.settled,
+               py::arg("patch") = workbench::chart_patches()[limits.patch].name,
+               R"(What a viewer sees over a log, and how the registers move.
 
 Parameters
 ----------
@@ -243,6 +278,12 @@ fps : float
     Frames per second of the log.
 noise : float
     Noise that is no change of light: percent of gains and CT, tenths of an EV of the light value.
+flicker_mean, flicker_patch : float
+    Least recurring swing of the chart's mean, or of its worst patch, that is flicker; CIEDE2000.
+settled : float
+    The worst patch stays below this difference from rest; CIEDE2000.
+patch : str
+    The chart's patch that is told by itself.
 
 Returns
 -------
@@ -256,6 +297,9 @@ InputError
 )");
     module.def("summary_row", &summary_row, py::arg("tuning"), py::arg("frames"), py::kw_only(),
                py::arg("fps") = 30.0, py::arg("noise") = 5.0,
+               py::arg("flicker_mean") = limits.flicker_mean,
+               py::arg("flicker_patch") = limits.flicker_patch, py::arg("settled") = limits.settled,
+               py::arg("patch") = workbench::chart_patches()[limits.patch].name,
                "The numbers of `summary` alone, with the fields that step and turn most.");
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "workbench/studies/resting.h"
 #include "workbench/studies/settling.h"
 #include "workbench/studies/summary.h"
+#include "workbench/studies/swings.h"
 #include "workbench/trace/trace_capture.h"
 
 namespace imgtune::workbench {
@@ -121,8 +123,8 @@ TEST(HoldJudge, RestIsABandThatIsKeptForAWhile) {
     }
 }
 
-TEST(FieldMotions, TellStepsOvershootAndFlicker) {
-    // c1: two steps up while the light moves, beyond, back, then a flicker.
+TEST(FieldMotions, TellStepsAndTurns) {
+    // c1: two steps up while the light moves, beyond, back, then to and fro.
     using Phase = FieldMotions::Phase;
     FieldMotions motions(CallerSettings{}, {true, false});
     std::uint64_t number = 0;
@@ -135,20 +137,58 @@ TEST(FieldMotions, TellStepsOvershootAndFlicker) {
     };
     show({-90, 0}, Phase::cold_start);
     show({5}, Phase::light_moves);
-    motions.begin_hold();
     show({10, 30, 24, 20, 20}, Phase::light_holds);
-    std::vector<RestingBand> rest(9);
-    rest[1] = {19, 21};
-    motions.end_hold(0, rest, 3);
+    EXPECT_FALSE(motions.moved()[0]);
     show({25, 20, 25}, Phase::light_holds);
+    EXPECT_TRUE(motions.moved()[0]);
     const FieldMotion& c1 = motions.motions()[1];
     EXPECT_EQ(c1.largest_step, 20);
     EXPECT_EQ(c1.step_frame, 5U);
-    EXPECT_EQ(c1.overshoot, 9);
-    EXPECT_EQ(c1.overshoot_frame, 3U);
     EXPECT_EQ(c1.sign_changes, 4U);  // up, up, up, down, down, up, down, up
     EXPECT_EQ(c1.steady_sign_changes, 4U);
     EXPECT_EQ(motions.motions()[2].largest_step, 0);
+}
+
+TEST(LightWatch, BelievesAChangeOnlyWhenItStays) {
+    // Half a second is 15 frames: three of them beyond the tolerance make a change.
+    LightWatch watch(CallerSettings{}, {true, false}, 5, 15);
+    std::string events;
+    const auto show = [&](const std::vector<int>& reds) {
+        for (const int red : reds) {
+            events += "Bm."[static_cast<int>(watch.next(make_frame(100, 5000, {red, 512, 900})))];
+        }
+    };
+    show(std::vector<int>(20, 1000));
+    show({1100, 1000, 900, 1100, 1100, 900, 1000});  // noise to both sides
+    EXPECT_EQ(events, "B..........................");
+    EXPECT_FALSE(watch.is_in_doubt());
+    EXPECT_EQ(watch.held(), 26U);
+    show({1100, 1110});
+    EXPECT_TRUE(watch.is_in_doubt());
+    show({1105});
+    EXPECT_EQ(events.back(), 'B');
+    EXPECT_EQ(watch.held(), 2U);
+    EXPECT_EQ(watch.held_light().state.rAWBGain.i4R, 1105);
+}
+
+TEST(Turns, AreThereAndBackByOne) {
+    Turns<double> turns(10);
+    std::uint64_t frame = 0;
+    std::string told;
+    const auto show = [&](std::initializer_list<double> values) {
+        for (const double value : values) {
+            const auto turn =
+                turns.next(++frame, value, [](double a, double b) { return std::abs(a - b); });
+            if (turn) told += std::to_string(turn->frame) + ' ';
+        }
+    };
+    show({0, 0.4, -0.4, 0.5, 0});  // noise
+    show({1.2, 2.5, 2.6, 2.4});    // out, the first to come nearly so far is 7
+    show({1.5, 0, 1.4});           // back at 10, out again
+    EXPECT_EQ(told, "7 11 ");
+    frame += 20;  // a pause: what comes back now is another way
+    show({2.0, 0.0});
+    EXPECT_EQ(told, "7 11 ");
 }
 
 TEST(Clipping, AgreesWithTheTraces) {
@@ -273,7 +313,38 @@ TEST(SummaryOfLog, TakesNoiseForNoChange) {
         EXPECT_LE(*change.settling[0].frames, 12U);
     }
     EXPECT_GT(record.flicker.at(0).turns, 10U);
-    EXPECT_EQ(summarise(make_tuning(), {true, false}, log, {30.0, 0.1}).changes.at(0).held, 0U);
+    // What no tolerance takes for noise, the light's own swing is.
+    EXPECT_GT(summarise(make_tuning(), {true, false}, log, {30.0, 0.1}).change_count, 0U);
+}
+
+TEST(SummaryOfLog, NamesWhatSwitchesImagesAndWhatNeverMoved) {
+    // A light that sits at the grid's 5000 K takes the map of either neighbour in turn.
+    Tuning tuning = make_tuning();
+    for (std::size_t ct = 0; ct < 5; ++ct) {
+        tuning.color[0][ct].u4Word[72] = 100U * static_cast<std::uint32_t>(ct);  // W1.H.PL
+    }
+    Frame below = kCold;
+    below.state.u4CCT = 4990;
+    std::vector<Stretch> log{{30, kCold}};
+    for (int n = 0; n < 10; ++n) log.insert(log.end(), {{1, below}, {1, kCold}});
+    Frame scene = kCold;
+    scene.state.u4SceneFlag = 1;
+    log.push_back({30, scene});
+    const SummaryRecord record = summarise(tuning, {false, true}, log);
+    ASSERT_EQ(record.image_switches.size(), 2U);
+    EXPECT_EQ(record.image_switches[0].cause, SwitchCause::grid_ct);
+    EXPECT_EQ(record.image_switches[0].kelvin, 5000U);
+    EXPECT_EQ(record.image_switches[0].count, 20U);
+    EXPECT_NEAR(per_second(record.image_switches[0], 30.0), 30.0, 1e-9);
+    EXPECT_EQ(record.image_switches[1].cause, SwitchCause::slot);
+    const std::string text = cli::summary_text(record);
+    EXPECT_NE(text.find("the grid's 5000 K: 20 times"), std::string::npos) << text;
+
+    // The matrix of another scene is the same.
+    const SummaryRecord both = summarise(make_tuning(), {true, false}, {{30, kCold}, {30, scene}});
+    EXPECT_EQ(both.changes.at(0).settling[0].state, Settling::unmoved);
+    EXPECT_EQ(both.changes[0].visible.matrix.state, VisibleSettling::unmoved);
+    EXPECT_EQ(both.visible_settling.unmoved, 1U);
 }
 
 TEST(SummaryOfLog, MarksClippedRuns) {

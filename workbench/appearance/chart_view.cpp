@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "workbench/appearance/color_difference.h"
+#include "workbench/appearance/patch_colors.h"
 
 namespace imgtune::workbench {
 
@@ -11,11 +11,6 @@ namespace {
 
 /// A determinant below this share of the largest coefficient's cube is none.
 constexpr double kLeastDeterminant = 1e-9;
-
-std::array<double, 3> times(const RealMatrix& m, const std::array<double, 3>& v) {
-    return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2], m[3] * v[0] + m[4] * v[1] + m[5] * v[2],
-            m[6] * v[0] + m[7] * v[1] + m[8] * v[2]};
-}
 
 RealMatrix times(const RealMatrix& a, const RealMatrix& b) {
     RealMatrix product{};
@@ -32,15 +27,6 @@ RealMatrix adjugate(const RealMatrix& m) {
     return {m[4] * m[8] - m[5] * m[7], m[2] * m[7] - m[1] * m[8], m[1] * m[5] - m[2] * m[4],
             m[5] * m[6] - m[3] * m[8], m[0] * m[8] - m[2] * m[6], m[2] * m[3] - m[0] * m[5],
             m[3] * m[7] - m[4] * m[6], m[1] * m[6] - m[0] * m[7], m[0] * m[4] - m[1] * m[3]};
-}
-
-const std::array<std::array<double, 3>, kPatchCount>& linear_chart() {
-    static const auto kChart = [] {
-        std::array<std::array<double, 3>, kPatchCount> chart{};
-        for (std::size_t i = 0; i < kPatchCount; ++i) chart[i] = linear(chart_patches()[i]);
-        return chart;
-    }();
-    return kChart;
 }
 
 }  // namespace
@@ -64,16 +50,21 @@ ChartView::ChartView(const RealMatrix& matrix, const std::array<double, 3>& gain
       }()) {}
 
 PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual) {
-    const bool turn_back = reference.has_inverse();
-    const RealMatrix change =
-        turn_back ? times(actual.matrix(), reference.inverse()) : actual.matrix();
-    PatchDifferences differences{};
-    for (std::size_t i = 0; i < kPatchCount; ++i) {
-        const std::array<double, 3>& patch = linear_chart()[i];
-        const Lab own = to_lab(turn_back ? patch : times(reference.matrix(), patch));
-        differences[i] = static_cast<float>(ciede2000(own, to_lab(times(change, patch))));
+    // Rounded once: the hue of a grey patch is what rounding leaves.
+    static const PatchLabs kChart = [] {
+        PatchLabs chart;
+        for (std::size_t i = 0; i < kPatchCount; ++i) {
+            const Lab lab = to_lab(linear(chart_patches()[i]));
+            chart.lightness[i] = static_cast<float>(lab.lightness);
+            chart.a[i] = static_cast<float>(lab.a);
+            chart.b[i] = static_cast<float>(lab.b);
+        }
+        return chart;
+    }();
+    if (!reference.has_inverse()) {
+        return ciede2000(patch_labs(reference.matrix()), patch_labs(actual.matrix()));
     }
-    return differences;
+    return ciede2000(kChart, patch_labs(times(actual.matrix(), reference.inverse())));
 }
 
 ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen) {

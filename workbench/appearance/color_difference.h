@@ -15,6 +15,10 @@ struct Lab {
     double b;
 };
 
+/// A matrix followed by the one from linear sRGB to CIE XYZ, each of X, Y and Z relative to
+/// white's.
+RealMatrix to_relative_xyz(const RealMatrix& matrix);
+
 /// Of linear sRGB, 1.0 = white; values below 0 and above 1 are not cut off.
 Lab to_lab(const std::array<double, 3>& linear_srgb);
 

@@ -16,48 +16,37 @@ FieldMotions::FieldMotions(const CallerSettings& caller, Jobs jobs) : caller_(ca
             motions_.back().name = name;
         }
     }
-    for (auto* values : {&now_, &value_, &start_, &low_, &high_}) values->resize(motions_.size());
+    now_.resize(motions_.size());
+    value_.resize(motions_.size());
     direction_.resize(motions_.size());
+    const auto is_of_map = [](const FieldMotion& m) { return m.name.starts_with("ColorMap."); };
+    const auto map = std::find_if(motions_.begin(), motions_.end(), is_of_map);
+    first_map_field_ = static_cast<std::size_t>(map - motions_.begin());
 }
 
-bool FieldMotions::next(std::uint64_t number, const Registers& registers, Phase phase) {
-    const bool ccm_moved =
-        jobs_.ccm && (!started_ || std::memcmp(&registers.ccm, &last_.ccm, sizeof(last_.ccm)) != 0);
-    const bool color_moved =
-        jobs_.color &&
-        (!started_ || std::memcmp(&registers.color, &last_.color, sizeof(last_.color)) != 0);
+bool FieldMotions::next(std::uint64_t number, const Registers& registers, Phase phase,
+                        StepCause color_cause) {
+    const auto differs = [](const auto& a, const auto& b) {
+        return std::memcmp(&a, &b, sizeof(a)) != 0;
+    };
+    moved_ = {jobs_.ccm && (!started_ || differs(registers.ccm, last_.ccm)),
+              jobs_.color && (!started_ || differs(registers.color, last_.color))};
     bool turned = false;
-    if (ccm_moved) {
+    if (moved_[0]) {
         last_.ccm = registers.ccm;
         read(registers, 0, kFirstColorField, now_);
-        turned = note(0, kFirstColorField, number, phase);
+        turned = note(0, kFirstColorField, number, phase, StepCause::smoothing);
     }
-    if (color_moved) {
+    if (moved_[1]) {
         last_.color = registers.color;
         read(registers, kFirstColorField, motions_.size(), now_);
-        turned = note(kFirstColorField, motions_.size(), number, phase) || turned;
+        const StepCause map_cause =
+            color_cause == StepCause::slot ? StepCause::slot : StepCause::image;
+        turned = note(kFirstColorField, first_map_field_, number, phase, color_cause) || turned;
+        turned = note(first_map_field_, motions_.size(), number, phase, map_cause) || turned;
     }
-    if (!started_) begin_hold();
     started_ = true;
     return turned;
-}
-
-void FieldMotions::begin_hold() {
-    start_ = low_ = high_ = value_;
-}
-
-// Moved up: beyond the band above; moved down: below it.
-void FieldMotions::end_hold(std::size_t first, std::span<const RestingBand> rest,
-                            std::uint64_t change_frame) {
-    for (std::size_t i = 0; i < rest.size(); ++i) {
-        const std::size_t k = first + i;
-        const std::int64_t above = rest[i].high >= start_[k] ? high_[k] - rest[i].high : 0;
-        const std::int64_t below = rest[i].low <= start_[k] ? rest[i].low - low_[k] : 0;
-        const std::int64_t overshoot = std::max(above, below);
-        if (overshoot <= motions_[k].overshoot) continue;
-        motions_[k].overshoot = overshoot;
-        motions_[k].overshoot_frame = change_frame;
-    }
 }
 
 std::vector<std::int64_t> FieldMotions::values_of(const Registers& registers) const {
@@ -81,19 +70,19 @@ void FieldMotions::read(const Registers& registers, std::size_t begin, std::size
 }
 
 /// Takes over the values of now_ from `begin` to `end`.
-bool FieldMotions::note(std::size_t begin, std::size_t end, std::uint64_t number, Phase phase) {
+bool FieldMotions::note(std::size_t begin, std::size_t end, std::uint64_t number, Phase phase,
+                        StepCause cause) {
     bool turned = false;
     for (std::size_t k = begin; k < end; ++k) {
         const std::int64_t step = now_[k] - value_[k];
         if (step == 0) continue;
         value_[k] = now_[k];
-        low_[k] = std::min(low_[k], now_[k]);
-        high_[k] = std::max(high_[k], now_[k]);
         if (phase == Phase::cold_start) continue;
         FieldMotion& motion = motions_[k];
         if (std::abs(step) > motion.largest_step) {
             motion.largest_step = std::abs(step);
             motion.step_frame = number;
+            motion.step_cause = cause;
         }
         const std::int8_t direction = step > 0 ? 1 : -1;
         if (direction_[k] == -direction) {

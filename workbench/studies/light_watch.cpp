@@ -11,11 +11,6 @@ namespace {
 /// steady ramp's lies half way.
 constexpr double kShareOfDrift = 1.0 / 3.0;
 
-bool same_kind(const Frame& a, const Frame& b) {
-    return a.state.u4FlashMode == b.state.u4FlashMode &&
-           a.state.u4SceneFlag == b.state.u4SceneFlag && a.capture == b.capture;
-}
-
 void put_values(Frame& frame, const LightValues& values, bool full_gain, Jobs jobs) {
     const auto word = [](double value) {
         return static_cast<std::uint32_t>(std::llround(std::clamp(value, 0.0, 4294967295.0)));
@@ -33,6 +28,11 @@ void put_values(Frame& frame, const LightValues& values, bool full_gain, Jobs jo
 
 }  // namespace
 
+bool same_kind(const Frame& a, const Frame& b) {
+    return a.state.u4FlashMode == b.state.u4FlashMode &&
+           a.state.u4SceneFlag == b.state.u4SceneFlag && a.capture == b.capture;
+}
+
 std::uint64_t frames_of_hold(double frames_per_second) {
     return static_cast<std::uint64_t>(std::clamp(frames_per_second / 2.0, 1.0, 1000.0));
 }
@@ -42,36 +42,79 @@ LightWatch::LightWatch(const CallerSettings& caller, Jobs jobs, double noise_per
     : full_gain_(caller.full_gain == 1),
       jobs_(jobs),
       noise_percent_(noise_percent),
-      hold_frames_(std::max<std::uint64_t>(hold_frames, 1)) {}
+      hold_frames_(std::max<std::uint64_t>(hold_frames, 1)),
+      frames_to_believe_(std::max<std::uint64_t>(hold_frames / 5, 1)) {}
 
 LightWatch::Event LightWatch::next(const Frame& frame) {
     const LightValues values = values_of(frame);
     if (!started_) {
         started_ = true;
-        hold_anew(values, frame);
+        frame_ = frame;
+        take(values);
         return Event::begins;
     }
-    if (!holds(values, frame)) {
-        const bool goes_on = !first_hold_ && (held_ < hold_frames_ || has_drifted(values, frame));
-        first_hold_ = false;
-        hold_anew(values, frame);
-        return goes_on ? Event::moves : Event::begins;
+    if (!same_kind(frame, frame_)) return leave(values, frame, false);
+    const std::size_t value = farthest(values);
+    if (!is_beyond(values, value, 1.0)) {
+        held_ += doubtful_ + 1;
+        doubtful_ = 0;
+        take(values);
+        return Event::holds;
     }
-    ++held_;
-    const double share = 1.0 / static_cast<double>(held_ + 1);
+    const bool above = values[value] > mean_of_hold_[value];
+    const bool goes_on =
+        doubtful_ > 0 && is_beyond(values, doubtful_value_, 0.5) &&
+        (values[doubtful_value_] > mean_of_hold_[doubtful_value_]) == doubtful_above_;
+    if (!goes_on) {
+        held_ += doubtful_;
+        doubtful_ = 0;
+        first_doubtful_ = frame;
+        mean_of_doubtful_ = {};
+        doubtful_value_ = value;
+        doubtful_above_ = above;
+    }
+    ++doubtful_;
+    for (std::size_t k = 0; k < values.size(); ++k) {
+        mean_of_doubtful_[k] += (values[k] - mean_of_doubtful_[k]) / static_cast<double>(doubtful_);
+    }
+    if (doubtful_ < frames_to_believe_) return Event::holds;
+    return leave(mean_of_doubtful_, first_doubtful_, true);
+}
+
+/// The light of the hold is over; another, of which these are the first frames' values, begins.
+LightWatch::Event LightWatch::leave(const LightValues& values, const Frame& frame,
+                                    bool is_same_kind) {
+    const bool goes_on =
+        !first_hold_ && (held_ < hold_frames_ || (is_same_kind && has_drifted(values)));
+    first_hold_ = false;
+    frame_ = frame;
+    held_ = is_same_kind ? doubtful_ - 1 : 0;
+    doubtful_ = 0;
+    taken_ = 0;
+    take(values);
+    return goes_on ? Event::moves : Event::begins;
+}
+
+/// One more frame's values of the hold.
+void LightWatch::take(const LightValues& values) {
+    if (++taken_ == 1) {
+        first_ = mean_ = lowest_ = highest_ = mean_of_hold_ = values;
+        return;
+    }
+    const double share = 1.0 / static_cast<double>(taken_);
     for (std::size_t k = 0; k < values.size(); ++k) {
         mean_of_hold_[k] += (values[k] - mean_of_hold_[k]) * share;
+        if (taken_ <= frames_to_believe_) first_[k] = mean_of_hold_[k];
         if (held_ > hold_frames_) continue;
         mean_[k] = mean_of_hold_[k];
         lowest_[k] = std::min(lowest_[k], values[k]);
         highest_[k] = std::max(highest_[k], values[k]);
     }
-    return Event::holds;
 }
 
-Frame LightWatch::held_light() const {
+Frame LightWatch::light_with(const LightValues& values) const {
     Frame frame = frame_;
-    put_values(frame, mean_, full_gain_, jobs_);
+    put_values(frame, values, full_gain_, jobs_);
     return frame;
 }
 
@@ -99,38 +142,32 @@ LightValues LightWatch::values_of(const Frame& frame) const {
     return values;
 }
 
-/// How far a value may lie from the light held.
-double LightWatch::tolerance(std::size_t value) const {
+double LightWatch::tolerance(std::size_t value, double around) const {
     if (value == kLv) return noise_percent_;  // a unit of the light value: a tenth of an EV
-    return std::abs(mean_[value]) * noise_percent_ / 100.0;
+    return std::abs(around) * noise_percent_ / 100.0;
 }
 
-bool LightWatch::holds(const LightValues& values, const Frame& frame) const {
-    if (!same_kind(frame, frame_)) return false;
-    for (std::size_t k = 0; k < values.size(); ++k) {
-        if (std::abs(values[k] - mean_[k]) > tolerance(k)) return false;
-    }
-    return true;
-}
-
-bool LightWatch::has_drifted(const LightValues& values, const Frame& frame) const {
-    if (!same_kind(frame, frame_)) return false;
+/// The value that lies farthest beyond its tolerance.
+std::size_t LightWatch::farthest(const LightValues& values) const {
     std::size_t farthest = 0;
     double most = 0.0;
     for (std::size_t k = 0; k < values.size(); ++k) {
-        const double beyond = std::abs(values[k] - mean_[k]) - tolerance(k);
-        if (beyond <= most) continue;
+        const double beyond = std::abs(values[k] - mean_of_hold_[k]) - tolerance(k);
+        if (k > 0 && beyond <= most) continue;
         most = beyond;
         farthest = k;
     }
-    const double way = values[farthest] - first_[farthest];
-    return way != 0.0 && (mean_of_hold_[farthest] - first_[farthest]) / way >= kShareOfDrift;
+    return farthest;
 }
 
-void LightWatch::hold_anew(const LightValues& values, const Frame& frame) {
-    frame_ = frame;
-    held_ = 0;
-    first_ = mean_ = lowest_ = highest_ = mean_of_hold_ = values;
+bool LightWatch::is_beyond(const LightValues& values, std::size_t value, double tolerances) const {
+    return std::abs(values[value] - mean_of_hold_[value]) > tolerances * tolerance(value);
+}
+
+bool LightWatch::has_drifted(const LightValues& values) const {
+    const std::size_t value = farthest(values);
+    const double way = values[value] - first_[value];
+    return way != 0.0 && (mean_of_hold_[value] - first_[value]) / way >= kShareOfDrift;
 }
 
 }  // namespace imgtune::workbench

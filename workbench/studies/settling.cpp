@@ -27,11 +27,11 @@ HoldJudge::HoldJudge(const Camera& camera, const FieldMotions& motions,
       stall_(worst_stall(camera.tuning().caller.weights)),
       bands_(motions.motions().size()) {}
 
-void HoldJudge::begin(const CameraState& state) {
+void HoldJudge::begin(const CameraState& state, std::uint64_t late) {
     start_ = state;
     waiting_.assign(1, motions_.values());
     judged_ = false;
-    compared_ = 0;
+    compared_ = late;
     jobs_ = {};
 }
 

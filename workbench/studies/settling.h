@@ -17,6 +17,7 @@ namespace imgtune::workbench {
 enum class Settling : std::uint8_t {
     not_run,      ///< the job takes no part
     not_held,     ///< the light held for no frame: nothing to measure
+    unmoved,      ///< no register changed: nothing to settle
     settled,      ///< and stayed so for half a second, or while the light held
     moving,       ///< not yet at rest in the last frame of the light
     never_rests,  ///< under this light the registers move for ever
@@ -43,8 +44,9 @@ class HoldJudge {
     /// noise counts no more.
     HoldJudge(const Camera& camera, const FieldMotions& motions, std::uint64_t frames_at_rest);
 
-    /// A hold begins with the frame that `motions` took last; `state` is the camera's after it.
-    void begin(const CameraState& state);
+    /// A hold has begun `late` frames before the one that `motions` took last; `state` is the
+    /// camera's after that.
+    void begin(const CameraState& state, std::uint64_t late = 0);
 
     /// One more frame of the hold.
     void next();

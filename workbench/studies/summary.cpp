@@ -12,17 +12,21 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr std::size_t kMostListed = 1000;
-constexpr std::size_t kMostSettleFrames = 4096;  ///< counted one by one; longer ones together
+constexpr std::size_t kMostWaiting = 64;
 
-/// The frames to settle of the change in the middle.
-std::optional<std::uint64_t> median(const std::vector<std::uint64_t>& counts) {
-    const std::uint64_t total = std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
-    std::uint64_t seen = 0;
-    for (std::size_t frames = 0; frames < counts.size() && total > 0; ++frames) {
-        seen += counts[frames];
-        if (2 * seen >= total) return frames;
-    }
-    return std::nullopt;
+/// How a run of frames to settle is told.
+template <class Change>
+void keep_slowest(SettlingTotals& totals, std::uint64_t frames, const Change& change) {
+    ++totals.settled;
+    if (totals.most_frames && *totals.most_frames >= frames) return;
+    totals.most_frames = frames;
+    totals.slowest = {change.first, change.last};
+}
+
+void keep_larger(SeenDifference& largest, const std::optional<ChartDifference>& size,
+                 std::uint64_t frame) {
+    if (!size) return;
+    if (largest.frame == 0 || size->worst > largest.size.worst) largest = {*size, frame};
 }
 
 }  // namespace
@@ -31,6 +35,19 @@ double per_second(const SummaryRecord& record, std::uint64_t count) {
     if (record.frames == 0) return 0.0;
     return static_cast<double>(count) * record.frames_per_second /
            static_cast<double>(record.frames);
+}
+
+double share_of_flicker(const SummaryRecord& record) {
+    if (record.frames == 0) return 0.0;
+    return static_cast<double>(record.visible.flicker_frames) / static_cast<double>(record.frames);
+}
+
+std::optional<VisibleFlicker> strongest_flicker(const VisibleRecord& record) {
+    const auto strongest =
+        std::max_element(record.flicker.begin(), record.flicker.end(),
+                         [](const auto& a, const auto& b) { return a.worst < b.worst; });
+    if (strongest == record.flicker.end()) return std::nullopt;
+    return *strongest;
 }
 
 std::vector<FieldMotion> restless_fields(const SummaryRecord& record, Restlessness by) {
@@ -50,13 +67,16 @@ Summary::Summary(const Camera& camera, const SummaryOptions& options)
     : probe_(camera),
       watch_(camera.tuning().caller, camera.jobs(), options.noise_percent,
              frames_of_hold(options.frames_per_second)),
+      before_(watch_),
       motions_(camera.tuning().caller, camera.jobs()),
-      judge_(camera, motions_, frames_of_hold(options.frames_per_second)) {
+      judge_(camera, motions_, frames_of_hold(options.frames_per_second)),
+      visible_(camera, options.visible, options.frames_per_second),
+      swings_(options.frames_per_second),
+      switches_(options.frames_per_second) {
     record_.frames_per_second = options.frames_per_second;
     record_.noise_percent = options.noise_percent;
     record_.hold_frames = frames_of_hold(options.frames_per_second);
     record_.jobs = camera.jobs();
-    for (auto& counts : settle_counts_) counts.resize(kMostSettleFrames + 1);
 }
 
 void Summary::add(std::uint64_t number, const Frame& frame, const Camera& camera) {
@@ -68,35 +88,54 @@ void Summary::add(std::uint64_t number, const Frame& frame, const Camera& camera
                                              rest.color.still ? rest.color.frames : 1);
     }
     if (record_.jobs.ccm) note_clipping(number, frame);
-    const LightWatch hold = watch_;
+    // Where the light changes, its hold before is judged by what the watch knew of it.
+    if (!judge_.is_judged()) before_ = watch_;
     const Event event = watch_.next(frame);
     if (event == Event::begins) {
-        if (record_.frames > 1) close_change(hold);
-        change_ = {number, number, 0, {}};
+        if (record_.frames > 1) close_change(before_);
+        const std::uint64_t first = number - watch_.held();
+        change_ = {};
+        change_.first = change_.last = first;
+        visible_.begin_change(first);
+        moved_ = {};
     }
-    if (event != Event::holds) motions_.begin_hold();
-    const Phase phase = record_.frames <= record_.cold_start_frames ? Phase::cold_start
-                        : event == Event::holds                     ? Phase::light_holds
-                                                                    : Phase::light_moves;
-    const bool turned = motions_.next(number, camera.registers(), phase);
+    const bool is_cold = record_.frames <= record_.cold_start_frames;
+    const Phase phase = is_cold                 ? Phase::cold_start
+                        : event == Event::holds ? Phase::light_holds
+                                                : Phase::light_moves;
+    const StepCause cause = switches_.next(number, frame, camera, !is_cold);
+    const bool turned = motions_.next(number, camera.registers(), phase, cause);
+    for (std::size_t job = 0; job < moved_.size(); ++job) {
+        moved_[job] = moved_[job] || motions_.moved()[job];
+    }
     if (turned && phase == Phase::light_holds) note_turn(number);
+    swings_.add(number, frame, watch_);
+    visible_.add(number, frame, camera, watch_, event, is_cold);
     if (event == Event::holds) {
         judge_.next();
         change_.held = watch_.held();
-        if (watch_.held() == record_.hold_frames) judge_.judge_by(watch_);
+        if (!judge_.is_judged() && watch_.held() >= record_.hold_frames) judge_.judge_by(watch_);
     } else {
-        change_.last = number;
-        change_.held = 0;
-        judge_.begin(camera.state());
+        change_.last = number - watch_.held();
+        change_.held = watch_.held();
+        judge_.begin(camera.state(), watch_.held());
     }
 }
 
 SummaryRecord Summary::finish() {
     if (record_.frames > 0) close_change(watch_);
+    swings_.finish();
+    settle_accounts_but(0);
     record_.fields = motions_.motions();
+    record_.image_switches = switches_.switches();
+    record_.light_swings = swings_.spans();
+    record_.light_swing_count = swings_.count();
+    record_.visible = visible_.finish();
     for (std::size_t job = 0; job < settle_counts_.size(); ++job) {
-        record_.settling[job].median_frames = median(settle_counts_[job]);
+        record_.settling[job].median_frames = settle_counts_[job].median();
     }
+    record_.visible_settling.median_frames = visible_counts_[0].median();
+    record_.visible_settling_with_gains.median_frames = visible_counts_[1].median();
     return std::move(record_);
 }
 
@@ -132,33 +171,96 @@ void Summary::note_turn(std::uint64_t number) {
 void Summary::close_change(const LightWatch& hold) {
     if (!judge_.is_judged() && change_.held > 0) judge_.judge_by(hold);
     change_.settling = judge_.verdicts();
+    for (std::size_t job = 0; job < moved_.size(); ++job) {
+        JobSettling& settling = change_.settling[job];
+        if (settling.state != Settling::settled || moved_[job]) continue;
+        settling.state = Settling::unmoved;
+        settling.frames.reset();
+    }
+    change_.visible = visible_.close_change();
     if (in_cold_start_) {
         record_.cold_start = change_;
         in_cold_start_ = false;
         return;
     }
-    ++record_.change_count;
-    if (record_.changes.size() < kMostListed) record_.changes.push_back(change_);
-    for (std::size_t job = 0; job < change_.settling.size(); ++job) {
-        count(job, change_.settling[job]);
-        if (!judge_.is_judged()) continue;
-        const std::size_t first = job == 0 ? 0 : FieldMotions::kFirstColorField;
-        motions_.end_hold(first, judge_.bands(job), change_.last);
+    waiting_.push_back(change_);
+    settle_accounts_but(kMostWaiting);
+}
+
+void Summary::settle_accounts_but(std::size_t kept) {
+    while (waiting_.size() > kept) {
+        const LightChange& change = waiting_.front();
+        if (!swings_.cover({change.first, change.last})) settle_accounts(change);
+        waiting_.pop_front();
     }
 }
 
-void Summary::count(std::size_t job, const JobSettling& verdict) {
-    SettlingTotals& totals = record_.settling[job];
-    if (verdict.state == Settling::moving) ++totals.moving;
-    if (verdict.state == Settling::never_rests) ++totals.never_rests;
-    if (verdict.state == Settling::not_held) ++totals.not_measured;
-    if (verdict.state != Settling::settled) return;
-    ++totals.settled;
-    ++settle_counts_[job][static_cast<std::size_t>(
-        std::min<std::uint64_t>(*verdict.frames, kMostSettleFrames))];
-    if (totals.most_frames && *totals.most_frames >= *verdict.frames) return;
-    totals.most_frames = verdict.frames;
-    totals.slowest = {change_.first, change_.last};
+void Summary::settle_accounts(const LightChange& change) {
+    ++record_.change_count;
+    if (record_.changes.size() < kMostListed) record_.changes.push_back(change);
+    for (std::size_t job = 0; job < change.settling.size(); ++job) {
+        count(change.settling[job], change, record_.settling[job], settle_counts_[job]);
+    }
+    if (!record_.jobs.ccm) return;
+    count(change.visible.matrix, change, record_.visible_settling, visible_counts_[0]);
+    count(change.visible.with_gains, change, record_.visible_settling_with_gains,
+          visible_counts_[1]);
+    keep_larger(record_.overshoot, change.visible.overshoot, change.first);
+    keep_larger(record_.stall, change.visible.stall, change.first);
+}
+
+void Summary::count(const JobSettling& verdict, const LightChange& change, SettlingTotals& totals,
+                    FrameCounts& counts) {
+    switch (verdict.state) {
+        case Settling::not_run:
+            return;
+        case Settling::not_held:
+            ++totals.not_measured;
+            return;
+        case Settling::unmoved:
+            ++totals.unmoved;
+            return;
+        case Settling::moving:
+            ++totals.moving;
+            return;
+        case Settling::never_rests:
+            ++totals.never_rests;
+            return;
+        case Settling::settled:
+            counts.add(*verdict.frames);
+            keep_slowest(totals, *verdict.frames, change);
+    }
+}
+
+void Summary::count(const VisibleWay& way, const LightChange& change, SettlingTotals& totals,
+                    FrameCounts& counts) {
+    switch (way.state) {
+        case VisibleSettling::not_measured:
+            ++totals.not_measured;
+            return;
+        case VisibleSettling::unmoved:
+            ++totals.unmoved;
+            return;
+        case VisibleSettling::moving:
+            ++totals.moving;
+            return;
+        case VisibleSettling::settled:
+            counts.add(*way.frames);
+            keep_slowest(totals, *way.frames, change);
+    }
+}
+
+Summary::FrameCounts::FrameCounts() : counts_(kMost + 1) {}
+
+/// The frames to settle of the change in the middle.
+std::optional<std::uint64_t> Summary::FrameCounts::median() const {
+    const std::uint64_t total = std::accumulate(counts_.begin(), counts_.end(), std::uint64_t{0});
+    std::uint64_t seen = 0;
+    for (std::size_t frames = 0; frames < counts_.size() && total > 0; ++frames) {
+        seen += counts_[frames];
+        if (2 * seen >= total) return frames;
+    }
+    return std::nullopt;
 }
 
 }  // namespace imgtune::workbench

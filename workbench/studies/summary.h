@@ -1,8 +1,10 @@
 #ifndef IMGTUNE_WORKBENCH_STUDIES_SUMMARY_H
 #define IMGTUNE_WORKBENCH_STUDIES_SUMMARY_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <vector>
 
@@ -10,8 +12,10 @@
 #include "workbench/frames/frame_log.h"
 #include "workbench/studies/clipping.h"
 #include "workbench/studies/field_motion.h"
+#include "workbench/studies/image_switches.h"
 #include "workbench/studies/light_watch.h"
 #include "workbench/studies/settling.h"
+#include "workbench/studies/visible_summary.h"
 
 namespace imgtune::workbench {
 
@@ -24,22 +28,25 @@ struct SummaryOptions {
     /// Noise that is no change of light: percent of gains and colour temperature, tenths of an EV
     /// of the light value.
     double noise_percent = 5.0;
+    VisibleLimits visible = {};
 };
 
 /// One change of light: the frames in which it moves, and how the picture follows it.
 struct LightChange {
     std::uint64_t first = 0;  ///< frame numbers, from 1
     std::uint64_t last = 0;
-    std::uint64_t held = 0;               ///< frames of steady light after it
-    std::array<JobSettling, 2> settling;  ///< matrix, colour
+    std::uint64_t held = 0;  ///< frames of steady light after it
+    VisibleChange visible;
+    std::array<JobSettling, 2> settling;  ///< of the registers: matrix, colour
 };
 
-/// One job over all changes of light after the start.
+/// One job's registers, or the picture, over all changes of light after the start.
 struct SettlingTotals {
     std::uint64_t settled = 0;
+    std::uint64_t unmoved = 0;
     std::uint64_t moving = 0;
     std::uint64_t never_rests = 0;
-    std::uint64_t not_measured = 0;              ///< held for no frame
+    std::uint64_t not_measured = 0;              ///< did not hold
     std::optional<std::uint64_t> median_frames;  ///< over those that settled; none: none did
     std::optional<std::uint64_t> most_frames;
     FrameSpan slowest;  ///< the change that took so long
@@ -51,7 +58,8 @@ struct ClippedSpan {
     Clipping end = Clipping::none;
 };
 
-/// Frames, less than half a second apart, in which fields changed direction in steady light.
+/// Frames, less than half a second apart, in which registers changed direction in steady light;
+/// whether it can be seen is another matter.
 struct FlickerSpan {
     FrameSpan frames;
     std::uint64_t turns = 0;  ///< frames of it in which one did
@@ -68,9 +76,20 @@ struct SummaryRecord {
     std::uint64_t cold_start_frames = 0;  ///< from power-on to rest in the first frame's light
     std::optional<LightChange> cold_start;
 
-    std::uint64_t change_count = 0;  ///< after the start
+    /// After the start; light that comes and goes again and again is told as a swing instead.
+    std::uint64_t change_count = 0;
     std::vector<LightChange> changes;
-    std::array<SettlingTotals, 2> settling;  ///< matrix, colour
+    std::vector<LightSwing> light_swings;
+    std::uint64_t light_swing_count = 0;
+
+    VisibleRecord visible;
+    SettlingTotals visible_settling;             ///< white balance taken as perfect
+    SettlingTotals visible_settling_with_gains;  ///< what the gains are off included
+    SeenDifference overshoot;                    ///< largest after a change, frame: its first
+    SeenDifference stall;  ///< largest that rest stays away from what the light asks for, likewise
+
+    std::array<SettlingTotals, 2> settling;  ///< of the registers: matrix, colour
+    std::vector<ImageSwitches> image_switches;
 
     std::vector<FieldMotion> fields;  ///< all of them; the cold start is left out
 
@@ -83,6 +102,12 @@ struct SummaryRecord {
 
 /// How often a second, over the whole log.
 double per_second(const SummaryRecord& record, std::uint64_t count);
+
+/// Of the log's frames, how many lie in visible flicker; 0 to 1.
+double share_of_flicker(const SummaryRecord& record);
+
+/// By its worst patch.
+std::optional<VisibleFlicker> strongest_flicker(const VisibleRecord& record);
 
 /// Fields that moved by the size of their largest step, or that changed direction by how often.
 enum class Restlessness { step, flicker };
@@ -106,18 +131,42 @@ class Summary {
     void note_clipping(std::uint64_t number, const Frame& frame);
     void note_turn(std::uint64_t number);
     void close_change(const LightWatch& hold);
-    void count(std::size_t job, const JobSettling& verdict);
+    void settle_accounts(const LightChange& change);
+    /// Changes that may yet turn out to be one swing of many, until they are this many.
+    void settle_accounts_but(std::size_t kept);
+
+    /// Frames to settle, counted by changes.
+    class FrameCounts {
+      public:
+        FrameCounts();
+        void add(std::uint64_t frames) { ++counts_[std::min<std::size_t>(frames, kMost)]; }
+        std::optional<std::uint64_t> median() const;
+
+      private:
+        static constexpr std::size_t kMost = 4096;  ///< longer ones together
+        std::vector<std::uint64_t> counts_;
+    };
+    static void count(const VisibleWay& way, const LightChange& change, SettlingTotals& totals,
+                      FrameCounts& counts);
+    static void count(const JobSettling& verdict, const LightChange& change, SettlingTotals& totals,
+                      FrameCounts& counts);
 
     Camera probe_;
-    LightWatch watch_;
+    LightWatch watch_, before_;
     FieldMotions motions_;
     HoldJudge judge_;
+    VisibleStudy visible_;
+    LightSwings swings_;
+    SwitchWatch switches_;
     SummaryRecord record_;
     bool in_cold_start_ = true;  ///< the change being gathered is the first
     Clipping last_clipping_ = Clipping::none;
     std::uint64_t last_turn_ = 0;
     LightChange change_;
-    std::array<std::vector<std::uint64_t>, 2> settle_counts_;  ///< changes by frames to settle
+    std::array<bool, 2> moved_{};      ///< registers of matrix and colour since the change began
+    std::deque<LightChange> waiting_;  ///< closed, not yet counted
+    std::array<FrameCounts, 2> settle_counts_;
+    std::array<FrameCounts, 2> visible_counts_;  ///< matrix alone, with gains
 };
 
 }  // namespace imgtune::workbench

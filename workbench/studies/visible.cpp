@@ -1,36 +1,16 @@
 #include "workbench/studies/visible.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 #include "workbench/studies/resting.h"
+#include "workbench/studies/white_balance.h"
 
 namespace imgtune::workbench {
 
 namespace {
 
 constexpr ChartDifference kNothing{};
-
-std::array<double, 3> real_gains(const AWB_GAIN_T& gains) {
-    return {static_cast<double>(gains.i4R), static_cast<double>(gains.i4G),
-            static_cast<double>(gains.i4B)};
-}
-
-bool same_gains(const AWB_GAIN_T& a, const AWB_GAIN_T& b) {
-    return a.i4R == b.i4R && a.i4G == b.i4G && a.i4B == b.i4B;
-}
-
-/// By how much each channel is off; brightness is no matter of white balance, so green is 1. None
-/// where a gain is 0 or negative.
-std::optional<std::array<double, 3>> gain_error(const std::array<double, 3>& gains,
-                                                const std::array<double, 3>& right) {
-    for (std::size_t k = 0; k < gains.size(); ++k) {
-        if (gains[k] <= 0.0 || right[k] <= 0.0) return std::nullopt;
-    }
-    const double green = gains[1] / right[1];
-    return std::array<double, 3>{gains[0] / right[0] / green, 1.0, gains[2] / right[2] / green};
-}
 
 }  // namespace
 
@@ -53,24 +33,24 @@ VisibleFrame VisibleWatch::next(const Frame& frame, const Camera& camera) {
     if (!camera.jobs().ccm) return {};
     bool judged = false;
     if (light_.next(frame) != LightWatch::Event::holds) {
-        start_ = camera.state();
-        mean_gains_ = real_gains(frame.state.rAWBGain);
+        gains_taken_ = 0;
+        mean_gains_ = {};
         rest_.reset();
-        last_.from_rest = last_.from_rest_with_gains = std::nullopt;
-    } else if (light_.held() <= hold_frames_) {
+    }
+    if (!rest_ && !light_.is_in_doubt()) {
         const std::array<double, 3> gains = real_gains(frame.state.rAWBGain);
-        const double share = 1.0 / static_cast<double>(light_.held() + 1);
+        ++gains_taken_;
         for (std::size_t k = 0; k < gains.size(); ++k) {
-            mean_gains_[k] += (gains[k] - mean_gains_[k]) * share;
+            mean_gains_[k] += (gains[k] - mean_gains_[k]) / static_cast<double>(gains_taken_);
         }
-        judged = light_.held() == hold_frames_;
-        if (judged) judge_hold();
+        judged = light_.held() >= hold_frames_;
+        if (judged) judge_hold(camera.state());
     }
 
     const auto& image = camera.registers().ccm;
     const bool same_image = started_ && std::memcmp(&image, &image_, sizeof(image)) == 0;
     const bool same = same_image && same_gains(frame.state.rAWBGain, gains_);
-    if (!same || judged) {
+    if (!same || judged || was_in_doubt_) {
         const auto difference = [&](const ChartView& before,
                                     const std::optional<std::array<double, 3>>& error) {
             const RealMatrix& now = view_.matrix();
@@ -86,21 +66,23 @@ VisibleFrame VisibleWatch::next(const Frame& frame, const Camera& camera) {
             last_.step = same_image ? kNothing : chart_difference(before, view_, options_.patch);
             last_.step_with_gains = difference(before, gain_error(gains, real_gains(gains_)));
         }
-        if (rest_) {
+        last_.from_rest = last_.from_rest_with_gains = std::nullopt;
+        if (rest_ && !light_.is_in_doubt()) {
             last_.from_rest = chart_difference(*rest_, view_, options_.patch);
             last_.from_rest_with_gains = difference(*rest_, gain_error(gains, settled_gains_));
         }
     }
     if (same) last_.step = last_.step_with_gains = kNothing;
+    was_in_doubt_ = light_.is_in_doubt();
     started_ = true;
     image_ = image;
     gains_ = frame.state.rAWBGain;
     return last_;
 }
 
-void VisibleWatch::judge_hold() {
+void VisibleWatch::judge_hold(const CameraState& state) {
     Camera camera = probe_;
-    camera.set_state(start_);
+    camera.set_state(state);
     run_to_rest(camera, light_.held_light());
     rest_.emplace(shown_matrix(camera.registers(), camera.tuning().caller));
     settled_gains_ = mean_gains_;

@@ -44,14 +44,15 @@ class VisibleWatch {
     VisibleFrame next(const Frame& frame, const Camera& camera);
 
   private:
-    void judge_hold();
+    void judge_hold(const CameraState& state);
 
     Camera probe_;
     VisibleOptions options_;
     std::uint64_t hold_frames_;
     LightWatch light_;
-    CameraState start_;                      ///< after the first frame of the hold
-    std::array<double, 3> mean_gains_{};     ///< AWB gains of the hold
+    std::array<double, 3> mean_gains_{};     ///< AWB gains of the hold, until it is judged
+    std::uint64_t gains_taken_ = 0;          ///< frames of it
+    bool was_in_doubt_ = false;              ///< the frame before, by the light
     std::optional<ChartView> rest_;          ///< in the light held
     std::array<double, 3> settled_gains_{};  ///< of that light
 

@@ -25,8 +25,6 @@ export interface Summary {
 export interface Motion {
   largest_step: number;
   step_frame: number | null;
-  overshoot: number;
-  overshoot_frame: number | null;
   sign_changes_per_second: number;
 }
 

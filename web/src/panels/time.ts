@@ -77,7 +77,7 @@ export const timePanel: MakePanel = (session) => {
     g.setLineDash([]);
     g.fillStyle = c.mark;
     const motion = summary?.fields[field];
-    for (const frame of [motion?.largest_step ? motion.step_frame : null, motion?.overshoot ? motion.overshoot_frame : null]) {
+    for (const frame of [motion?.largest_step ? motion.step_frame : null]) {
       if (frame === null || frame === undefined) continue;
       const x = u.valToPos(frame, "x", true);
       g.beginPath();
@@ -136,7 +136,7 @@ export const timePanel: MakePanel = (session) => {
   const element = panel(
     "time",
     "Over the log",
-    "Line: programmed; dashes: what each frame's light asks for. Dotted: a change of light; triangle: largest step, overshoot. Click to choose a frame, drag across frames to zoom in; Ctrl with the wheel zooms, too.",
+    "Line: programmed; dashes: what each frame's light asks for. Dotted: a change of light; triangle: largest step. Click to choose a frame, drag across frames to zoom in; Ctrl with the wheel zooms, too.",
     h(
       "p",
       { class: "key" },
@@ -191,7 +191,6 @@ function motionOf(state: State, field: string): string {
       if (!motion) return "";
       const parts = [];
       if (motion.largest_step > 0) parts.push(`largest step ${motion.largest_step} at ${motion.step_frame}`);
-      if (motion.overshoot > 0) parts.push(`overshoot ${motion.overshoot} after ${motion.overshoot_frame}`);
       if (motion.sign_changes_per_second > 0) parts.push(`${motion.sign_changes_per_second.toFixed(2)} turns a second`);
       return parts.length > 0 ? ` · ${name.toUpperCase()}: ${parts.join(", ")}` : "";
     })
