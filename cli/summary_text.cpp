@@ -142,7 +142,7 @@ std::string settling_text(const SettlingTotals& totals, std::uint64_t changes,
 }
 
 std::string largest_text(const SeenDifference& seen, double limit) {
-    if (seen.frame == 0) return "not measured: no change of light that held for half a second";
+    if (seen.frame == 0) return "not measured in any change of light";
     if (seen.size.worst < limit) {
         return fmt::format("none visible: at most {:.2f} (change at frame {})", seen.size.worst,
                            seen.frame);

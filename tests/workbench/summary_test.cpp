@@ -60,7 +60,7 @@ TEST(LightWatch, HoldsTheMeanAndTheNoiseOfTheFirstFrames) {
     show({1000, 1010, 1000, 990});
     EXPECT_EQ(watch.held(), 3U);
     // What comes later moves neither.
-    show({1040, 1040, 960});
+    show({1030, 1030, 970});
     EXPECT_EQ(watch.held(), 6U);
     EXPECT_EQ(watch.held_light().state.rAWBGain.i4R, 1000);
     // Twice the noise seen, and no more than the tolerance.
