@@ -59,7 +59,7 @@ class TimeLimit {
     switch (error) {
         case LIBRAW_FILE_UNSUPPORTED:
         case LIBRAW_NOT_IMPLEMENTED:
-            refuse_picture(name, "not a raw file that LibRaw reads",
+            refuse_picture(name, "not a raw file that LibRaw reads, or cut off",
                            "give DNG or another raw file, a 16-bit TIFF or PNG (.tif, .png), or "
                            "CSV of the 24 patch means");
         case LIBRAW_CANCELLED_BY_CALLBACK:
