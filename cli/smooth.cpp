@@ -103,9 +103,10 @@ std::vector<TextEdit> edits_of(const Smoothing& answer) {
     }
     for (std::size_t i = 0; i < kColorSteps; ++i) {
         if (!answer.steps[i]) continue;
-        for (const char* const slot : kSlotNames) {
-            edits.push_back({{"color", "tuning", slot, field_of(static_cast<ColorStep>(i))},
-                             std::to_string(answer.steps[i]->size)});
+        for (const std::size_t slot : kSmoothedSlots) {
+            edits.push_back(
+                {{"color", "tuning", kSlotNames[slot], field_of(static_cast<ColorStep>(i))},
+                 std::to_string(answer.steps[i]->size)});
         }
     }
     return edits;

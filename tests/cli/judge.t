@@ -47,3 +47,18 @@ Stored images as git shows them.
     $ imgtune unpack a.yaml
     imgtune: a.yaml: neither a stored image nor a folder of them; expected ccm.bin, or color.bin and pca.bin, or all three
     [2]
+
+Yes or no, by limits that logs must hold.
+
+    $ cp $EXAMPLES/imx477-flash-shot.csv flash.csv; echo lv > short.csv
+    $ printf 'format: imgtune-limits/1\nlimits: {visible_step: 0.5, clipped_share: {no_worse_by: 0}, check_errors: 0}\n' > strict.yaml
+    $ imgtune judge a.yaml --against a.yaml --limits strict.yaml flash.csv short.csv | grep -o 'short.csv: cannot be judged.*\|imgtune explain .*\|^refused: 2 of 2 logs'
+    short.csv: cannot be judged: short.csv:1: column 'cct' is missing
+    imgtune explain a.yaml --log flash.csv --frame 64
+    refused: 2 of 2 logs
+    $ imgtune judge a.yaml --limits strict.yaml flash.csv
+    imgtune: strict.yaml: no_worse_by compares with an old tuning; name it with --against
+    [2]
+    $ imgtune judge --starter > limits.yaml; imgtune judge a.yaml --limits limits.yaml flash.csv > told.txt
+    $ sed 's/visible_step/visible_stp/' limits.yaml > bad.yaml; imgtune judge a.yaml --limits bad.yaml flash.csv 2>&1 | grep -c 'did you mean'
+    2

