@@ -9,7 +9,6 @@
 #include "workbench/judging/limits.h"
 #include "workbench/judging/log_measures.h"
 #include "workbench/judging/smoothing.h"
-#include "workbench/tuning/edit_text.h"
 #include "workbench/tuning/starter.h"
 
 namespace imgtune::workbench {
@@ -242,28 +241,6 @@ TEST(Smoothing, TriesEveryShareOnceAndFindsTheSmallestStepThatMeetsTheWish) {
     choose_weights(all, answer);  // (1, 2, 1) is beaten in both, (1, 8, 8) stalls too far
     ASSERT_EQ(answer.front.size(), 4U);
     EXPECT_EQ(answer.front.back().weights, (RingWeights{1, 4, 4}));
-}
-
-TEST(EditText, ReplacesValuesAndKeepsEverythingElse) {
-    Tuning tuning = starter_tuning();
-    const std::string yaml = "# mine\n" + write_yaml(tuning, true);
-    tuning.caller.weights = {3, 8, 8};
-    const std::vector<TextEdit> edits = {{{"caller", "weights"}, "[3, 8, 8]"}};
-    const std::optional<std::string> text = edited_text(yaml, edits, tuning);
-    ASSERT_TRUE(text);
-    Faults faults;
-    EXPECT_TRUE(same_bits(from_yaml(*text, faults), tuning));
-    std::size_t changed = 0;
-    for (std::size_t a = 0, b = 0; a < yaml.size() && b < text->size();) {
-        const std::size_t a_end = yaml.find('\n', a);
-        const std::size_t b_end = text->find('\n', b);
-        changed += yaml.substr(a, a_end - a) == text->substr(b, b_end - b) ? 0U : 1U;
-        a = a_end + 1;
-        b = b_end + 1;
-    }
-    EXPECT_EQ(changed, 1U);
-    tuning.pca[0].lum_speed = 44;  // which no edit gives
-    EXPECT_FALSE(edited_text(yaml, edits, tuning));
 }
 
 }  // namespace
