@@ -105,6 +105,7 @@ std::optional<Measure> register_settling(const SummaryRecord& record, Job job) {
     const auto index = static_cast<std::size_t>(job);
     std::optional<Measure> slowest;
     const SettlingTotals& totals = record.settling[index];
+    if (totals.unmoved > 0) slowest = Measure{};
     if (totals.most_frames) {
         slowest = Measure{static_cast<double>(*totals.most_frames), totals.slowest.last,
                           job == Job::ccm ? "matrix" : "colour"};
