@@ -50,6 +50,7 @@ ChartView::ChartView(const RealMatrix& matrix, const std::array<double, 3>& gain
       }()) {}
 
 PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual) {
+    if (reference.matrix() == actual.matrix()) return {};  // to the last digit
     // Rounded once: the hue of a grey patch is what rounding leaves.
     static const PatchLabs kChart = [] {
         PatchLabs chart;
