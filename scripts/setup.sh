@@ -45,7 +45,8 @@ find_missing "$@" || exit 0
 echo "installing: ${missing[*]}" >&2
 become_root "${missing[@]}"
 install() {
-    $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+    $sudo env DEBIAN_FRONTEND=noninteractive \
+        apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 # Lists that were read within the hour will do.
 if [ -n "$(find /var/lib/apt/lists -maxdepth 0 -mmin -60)" ] && compgen -G '/var/lib/apt/lists/*_Packages*' >/dev/null; then

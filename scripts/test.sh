@@ -23,7 +23,7 @@ step() {
     echo "$passed" >>build/log/results
     printf '%-5s %-22s %4d s, %4d s of a core   %s\n' "$passed" "$name" "$took" $((user + system)) \
         "$(grep -oE '[0-9]+ tests? failed out of [0-9]+' "$log" | tail -n 1)"
-    [ "$passed" = ok ] || { echo "see $log:"; tail -n 60 "$log"; }
+    [ "$passed" = ok ] || { echo "see $log:"; grep -A 25 '^not ok' "$log" | head -n 80 || true; tail -n 60 "$log"; }
 }
 
 suite() {
