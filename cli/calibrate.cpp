@@ -8,13 +8,16 @@
 #include <string>
 #include <vector>
 
+#include "cli/calibration_text.h"
 #include "cli/common.h"
 #include "cli/verbs.h"
 #include "workbench/appearance/patches.h"
 #include "workbench/calibration/export.h"
 #include "workbench/calibration/import.h"
 #include "workbench/calibration/real_number.h"
+#include "workbench/calibration/report_page.h"
 #include "workbench/capture/chart_reference.h"
+#include "workbench/capture/reported_captures.h"
 #include "workbench/files/capture_files.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/output_guard.h"
@@ -39,7 +42,9 @@ struct CalibrateOptions {
     std::string calibration;
     std::string pick;
     std::string color_from;
-    std::string method = "blend";
+    std::string method;
+    std::string fit;
+    std::string page;
     ImportChoices choices;
     bool force = false;
     bool json = false;
@@ -116,29 +121,14 @@ std::string study_text(const CaptureStudy& study) {
            "kelvin are labels: no picture shows them, and the library tells lights by gains\n";
 }
 
-std::string import_text(const Import& import, const ImportChoices& choices) {
-    std::string cts;
-    for (const TunedPoint& point : import.kept) {
-        cts += fmt::format("{}{:g}", cts.empty() ? "" : ", ", point.kelvin);
-    }
-    const bool blend = choices.method == CcmMethod::blend;
-    const ImportError own = import_error(import.errors, true, true);
-    const ImportError other = import_error(import.other_method_errors, true, true);
-    return fmt::format("tuned CTs     {} K, by {}\n", cts, blend ? "blend" : "polynomial") +
-           fmt::format(
-               "library       mean CIEDE2000 {:.2f}, largest {:.2f} from the matrices as "
-               "fitted; {} instead: {:.2f}, {:.2f}\n",
-               own.mean_difference, own.largest_difference, blend ? "polynomial" : "blend",
-               other.mean_difference, other.largest_difference);
-}
-
 int run_calibrate(const CalibrateOptions& options) {
     std::vector<std::string> inputs = files_of(options.files);
     for (const std::string& file : {options.reference, options.color_from}) {
         if (!file.empty()) inputs.push_back(file);
     }
     const Replaces replaces = or_anything(Replaces::nothing, options.force);
-    for (const std::string& output : {options.output, options.calibration, options.pick}) {
+    for (const std::string& output :
+         {options.output, options.calibration, options.pick, options.page}) {
         guard_output(output, inputs, replaces);
     }
     if (options.output.empty() == options.pick.empty()) {
@@ -158,7 +148,7 @@ int run_calibrate(const CalibrateOptions& options) {
         return kFine;
     }
     ImportChoices choices = options.choices;
-    choices.method = options.method == "blend" ? CcmMethod::blend : CcmMethod::polynomial;
+    choose_by_words(choices, options.method, options.fit);
     if (choices.name.empty() && options.output != "-") {
         choices.name = std::filesystem::path(options.output).stem().string();
     }
@@ -185,12 +175,17 @@ int run_calibrate(const CalibrateOptions& options) {
         write_file(options.calibration, write_json_form(calibration));
     }
     write_file(options.output, write_yaml(import.tuning));
+    CalibrationReport report = report_on(calibration, choices, import);
+    report.captures = reported_captures(study);
+    if (!options.page.empty()) {
+        write_file(options.page, report_page(choices.name, import, report));
+    }
     if (options.json) {
-        nlohmann::ordered_json report = to_json(study);
-        report["import"] = to_json(import, faults);
-        print_report(dumped(report), options.output);
+        nlohmann::ordered_json json = to_json(study);
+        json["import"] = to_json(import, report, faults);
+        print_report(dumped(json), options.output);
     } else {
-        print_report(study_text(study) + import_text(import, choices), options.output);
+        print_report(study_text(study) + import_text("", import, report, choices), options.output);
     }
     return kFine;
 }
@@ -240,10 +235,16 @@ void add_calibrate(const Verbs& verbs) {
     verb.option("--calibration", options->calibration,
                 "Also write gains and matrices as measured, for 'imgtune import'");
     verb.option("--name", options->choices.name, "Name of the tuning; else that of its file");
-    verb.option("--method", options->method, "What the camera does with the points")
-        .one_of({"blend", "polynomial"})
-        .shows_default();
-    verb.option("--cts", options->choices.kelvins, "Tuned CTs in kelvin, 3 to 8; else chosen")
+    verb.option("--method", options->method,
+                "What the camera does with the points; else the better")
+        .one_of({"blend", "polynomial"});
+    verb.option("--fit", options->fit,
+                "Tuned matrices: as measured (points), or fitted through the library's blend; else "
+                "the better")
+        .one_of({"points", "blend"});
+    verb.option("--report", options->page,
+                "Page of one file to write: captures with the found grid, plots, patches");
+    verb.option("--cts", options->choices.kelvins, "Tuned CTs in kelvin, 3 to 8; else the best")
         .separated_by_commas();
     verb.option("--color-from", options->color_from,
                 "Tuning whose colour tables and caller settings are taken over");

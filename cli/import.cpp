@@ -7,15 +7,17 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "cli/calibration_text.h"
 #include "cli/common.h"
 #include "cli/verbs.h"
 #include "workbench/calibration/reader.h"
+#include "workbench/calibration/report_page.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/output_guard.h"
 #include "workbench/files/text_file.h"
 #include "workbench/files/tuning_files.h"
 #include "workbench/json/import.h"
-#include "workbench/text/bad_input.h"
+#include "workbench/text/counted.h"
 #include "workbench/tuning/yaml_io.h"
 
 namespace imgtune::cli {
@@ -26,64 +28,31 @@ struct ImportOptions {
     std::string file;
     std::string output = "-";
     std::string color_from;
-    std::string method = "blend";
+    std::string page;
+    std::string method;
+    std::string fit;
     std::string rows = "divide";
     ImportChoices choices;
     bool force = false;
     bool json = false;
 };
 
-const char* method_text(CcmMethod method) {
-    return method == CcmMethod::blend ? "2, blend of the tuned matrices"
-                                      : "1, polynomial of the gain";
-}
-
-std::string error_line(const std::string& what, const ImportError& error) {
-    if (error.points == 0) return "";
-    return fmt::format("  {:<31}{:>4}/512 {:<12}{:>6.2f}{:>9.2f}\n",
-                       fmt::format("{} ({})", what, error.points), error.largest,
-                       fmt::format("at {:g} K", error.largest_kelvin), error.mean_difference,
-                       error.largest_difference);
-}
-
-std::string choice_text(const Import& import) {
-    const Selection& selection = import.selection;
-    if (selection.tried == 0) return "";
-    return fmt::format(" ({} of {} sets tried)", selection.all ? "the best" : "the best found",
-                       selection.tried);
-}
-
-std::string report(const Calibration& calibration, const Import& import,
-                   const ImportChoices& choices) {
-    std::string cts;
-    for (const TunedPoint& point : import.kept) {
-        cts += fmt::format("{}{:g}", cts.empty() ? "" : ", ", point.kelvin);
-    }
-    const bool blend = choices.method == CcmMethod::blend;
-    return fmt::format("{}: {} locus points, {} matrices\n", calibration.form,
-                       calibration.locus.size(), calibration.matrices.size()) +
-           fmt::format("method        {}\n", method_text(choices.method)) +
-           fmt::format("tuned CTs     {} K{}\n", cts, choice_text(import)) +
-           fmt::format("low light     saturation {:g}\n", choices.low_light_saturation) +
-           fmt::format("flash         {:g} of the way to the matrix at {:g} K, nearest {:g} K\n",
-                       choices.flash_share, import.flash_tuned_kelvin, choices.flash_kelvin) +
-           (choices.stretch == 1.0
-                ? std::string()
-                : fmt::format("SYNTHETIC     gains times {:g}, as no sensor has\n",
-                              choices.stretch)) +
-           "error of the library's matrix    of a coefficient      CIEDE2000, 24 patches\n"
-           "                                 largest                 mean  largest\n" +
-           error_line("dropped CTs", import_error(import.errors, false, true)) +
-           error_line("kept CTs", import_error(import.errors, true, false)) +
-           error_line(blend ? "all, polynomial instead" : "all, blend instead",
-                      import_error(import.other_method_errors, true, true));
+std::string form_text(const Calibration& calibration) {
+    return fmt::format(
+        "{}: {}, {}", calibration.form, counted(calibration.locus.size(), "locus point"),
+        calibration.matrices.size() == 1 ? "1 matrix"
+                                         : fmt::format("{} matrices", calibration.matrices.size()));
 }
 
 int run_import(const ImportOptions& options) {
     guard_output(options.output, {options.file, options.color_from},
                  or_anything(Replaces::nothing, options.force));
+    if (!options.page.empty()) {
+        guard_output(options.page, {options.file, options.color_from, options.output},
+                     or_anything(Replaces::nothing, options.force));
+    }
     ImportChoices choices = options.choices;
-    choices.method = options.method == "blend" ? CcmMethod::blend : CcmMethod::polynomial;
+    choose_by_words(choices, options.method, options.fit);
     choices.points.divide_rows = options.rows == "divide";
     if (choices.name.empty() && options.file != "-") {
         choices.name = std::filesystem::path(options.file).stem().string();
@@ -96,20 +65,27 @@ int run_import(const ImportOptions& options) {
     const Import import = import_calibration(calibration, choices, base, faults);
     tell(faults);
     if (faults.has_errors()) return kBadInput;
+    const CalibrationReport report = report_on(calibration, choices, import);
     write_file(options.output, write_yaml(import.tuning));
-    print_report(
-        options.json ? dumped(to_json(import, faults)) : report(calibration, import, choices),
-        options.output);
+    if (!options.page.empty()) {
+        write_file(options.page, report_page(choices.name, import, report));
+    }
+    print_report(options.json ? dumped(to_json(import, report, faults))
+                              : import_text(form_text(calibration), import, report, choices),
+                 options.output);
     return kFine;
 }
 
 void add_choices(const Verb& verb, ImportOptions& options) {
     ImportChoices& choices = options.choices;
     verb.option("--name", choices.name, "Name of the tuning; else that of the file");
-    verb.option("--method", options.method, "What the camera does with the points")
-        .one_of({"blend", "polynomial"})
-        .shows_default();
-    verb.option("--cts", choices.kelvins, "Tuned CTs in kelvin, 3 to 8; else chosen")
+    verb.option("--method", options.method, "What the camera does with the points; else the better")
+        .one_of({"blend", "polynomial"});
+    verb.option("--fit", options.fit,
+                "Tuned matrices: as calibrated (points), or fitted through the library's blend; "
+                "else the better")
+        .one_of({"points", "blend"});
+    verb.option("--cts", choices.kelvins, "Tuned CTs in kelvin, 3 to 8; else the best")
         .separated_by_commas();
     verb.option("--most", choices.most_cts, "How many CTs to choose at most")
         .range(3, 8)
@@ -150,6 +126,8 @@ void add_import(const Verbs& verbs) {
     add_choices(verb, *options);
     verb.option("--color-from", options->color_from,
                 "Tuning whose colour tables and caller settings are taken over");
+    verb.option("--report", options->page,
+                "Page of one file to write, with plots and patches of every light");
     verb.flag("--force", options->force, "Overwrite a file that holds something");
     verb.flag("--json", options->json, "Report as JSON");
     verb.footer(

@@ -30,6 +30,7 @@ void calibration(const std::string& text) {
     Faults faults;
     ImportChoices choices;
     choices.most_cts = 3;
+    choices.fit = CcmFit::points;
     const Import import = import_calibration(read_calibration(text, "calibration", faults), choices,
                                              Tuning{}, faults);
     require(faults.has_errors() == import.kept.empty(), "a tuning comes out, or an error is told");

@@ -9,7 +9,7 @@ trap 'rm -rf "$work"' EXIT
 
 # sample TUNING CALIBRATION OPTION...
 sample() {
-    "$imgtune" import "calibrations/$2" --force -o "$work/made" "${@:3}" >/dev/null 2>"$work/said" ||
+    "$imgtune" import "calibrations/$2" --fit points --force -o "$work/made" "${@:3}" >/dev/null 2>"$work/said" ||
         { cat "$work/said" >&2; exit 1; }
     {
         sed '/^ccm:/,$d' "$1"
@@ -21,6 +21,6 @@ sample() {
 
 smooth=2000,2200,2600,3000,3600,4600,6100,8600
 sample imx477-polynomial.yaml imx477.json --method polynomial --cts $smooth
-sample imx708-blend.yaml imx708.json
-sample imx477-measured-blend.yaml imx477-measured.json --cts 2360,2870,2970,3700,4400,4715,5920,9050
-sample synthetic-stretched.yaml imx477.json --stretch 3 --cts $smooth
+sample imx708-blend.yaml imx708.json --method blend --cts 2964,3610,4640,5910,7590
+sample imx477-measured-blend.yaml imx477-measured.json --method blend --cts 2360,2870,2970,3700,4400,4715,5920,9050
+sample synthetic-stretched.yaml imx477.json --method blend --stretch 3 --cts $smooth

@@ -27,7 +27,8 @@ class Tuning:
         path: _Path,
         *,
         name: str = ...,
-        method: Literal["blend", "polynomial"] = ...,
+        method: Optional[Literal["blend", "polynomial"]] = ...,
+        fit: Optional[Literal["points", "blend"]] = ...,
         cts: Sequence[float] = ...,
         most: int = ...,
         low_light_saturation: float = ...,
@@ -37,6 +38,7 @@ class Tuning:
         extrapolate: bool = ...,
         stretch: float = ...,
         color_from: Optional[Tuning] = ...,
+        page: Optional[_Path] = ...,
     ) -> tuple[Tuning, dict[str, Any]]: ...
     @staticmethod
     def paths() -> list[str]: ...
@@ -126,9 +128,11 @@ def calibrate(
     white: Optional[float] = ...,
     order: Literal["", "RGGB", "BGGR", "GRBG", "GBRG"] = ...,
     name: str = ...,
-    method: Literal["blend", "polynomial"] = ...,
+    method: Optional[Literal["blend", "polynomial"]] = ...,
+    fit: Optional[Literal["points", "blend"]] = ...,
     cts: Sequence[float] = ...,
     color_from: Optional[Tuning] = ...,
+    page: Optional[_Path] = ...,
 ) -> tuple[Tuning, dict[str, Any]]: ...
 def diff(a: Tuning, b: Tuning, frames: Optional[_Frames] = ...) -> dict[str, Any]: ...
 def steepest(tuning: Tuning) -> dict[str, Any]: ...

@@ -11,6 +11,7 @@
 #include "workbench/calibration/export.h"
 #include "workbench/calibration/import.h"
 #include "workbench/calibration/reader.h"
+#include "workbench/calibration/report_page.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/text_file.h"
 #include "workbench/json/import.h"
@@ -31,33 +32,44 @@ constexpr std::int64_t kMostCoefficient = 4096;
 struct ImportArguments {
     workbench::ImportChoices choices;
     Tuning base;
+    std::string page;  ///< file of the report; empty: none
 };
 
 py::tuple import_calibration(const std::string& file, const ImportArguments& arguments) {
     Faults faults;
+    workbench::CalibrationReport report;
     const workbench::Import made = work_on_file(file, [&] {
         const workbench::Calibration calibration = workbench::read_calibration(
             workbench::read_text(file, workbench::kLargestCalibrationText), file, faults);
-        return workbench::import_calibration(calibration, arguments.choices, arguments.base,
-                                             faults);
+        workbench::Import import =
+            workbench::import_calibration(calibration, arguments.choices, arguments.base, faults);
+        if (!faults.has_errors()) {
+            report = workbench::report_on(calibration, arguments.choices, import);
+            if (!arguments.page.empty()) {
+                workbench::write_file(arguments.page,
+                                      report_page(arguments.choices.name, import, report));
+            }
+        }
+        return import;
     });
     if (faults.has_errors()) raise_findings(faults.text(), faults);
-    return py::make_tuple(made.tuning, as_python(to_json(made, faults)));
+    return py::make_tuple(made.tuning, as_python(to_json(made, report, faults)));
 }
 
-py::tuple import_path(const py::object& path, const std::string& name, const std::string& method,
-                      const std::vector<double>& cts, std::uint32_t most,
-                      double low_light_saturation, double flash_ct, double flash_share,
-                      const std::string& rows, bool extrapolate, double stretch,
-                      const Tuning* color_from) {
-    require_word("method", method, {"blend", "polynomial"});
+py::tuple import_path(const py::object& path, const std::string& name,
+                      const std::optional<std::string>& method,
+                      const std::optional<std::string>& fit, const std::vector<double>& cts,
+                      std::uint32_t most, double low_light_saturation, double flash_ct,
+                      double flash_share, const std::string& rows, bool extrapolate, double stretch,
+                      const Tuning* color_from, const py::object& page) {
+    if (method) require_word("method", *method, {"blend", "polynomial"});
+    if (fit) require_word("fit", *fit, {"points", "blend"});
     require_word("rows", rows, {"divide", "diagonal"});
     const std::string file = path_text(path);
     ImportArguments arguments;
     workbench::ImportChoices& choices = arguments.choices;
     choices.name = name.empty() ? std::filesystem::path(file).stem().string() : name;
-    choices.method =
-        method == "blend" ? workbench::CcmMethod::blend : workbench::CcmMethod::polynomial;
+    workbench::choose_by_words(choices, method.value_or(""), fit.value_or(""));
     choices.kelvins = cts;
     choices.most_cts = most;
     choices.low_light_saturation = low_light_saturation;
@@ -65,6 +77,7 @@ py::tuple import_path(const py::object& path, const std::string& name, const std
     choices.flash_share = flash_share;
     choices.stretch = stretch;
     choices.points = {rows == "divide", extrapolate};
+    if (!page.is_none()) arguments.page = path_text(page);
     if (color_from != nullptr) arguments.base = *color_from;
     return import_calibration(file, arguments);
 }
@@ -191,15 +204,16 @@ py::dict patches(const py::object& matrix, const py::object& reference) {
 
 void bind_import(py::class_<Tuning>& tuning) {
     const workbench::ImportChoices usual;
-    tuning.def_static("import_calibration", &import_path, py::arg("path"), py::kw_only(),
-                      py::arg("name") = "", py::arg("method") = "blend",
-                      py::arg("cts") = usual.kelvins, py::arg("most") = usual.most_cts,
-                      py::arg("low_light_saturation") = usual.low_light_saturation,
-                      py::arg("flash_ct") = usual.flash_kelvin,
-                      py::arg("flash_share") = usual.flash_share, py::arg("rows") = "divide",
-                      py::arg("extrapolate") = usual.points.extrapolate,
-                      py::arg("stretch") = usual.stretch, py::arg("color_from") = py::none(),
-                      R"(Makes a tuning of another camera stack's calibration.
+    tuning.def_static(
+        "import_calibration", &import_path, py::arg("path"), py::kw_only(), py::arg("name") = "",
+        py::arg("method") = py::none(), py::arg("fit") = py::none(), py::arg("cts") = usual.kelvins,
+        py::arg("most") = usual.most_cts,
+        py::arg("low_light_saturation") = usual.low_light_saturation,
+        py::arg("flash_ct") = usual.flash_kelvin, py::arg("flash_share") = usual.flash_share,
+        py::arg("rows") = "divide", py::arg("extrapolate") = usual.points.extrapolate,
+        py::arg("stretch") = usual.stretch, py::arg("color_from") = py::none(),
+        py::arg("page") = py::none(),
+        R"(Makes a tuning of another camera stack's calibration.
 
 Parameters
 ----------
@@ -208,10 +222,12 @@ path : path-like
     ct,r_gain,b_gain,c0..c8.
 name : str
     Of the tuning; default: that of the file.
-method : {'blend', 'polynomial'}
-    What the camera does with the points.
+method : {'blend', 'polynomial'}, optional
+    What the camera does with the points; default: the better.
+fit : {'points', 'blend'}, optional
+    Tuned matrices as calibrated, or fitted through the library's blend; default: the better.
 cts : sequence of float
-    Tuned CTs in kelvin, 3 to 8; default: the `most` that lose least.
+    Tuned CTs in kelvin, 3 to 8; default: the best, `most` at most.
 most : int
     How many to choose at most, 3..8.
 low_light_saturation, flash_share : float
@@ -226,12 +242,15 @@ stretch : float
     Factor of the gains, 0.1..10: a synthetic locus.
 color_from : Tuning, optional
     Whose colour tables and caller settings are taken over.
+page : path-like, optional
+    Report to write as a page of one file, with plots and patches of every light.
 
 Returns
 -------
 tuning : Tuning
 report : dict
-    As `imgtune import --json` prints it: findings, tuned_cts, errors a calibrated point.
+    As `imgtune import --json` prints it: findings, candidates with their CIEDE2000, lights with
+    what is lost without each, advice.
 
 Raises
 ------

@@ -6,7 +6,10 @@
 
 #include "binding.h"
 #include "workbench/calibration/import.h"
+#include "workbench/calibration/report_page.h"
+#include "workbench/capture/reported_captures.h"
 #include "workbench/files/capture_files.h"
+#include "workbench/files/output_file.h"
 #include "workbench/json/capture_study.h"
 #include "workbench/json/import.h"
 
@@ -73,6 +76,7 @@ struct CalibrateArguments {
     workbench::CaptureChoices chart;
     workbench::ImportChoices import;
     Tuning base;
+    std::string page;  ///< file of the report; empty: none
 };
 
 py::tuple calibrate_with(CalibrateArguments& arguments) {
@@ -92,10 +96,18 @@ py::tuple calibrate_with(CalibrateArguments& arguments) {
                 : workbench::study_captures(std::move(arguments.lights), arguments.chart, faults);
         if (faults.has_errors()) return Tuning{};
         faults.set_place("", "captures", 0);
-        const workbench::Import made = workbench::import_calibration(
-            workbench::calibration_of(study), arguments.import, arguments.base, faults);
+        const workbench::Calibration calibration = workbench::calibration_of(study);
+        const workbench::Import made =
+            workbench::import_calibration(calibration, arguments.import, arguments.base, faults);
         report = to_json(study);
-        report["import"] = to_json(made, faults);
+        if (faults.has_errors()) return Tuning{};
+        workbench::CalibrationReport judged =
+            workbench::report_on(calibration, arguments.import, made);
+        judged.captures = workbench::reported_captures(study);
+        if (!arguments.page.empty()) {
+            workbench::write_file(arguments.page, report_page(arguments.import.name, made, judged));
+        }
+        report["import"] = to_json(made, judged, faults);
         return made.tuning;
     });
     if (faults.has_errors()) raise_findings(faults.text(), faults);
@@ -107,10 +119,12 @@ py::tuple calibrate(const py::object& captures, const py::object& corners, const
                     const py::object& reference, const std::string& edition,
                     const py::object& weights, std::optional<double> black,
                     std::optional<double> white, const std::string& order, const std::string& name,
-                    const std::string& method, const std::vector<double>& cts,
-                    const Tuning* color_from) {
+                    const std::optional<std::string>& method, const std::optional<std::string>& fit,
+                    const std::vector<double>& cts, const Tuning* color_from,
+                    const py::object& page) {
     require_word("edition", edition, {"before-2014", "after-2014"});
-    require_word("method", method, {"blend", "polynomial"});
+    if (method) require_word("method", *method, {"blend", "polynomial"});
+    if (fit) require_word("fit", *fit, {"points", "blend"});
     if (!order.empty()) require_word("order", order, {"RGGB", "BGGR", "GRBG", "GBRG"});
     CalibrateArguments arguments;
     if (py::isinstance<py::dict>(captures)) {
@@ -143,8 +157,8 @@ py::tuple calibrate(const py::object& captures, const py::object& corners, const
     }
     take_weights(weights, arguments.chart.weights);
     arguments.import.name = name;
-    arguments.import.method =
-        method == "blend" ? workbench::CcmMethod::blend : workbench::CcmMethod::polynomial;
+    choose_by_words(arguments.import, method.value_or(""), fit.value_or(""));
+    arguments.page = path_or_none(page);
     arguments.import.kelvins = cts;
     if (color_from != nullptr) arguments.base = *color_from;
     return calibrate_with(arguments);
@@ -159,8 +173,9 @@ void bind_capture(py::module_& module) {
                py::arg("reference") = py::none(), py::arg("edition") = "before-2014",
                py::arg("weights") = py::none(), py::arg("black") = py::none(),
                py::arg("white") = py::none(), py::arg("order") = "", py::arg("name") = "calibrated",
-               py::arg("method") = "blend", py::arg("cts") = std::vector<double>(),
-               py::arg("color_from") = py::none(),
+               py::arg("method") = py::none(), py::arg("fit") = py::none(),
+               py::arg("cts") = std::vector<double>(), py::arg("color_from") = py::none(),
+               py::arg("page") = py::none(),
                R"(Makes a tuning of photographs of a colour chart under several lights.
 
 Parameters
@@ -188,11 +203,16 @@ order : {'', 'RGGB', 'BGGR', 'GRBG', 'GBRG'}
     Mosaic of TIFF or PNG with one channel.
 name : str
     Of the tuning.
-method : {'blend', 'polynomial'}
+method : {'blend', 'polynomial'}, optional
+    Default: the better.
+fit : {'points', 'blend'}, optional
+    Tuned matrices as measured, or fitted through the library's blend; default: the better.
 cts : sequence of float
-    Tuned CTs in kelvin, 3 to 8; default: chosen.
+    Tuned CTs in kelvin, 3 to 8; default: the best.
 color_from : Tuning, optional
     Whose colour tables and caller settings are taken over.
+page : path-like, optional
+    Report to write as a page of one file: captures with the found grid, plots, patches.
 
 Returns
 -------

@@ -220,11 +220,11 @@ def test_fields_by_path(tuning, tmp_path):
 def test_calibrations_come_and_go_as_with_the_command_line(tmp_path):
     figures, base = EXAMPLES / "calibrations" / "imx477.json", tuning_path("imx708-blend")
     told = tool(
-        "import", figures, "-o", tmp_path / "a.yaml", "--method", "polynomial", "--most", "5",
+        "import", figures, "-o", tmp_path / "a.yaml", "--method", "polynomial", "--fit", "points", "--most", "5",
         "--flash-share", "0.25", "--color-from", base, "--json",
     )
     made, report = imgtune.Tuning.import_calibration(
-        figures, method="polynomial", most=5, flash_share=0.25, color_from=imgtune.Tuning.load(base)
+        figures, method="polynomial", fit="points", most=5, flash_share=0.25, color_from=imgtune.Tuning.load(base)
     )
     assert report == json.loads(told)
     assert made.compare(imgtune.Tuning.load(tmp_path / "a.yaml")) == []
@@ -235,6 +235,12 @@ def test_calibrations_come_and_go_as_with_the_command_line(tmp_path):
         assert np.array_equal(made["ccm.rCCMPoly22"][name], values), name
     made["ccm.rCCMPoly22Flash"] = fitted
     assert made["ccm.rCCMPoly22Flash.i4R_AVG"] == made["ccm.rCCMPoly22.i4R_AVG"]
+    fitted_made, fitted_report = imgtune.Tuning.import_calibration(
+        EXAMPLES / "calibrations" / "imx219.yaml", page=tmp_path / "page.html"
+    )
+    chosen = next(one for one in fitted_report["candidates"] if one["chosen"])
+    assert (chosen["fit"], fitted_made["ccm.i4NumCT"]) == ("blend", len(chosen["tuned_cts"]))
+    assert (tmp_path / "page.html").read_text().startswith("<!doctype html>")
     left_behind = made.export_calibration(tmp_path / "b.json")
     assert {finding["severity"] for finding in left_behind} == {"warning"}
     again, _ = imgtune.Tuning.import_calibration(tmp_path / "b.json", cts=report["tuned_cts"])
@@ -244,6 +250,7 @@ def test_calibrations_come_and_go_as_with_the_command_line(tmp_path):
         ({"flash_ct": float("nan")}, "allowed are 1000..1000000 K"),
         ({"cts": [3000, float("nan"), 5000]}, "a CT of nan K"),
         ({"method": "spline"}, "allowed are 'blend' and 'polynomial'"),
+        ({"method": "polynomial", "fit": "blend"}, "not fitted through the blend"),
     ]:
         with pytest.raises(imgtune.InputError, match=text):
             imgtune.Tuning.import_calibration(figures, **arguments)

@@ -12,6 +12,9 @@
 
 namespace imgtune::workbench {
 
+/// The terms of a stored polynomial, for each 1/512 of a coefficient.
+inline constexpr double kStoredTerm = 10000.0;
+
 /// The AWB gain, 512 = 1.0, that makes a grey patch with these ratios grey: 512 / ratio, rounded
 /// half up, green 512. Ratios above 0.
 AWB_GAIN_T to_gain(const LocusPoint& point);

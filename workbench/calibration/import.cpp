@@ -8,6 +8,7 @@
 #include "ccm/codec.h"
 #include "ccm/tuned_rows.h"
 #include "workbench/calibration/conversion.h"
+#include "workbench/text/bad_input.h"
 
 namespace imgtune::workbench {
 
@@ -44,11 +45,6 @@ bool choices_fit(const ImportChoices& choices, Faults& faults) {
         if (!std::isfinite(kelvin)) refuse(fmt::format("a CT of {} K", kelvin), "kelvin");
     }
     return !faults.has_errors();
-}
-
-AWB_GAIN_T stretched(const AWB_GAIN_T& gain, double factor) {
-    return {static_cast<std::int32_t>(std::lround(gain.i4R * factor)), gain.i4G,
-            static_cast<std::int32_t>(std::lround(gain.i4B * factor))};
 }
 
 std::vector<TunedPoint> named_points(const Sensor& sensor, std::vector<double> kelvins,
@@ -105,16 +101,34 @@ std::vector<NSIspTuning::ISP_CCM_T> fill_row(Tuning& tuning, std::size_t row,
     return matrices;
 }
 
-void fill_derived_rows(Tuning& tuning, const std::vector<TunedPoint>& points,
-                       const ImportChoices& choices) {
+/// The polynomial whose matrices lie this share of the way to one matrix.
+ISP_CCM_POLY22_T drawn_to(ISP_CCM_POLY22_T polynomial, const NSIspTuning::ISP_CCM_T& matrix,
+                          double share) {
+    const auto stored = [](double value) { return static_cast<std::int32_t>(std::lround(value)); };
+    for (std::size_t k = 0; k < 9; ++k) {
+        polynomial.i4P00[k] =
+            stored((1.0 - share) * polynomial.i4P00[k] + share * kStoredTerm * matrix.i4Coef[k]);
+        polynomial.i4P10[k] = stored((1.0 - share) * polynomial.i4P10[k]);
+        polynomial.i4P01[k] = -polynomial.i4P10[k];
+    }
+    return polynomial;
+}
+
+/// @param flash the calibrated matrix in the light of the flash
+void fill_derived_rows(Tuning& tuning, const std::vector<TunedPoint>& points, CcmFit fit,
+                       const RealMatrix& flash, const ImportChoices& choices) {
     fill_row(tuning, kLowLightRow, points, [&choices](const RealMatrix& matrix) {
         return desaturate(matrix, choices.low_light_saturation);
     });
-    const RealMatrix flash = nearest(points, choices.flash_kelvin).matrix;
     const auto matrices =
         fill_row(tuning, kFlashRow, points, [&choices, &flash](const RealMatrix& matrix) {
             return mix(matrix, flash, choices.flash_share);
         });
+    if (fit == CcmFit::lights) {
+        tuning.ccm.rCCMPoly22Flash =
+            drawn_to(tuning.ccm.rCCMPoly22, to_fixed(flash), choices.flash_share);
+        return;
+    }
     std::vector<AWB_GAIN_T> gains;
     gains.reserve(points.size());
     for (const TunedPoint& point : points) gains.push_back(point.gain);
@@ -129,13 +143,25 @@ Tuning empty_ccm(const Tuning& base, const ImportChoices& choices) {
     std::fill_n(&tuning.kelvin[0][0], 64, 0U);
     tuning.caller.int_bits = 3;
     tuning.caller.frac_bits = 9;
-    tuning.ccm.i4Method = static_cast<std::int32_t>(choices.method);
     tuning.ccm.i4NumLV = 2;
     tuning.ccm.i4NumFlash = 1;
     return tuning;
 }
 
 }  // namespace
+
+void choose_by_words(ImportChoices& choices, std::string_view method, std::string_view fit) {
+    if (method == "blend") choices.method = CcmMethod::blend;
+    if (method == "polynomial") choices.method = CcmMethod::polynomial;
+    if (fit == "points") choices.fit = CcmFit::points;
+    if (fit != "blend") return;
+    if (choices.method == CcmMethod::polynomial) {
+        throw BadInput(
+            "a polynomial is not fitted through the blend; choose the fit points, or leave it out");
+    }
+    choices.method = CcmMethod::blend;
+    choices.fit = CcmFit::lights;
+}
 
 ImportError import_error(const std::vector<PointError>& errors, bool with_kept, bool with_dropped) {
     ImportError result;
@@ -159,25 +185,28 @@ Import import_calibration(const Calibration& calibration, const ImportChoices& c
     if (!choices_fit(choices, faults)) return result;
     const Sensor sensor(calibration, choices.points, faults);
     if (faults.has_errors()) return result;
-    std::vector<TunedPoint> points = sensor.points();
-    for (TunedPoint& point : points) point.gain = stretched(point.gain, choices.stretch);
-    if (choices.kelvins.empty()) {
-        result.selection = select_points(points, choices.most_cts, choices.method);
-        for (const std::size_t i : result.selection.kept) result.kept.push_back(points[i]);
-    } else {
-        result.kept = named_points(sensor, choices.kelvins, faults);
-        for (TunedPoint& point : result.kept) point.gain = stretched(point.gain, choices.stretch);
+    TrialChoices trial{choices.method, choices.fit, {}, choices.most_cts, choices.stretch};
+    if (!choices.kelvins.empty()) {
+        trial.named = named_points(sensor, choices.kelvins, faults);
+        for (TunedPoint& point : trial.named) point.gain = stretched(point.gain, choices.stretch);
     }
     if (faults.has_errors()) return result;
 
     result.tuning = empty_ccm(base, choices);
-    fill_normal_row(result.tuning, result.kept);
-    fill_derived_rows(result.tuning, result.kept, choices);
-    result.flash_tuned_kelvin = nearest(result.kept, choices.flash_kelvin).kelvin;
-    result.errors = point_errors(result.tuning, points);
-    Tuning other = result.tuning;
-    other.ccm.i4Method = choices.method == CcmMethod::blend ? 1 : 2;
-    result.other_method_errors = point_errors(other, points);
+    Trials trials = try_all(sensor, trial, result.tuning);
+    const Candidate& chosen = trials.candidates[trials.chosen];
+    result.tuning.ccm.i4Method = static_cast<std::int32_t>(chosen.method);
+    fill_normal_row(result.tuning, trials.points);
+    result.tuning.ccm.rCCMPoly22 = trials.polynomial;
+    result.flash_tuned_kelvin = nearest(trials.points, choices.flash_kelvin).kelvin;
+    fill_derived_rows(result.tuning, trials.points, chosen.fit,
+                      sensor.at(result.flash_tuned_kelvin).matrix, choices);
+    result.kept = std::move(trials.points);
+    result.chosen = trials.chosen;
+    result.candidates = std::move(trials.candidates);
+    std::vector<TunedPoint> calibrated = sensor.points();
+    for (TunedPoint& point : calibrated) point.gain = stretched(point.gain, choices.stretch);
+    result.errors = point_errors(result.tuning, calibrated);
     return result;
 }
 

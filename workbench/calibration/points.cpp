@@ -132,6 +132,17 @@ Sensor::Sensor(const Calibration& calibration, const PointChoices& choices, Faul
     if (faults.has_errors()) points_.clear();
 }
 
+Sensor::Sensor(const std::vector<TunedPoint>& points) : points_(points) {
+    for (const TunedPoint& point : points) {
+        locus_.push_back({point.kelvin, 512.0 / point.gain.i4R, 512.0 / point.gain.i4B, 0});
+        CalibratedMatrix matrix;
+        matrix.kelvin = point.kelvin;
+        matrix.coefficients = point.matrix;
+        matrix.line = point.line;
+        matrices_.push_back(matrix);
+    }
+}
+
 void Sensor::take_locus(const Calibration& calibration, Faults& faults) {
     const std::vector<LocusPoint> all = by_kelvin(calibration.locus, "locus point", faults);
     const std::vector<std::size_t> rise = longest_rise(all);

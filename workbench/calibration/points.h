@@ -33,6 +33,9 @@ class Sensor {
     /// `faults`. After an error there the sensor has no points.
     Sensor(const Calibration& calibration, const PointChoices& choices, Faults& faults);
 
+    /// Through points without faults, by rising CT. At least two.
+    explicit Sensor(const std::vector<TunedPoint>& points);
+
     /// One point a calibrated matrix, by rising CT, red rising and blue falling; where these are
     /// fewer than three, also the ends and the middle of the locus.
     const std::vector<TunedPoint>& points() const { return points_; }

@@ -11,8 +11,7 @@ namespace {
 using Eigen::ArrayXd;
 using Eigen::Index;
 
-constexpr double kStoredGain = 100.0;    // of means and deviations
-constexpr double kStoredTerm = 10000.0;  // of the polynomial's terms
+constexpr double kStoredGain = 100.0;  // of means and deviations
 
 std::int32_t stored(double value, double scale) {
     return static_cast<std::int32_t>(std::lround(value * scale));

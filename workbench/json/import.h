@@ -3,13 +3,19 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "workbench/calibration/import.h"
+#include "workbench/calibration/report.h"
+#include "workbench/findings/faults.h"
 
 namespace imgtune::workbench {
 
-/// {findings: as of `check`, tuned_cts, sets_tried, flash_ct,
-/// errors: [{ct, kept, largest_512ths, mean_ciede2000, largest_ciede2000}], other_method_errors}
-nlohmann::ordered_json to_json(const Import& import, const Faults& faults);
+/// {findings: as of `check`, method, fit, tuned_cts, flash_ct, candidates: [{method, fit,
+/// tuned_cts, sets_tried, mean_ciede2000, worst_ciede2000, worst_patch, worst_ct, worst_beside,
+/// chosen}], errors: [{ct, kept, largest_512ths, mean_ciede2000, largest_ciede2000}]}
+/// and of the report: lights: [{ct, red_gain, blue_gain, tuned, mean_ciede2000, worst_ciede2000,
+/// worst_patch, left_out: null or {mean_ciede2000, worst_ciede2000}}], few_lights: [{method, cts,
+/// mean_ciede2000, worst_ciede2000, sets_tried}], advice: sentences
+nlohmann::ordered_json to_json(const Import& import, const CalibrationReport& report,
+                               const Faults& faults);
 
 }  // namespace imgtune::workbench
 

@@ -1,12 +1,14 @@
-#ifndef IMGTUNE_WORKBENCH_CALIBRATION_SELECTION_H
-#define IMGTUNE_WORKBENCH_CALIBRATION_SELECTION_H
+#ifndef IMGTUNE_WORKBENCH_CALIBRATION_TUNED_ROW_H
+#define IMGTUNE_WORKBENCH_CALIBRATION_TUNED_ROW_H
 
-#include <cstddef>
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 #include "workbench/calibration/points.h"
+#include "workbench/calibration/visible_fit.h"
+#include "workbench/camera/camera.h"
 #include "workbench/tuning/tuning.h"
 
 namespace imgtune::workbench {
@@ -18,6 +20,33 @@ enum class CcmMethod : std::int32_t { polynomial = 1, blend = 2 };
 /// too. 3..8 points by rising CT.
 void fill_normal_row(Tuning& tuning, std::span<const TunedPoint> points);
 
+/// The library in normal light, without temporal average or output gamut.
+class Bench {
+  public:
+    explicit Bench(const Tuning& tuning);
+
+    NSIspTuning::ISP_CCM_T matrix_at(const AWB_GAIN_T& gain);
+
+  private:
+    Camera camera_;
+};
+
+/// What the library makes its matrix of, asked of the library itself: its result is a sum of tuned
+/// matrices, or of the polynomial's two terms, times shares that depend on the gains alone.
+class Shares {
+  public:
+    /// Of a tuning whose normal row is filled in.
+    explicit Shares(const Tuning& tuning);
+
+    /// Blend: of each tuned matrix. Polynomial: 1, and the gain's place on the chord in
+    /// standard deviations.
+    std::array<double, kMostShares> at(const AWB_GAIN_T& gain);
+
+  private:
+    bool polynomial_;
+    std::vector<Bench> probes_;
+};
+
 /// What the library makes of the light of a calibrated point, against the calibrated matrix.
 struct PointError {
     double kelvin = 0.0;
@@ -27,22 +56,7 @@ struct PointError {
     double largest_difference = 0.0;  ///< CIEDE2000
 };
 
-/// Runs the camera in normal light at every point, without temporal average or output gamut.
 std::vector<PointError> point_errors(const Tuning& tuning, std::span<const TunedPoint> points);
-
-/// The points that a tuning keeps.
-struct Selection {
-    std::vector<std::size_t> kept;  ///< rising indices
-    std::uint64_t tried = 0;        ///< sets of points that were judged
-    bool all = false;               ///< these were all sets with both ends
-};
-
-/// Keeps both ends and those others that lose least by the library's own answer: the largest error
-/// of a coefficient at the dropped points is the least; of equal ones, that at all points, then the
-/// sum over all. Where there are more than some ten thousand sets, exchanges single points until
-/// none helps.
-/// @param most 3..8
-Selection select_points(std::span<const TunedPoint> points, std::size_t most, CcmMethod method);
 
 }  // namespace imgtune::workbench
 
