@@ -9,7 +9,7 @@
 
 #include "workbench/calibration/points.h"
 #include "workbench/calibration/reader.h"
-#include "workbench/calibration/selection.h"
+#include "workbench/calibration/tuned_row.h"
 #include "workbench/files/file_source.h"
 #include "workbench/files/replay_files.h"
 #include "workbench/files/text_file.h"
