@@ -28,16 +28,16 @@ constexpr LevelFormats kLevels[] = {
 constexpr std::size_t kLevelCount = sizeof(kLevels) / sizeof(kLevels[0]);
 
 // SGY0, SGY64, SGY128, SGY192, SGY256, one after the other.
-constexpr ByteRun<kLevelCount * kEntries, 44> kCurveBytes;
+constexpr ByteRun<kLevelCount * kEntries, 44> kLevelBytes;
 
 template <class Kind, class Trace>
 void blend_curves(const Trace& trace, Kind kind, const ColorImage& high_image,
                   const ColorImage& low_image, ColorImage& out_image) {
-    const auto high = kCurveBytes.read(high_image);
-    const auto low = kCurveBytes.read(low_image);
+    const auto high = kLevelBytes.read(high_image);
+    const auto low = kLevelBytes.read(low_image);
     const KeptInputs kept(trace, high, low);
     const auto out = kind(high, low);
-    kCurveBytes.write(out_image, cut_to_bytes(out));
+    kLevelBytes.write(out_image, cut_to_bytes(out));
     if (!trace.details()) return;
     for (std::size_t k = 0; k < kLevelCount; ++k) {
         trace_row<kEntries>(trace, kLevels[k].low, kept.low, k * kEntries);
