@@ -12,8 +12,8 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr std::size_t kFirstMapWord = 71;
-constexpr int kFlashSlot = 2;
-constexpr int kSceneSlot = 1;
+constexpr int kFlashImages = 2;
+constexpr int kSceneImages = 1;
 
 bool same_map(const NSIspTuning::ISP_NVRAM_COLOR_T& a, const NSIspTuning::ISP_NVRAM_COLOR_T& b) {
     return std::memcmp(a.u4Word + kFirstMapWord, b.u4Word + kFirstMapWord,
@@ -69,8 +69,8 @@ StepCause SwitchWatch::next(std::uint64_t number, const Frame& frame, const Came
 SwitchWatch::Source SwitchWatch::source_of(const Frame& frame, const Camera& camera) const {
     const auto& state = frame.state;
     Source source;
-    source.slot = state.u4FlashMode != 0                              ? kFlashSlot
-                  : static_cast<std::int32_t>(state.u4SceneFlag) == 1 ? kSceneSlot
+    source.slot = state.u4FlashMode != 0                              ? kFlashImages
+                  : static_cast<std::int32_t>(state.u4SceneFlag) == 1 ? kSceneImages
                                                                       : 0;
     source.bracket = camera.grid().bracket(state.u4CCT);
     const std::uint32_t middle = middle_of(source.bracket);
