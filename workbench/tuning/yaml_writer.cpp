@@ -257,7 +257,8 @@ std::string section_text(std::string_view path) {
     std::string text;
     const char* const* const lines = section_lines(path);
     for (std::size_t i = 0; lines != nullptr && i < kSectionLines && lines[i] != nullptr; ++i) {
-        text += (text.empty() ? "" : " ") + std::string(lines[i]);
+        if (!text.empty()) text += ' ';
+        text += lines[i];
     }
     return text;
 }
