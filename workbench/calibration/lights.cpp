@@ -65,7 +65,7 @@ std::vector<JudgedLight> judged_lights(const Sensor& sensor, std::size_t along, 
         const TunedPoint point = sensor.at(kelvin);
         const Across across = across_locus(sensor, kelvin);
         for (int deviation = -deviations; deviation <= deviations; ++deviation) {
-            const double beside = deviation * kBesideLocus;
+            const double beside = deviation * kLocusScatter;
             const AWB_GAIN_T gain{raised(point.gain.i4R, beside * across.red), point.gain.i4G,
                                   raised(point.gain.i4B, beside * across.blue)};
             lights.push_back({kelvin, beside, stretched(gain, stretch), point.matrix});

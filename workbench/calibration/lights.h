@@ -22,10 +22,10 @@ struct JudgedLight {
 
 /// What white balance leaves beside the locus outdoors: the standard deviation of ln gain over
 /// 1,371 measured scenes in natural light (Cube++, challenge/train/general.csv).
-inline constexpr double kBesideLocus = 0.018;
+inline constexpr double kLocusScatter = 0.018;
 
 /// `along` lights evenly in mired from the lowest to the highest calibrated CT, and every
-/// calibrated one; each on the locus and at every multiple of kBesideLocus up to `deviations`
+/// calibrated one; each on the locus and at every multiple of kLocusScatter up to `deviations`
 /// on both sides of it. Gains are multiplied by `stretch`.
 std::vector<JudgedLight> judged_lights(const Sensor& sensor, std::size_t along, int deviations,
                                        double stretch);
