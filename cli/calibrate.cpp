@@ -63,15 +63,16 @@ std::optional<double> level_of(const std::string& option, const std::string& tex
 
 void take_weight(const std::string& text, PatchWeights& weights) {
     const std::size_t equals = text.rfind('=');
-    const auto value = equals == text.npos ? std::nullopt : parse_real(text.substr(equals + 1));
+    const double value =
+        equals == text.npos ? -1.0 : parse_real(text.substr(equals + 1)).value_or(-1.0);
     const std::size_t patch = patch_index(text.substr(0, std::min(equals, text.size())));
-    if (!value || *value < 0.0 || *value > 1000.0 || patch == kChartPatches) {
+    if (value < 0.0 || value > 1000.0 || patch == kChartPatches) {
         throw BadInput(
             fmt::format("--weight {}: write PATCH=WEIGHT, the patch by name or number 1 "
                         "to 24, the weight 0 to 1000",
                         quoted_value(text)));
     }
-    weights[patch] = *value;
+    weights[patch] = value;
 }
 
 CaptureChoices capture_choices(const CalibrateOptions& options, Faults& faults) {

@@ -7,6 +7,7 @@
 #include "ccm/codec.h"
 #include "workbench/appearance/chart_view.h"
 #include "workbench/calibration/conversion.h"
+#include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {
 

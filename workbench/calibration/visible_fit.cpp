@@ -5,6 +5,7 @@
 #include "workbench/appearance/chart_view.h"
 #include "workbench/appearance/color_difference.h"
 #include "workbench/appearance/patches.h"
+#include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {
 

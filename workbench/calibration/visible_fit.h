@@ -10,9 +10,6 @@
 
 namespace imgtune::workbench {
 
-/// The coefficients that a tuning chooses freely; the diagonals close the rows, white stays white.
-inline constexpr std::array<std::size_t, 6> kOffDiagonals = {1, 2, 3, 5, 6, 7};
-
 /// How a small change of a matrix shows: for the changes d of the six off-diagonals, d' metric d
 /// is the mean over the chart's patches of CIEDE2000 squared. Symmetric, row after row.
 using VisibleMetric = std::array<double, 36>;

@@ -28,10 +28,6 @@ std::int32_t between_gains(std::int32_t a, std::int32_t b, double share_of_b) {
         std::lround(1.0 / ((1.0 - share_of_b) / from + share_of_b / to)));
 }
 
-std::size_t tuned_count(const Tuning& tuning) {
-    return static_cast<std::size_t>(std::clamp(tuning.ccm.i4NumCT, 1, 8));
-}
-
 /// Whether the points' own kelvin can be taken: each has one, and they rise.
 bool has_kelvin(const Tuning& tuning) {
     std::uint32_t before = 0;
@@ -53,6 +49,10 @@ double spread_over(std::span<const std::uint32_t> grid, std::size_t t, std::size
 }
 
 }  // namespace
+
+std::size_t tuned_count(const Tuning& tuning) {
+    return static_cast<std::size_t>(std::clamp(tuning.ccm.i4NumCT, 1, 8));
+}
 
 Locus::Locus(std::vector<Point> points) : points_(std::move(points)) {
     std::stable_sort(points_.begin(), points_.end(),

@@ -32,6 +32,9 @@ class Locus {
     std::vector<Point> points_;
 };
 
+/// Tuned CTs of a row, as many as the tables hold: 1..8.
+std::size_t tuned_count(const Tuning& tuning);
+
 /// The tuned gains of a LV row at the kelvin of the normal row's points.
 Locus tuned_locus(const Tuning& tuning, std::size_t row = kNormalRow);
 

@@ -8,6 +8,7 @@
 #include "workbench/calibration/real_number.h"
 #include "workbench/text/byte_source.h"
 #include "workbench/text/characters.h"
+#include "workbench/text/file_name.h"
 #include "workbench/text/line_reader.h"
 
 namespace imgtune::workbench {
@@ -75,11 +76,6 @@ std::vector<NumbersLine> read_numbers(const std::string& text, const std::string
 
 bool is_letter_or_digit(char c) {
     return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-std::string_view file_name(std::string_view path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == path.npos ? path : path.substr(slash + 1);
 }
 
 }  // namespace

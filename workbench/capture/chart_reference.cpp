@@ -68,7 +68,7 @@ struct PatchTable {
     std::vector<int> lines;
 };
 
-std::vector<std::string_view> split(std::string_view line) {
+std::vector<std::string_view> cells_of_line(std::string_view line) {
     std::vector<std::string_view> out;
     while (true) {
         const std::size_t comma = line.find(',');
@@ -91,7 +91,7 @@ class PatchTableReader {
             line = trimmed(line);
             if (line.empty() || line.front() == '#') continue;
             line_ = static_cast<int>(lines.line());
-            const auto cells = split(line);
+            const auto cells = cells_of_line(line);
             if (columns_ == 0) {
                 if (!read_header(cells, table)) return {};
             } else if (!read_row(cells, table)) {

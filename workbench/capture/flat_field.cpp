@@ -35,7 +35,7 @@ FlatField::Terms powers(const Picture& layout, double x, double y) {
     return out;
 }
 
-struct Block {
+struct FlatBlock {
     double x;  ///< its middle
     double y;
     double level;
@@ -51,8 +51,8 @@ std::optional<double> middle_mean(std::vector<double>& levels) {
     return sum / static_cast<double>(levels.end() - levels.begin() - 2 * quarter);
 }
 
-std::vector<Block> blocks_of(const Picture& flat, const Picture* dark, std::size_t channel) {
-    std::vector<Block> blocks;
+std::vector<FlatBlock> blocks_of(const Picture& flat, const Picture* dark, std::size_t channel) {
+    std::vector<FlatBlock> blocks;
     std::vector<double> levels;
     const std::size_t rows = std::min(kMostBlocks, flat.lit_height / kBlockPixels);
     const std::size_t columns = std::min(kMostBlocks, flat.lit_width / kBlockPixels);
@@ -100,12 +100,12 @@ struct SmoothFit {
     double rough = 0.0;  ///< root mean square of what is left, share of the mean
 };
 
-SmoothFit fit_smooth(const Picture& flat, const std::vector<Block>& blocks) {
+SmoothFit fit_smooth(const Picture& flat, const std::vector<FlatBlock>& blocks) {
     const auto count = static_cast<Eigen::Index>(blocks.size());
     Eigen::MatrixXd system(count, FlatField::kTerms);
     Eigen::VectorXd levels(count);
     for (Eigen::Index i = 0; i < count; ++i) {
-        const Block& block = blocks[static_cast<std::size_t>(i)];
+        const FlatBlock& block = blocks[static_cast<std::size_t>(i)];
         const FlatField::Terms row = powers(flat, block.x, block.y);
         system.row(i) = Eigen::Map<const Eigen::RowVectorXd>(row.data(), FlatField::kTerms);
         levels[i] = block.level;
@@ -157,7 +157,7 @@ std::optional<FlatField> FlatField::fit(const Picture& flat, const Picture* dark
     field.layout_.samples = {};
     const double brightest = flat.white.value_or(65535.0);
     for (std::size_t channel = 0; channel < 3; ++channel) {
-        const std::vector<Block> blocks = blocks_of(flat, dark, channel);
+        const std::vector<FlatBlock> blocks = blocks_of(flat, dark, channel);
         if (blocks.size() < 4 * std::size_t{kTerms}) {
             refuse(flat, fmt::format("the flat frame has too few samples of {}", kColors[channel]),
                    "take it with the camera's full resolution", faults);

@@ -12,8 +12,8 @@ namespace imgtune::workbench {
 
 namespace {
 
-constexpr Eigen::Index kOffDiagonals = 6;
-constexpr Eigen::Index kParameters = kOffDiagonals + 1;  // and the logarithm of the exposure
+constexpr Eigen::Index kFreeCoefficients = 6;
+constexpr Eigen::Index kParameters = kFreeCoefficients + 1;  // and the logarithm of the exposure
 constexpr std::size_t kColumnOf[3][2] = {
     {1, 2}, {0, 2}, {0, 1}};  // of the off-diagonals, a row each
 
@@ -52,8 +52,8 @@ struct VisibleError {
     int inputs() const { return kParameters; }
     int values() const { return kChartPatches; }
     int operator()(const InputType& at, ValueType& errors) const {
-        const RealMatrix matrix = closed_matrix(at.head(kOffDiagonals));
-        const double exposure = std::exp(at[kOffDiagonals]);
+        const RealMatrix matrix = closed_matrix(at.head(kFreeCoefficients));
+        const double exposure = std::exp(at[kFreeCoefficients]);
         for (std::size_t i = 0; i < kChartPatches; ++i) {
             errors[static_cast<Eigen::Index>(i)] =
                 weights[i] == 0.0
@@ -106,7 +106,7 @@ MatrixFit fit_linear(const PatchColors& balanced, const PatchColors& reference,
     }
     MatrixFit fit;
     fit.exposure = wanted / seen;
-    Eigen::VectorXd off_diagonals(kOffDiagonals);
+    Eigen::VectorXd off_diagonals(kFreeCoefficients);
     // Rows that sum to 1: of the differences to the row's own colour, how much is added.
     for (std::size_t row = 0; row < 3; ++row) {
         Eigen::Matrix<double, kChartPatches, 2> differences;
@@ -139,7 +139,7 @@ MatrixFit fit_visible(const MatrixFit& start, const PatchColors& balanced,
             at[static_cast<Eigen::Index>(2 * row + k)] = start.matrix[3 * row + kColumnOf[row][k]];
         }
     }
-    at[kOffDiagonals] = std::log(start.exposure);
+    at[kFreeCoefficients] = std::log(start.exposure);
 
     const VisibleError error{balanced, wanted, weights};
     Eigen::NumericalDiff<VisibleError, Eigen::Central> differentiated(error);
@@ -156,8 +156,8 @@ MatrixFit fit_visible(const MatrixFit& start, const PatchColors& balanced,
     if (!found.allFinite() || !(after.squaredNorm() <= before.squaredNorm())) return start;
 
     MatrixFit fit;
-    fit.matrix = closed_matrix(found.head(kOffDiagonals));
-    fit.exposure = std::exp(found[kOffDiagonals]);
+    fit.matrix = closed_matrix(found.head(kFreeCoefficients));
+    fit.exposure = std::exp(found[kFreeCoefficients]);
     complete(fit, balanced, reference, weights);
     return fit;
 }

@@ -276,9 +276,9 @@ std::optional<Rgb> before_matrix(const RealMatrix& m, const Rgb& wanted) {
 /// The reference as the camera sees it: greys that are not quite neutral are less so there.
 PatchColors seen_reference(const PatchColors& colors, const PatchColors& reference,
                            const PatchWeights& weights) {
-    constexpr int kRounds = 6;  // each leaves about a third of the step before
+    constexpr int kNeutralRounds = 6;  // each leaves about a third of the step before
     PatchColors seen = reference;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kNeutralRounds; ++round) {
         const PatchColors even = balanced(colors, white_balance(colors, seen, weights));
         const RealMatrix matrix = fit_linear(even, reference, weights).matrix;
         if (!has_dominant_diagonal(matrix)) return reference;

@@ -25,9 +25,9 @@ std::size_t characters_in(std::string_view text) {
 
 /// Where `key:` stands in a line; npos: nowhere.
 std::size_t find_key(std::string_view line, std::string_view key) {
-    constexpr std::string_view kBefore = " \t{,-\"'";
+    constexpr std::string_view kBeforeKey = " \t{,-\"'";
     for (std::size_t at = line.find(key); at != line.npos; at = line.find(key, at + 1)) {
-        if (at > 0 && kBefore.find(line[at - 1]) == kBefore.npos) continue;
+        if (at > 0 && kBeforeKey.find(line[at - 1]) == kBeforeKey.npos) continue;
         const std::size_t after = line.find_first_not_of(" \t\"'", at + key.size());
         if (after != line.npos && line[after] == ':') return at;
     }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "workbench/text/file_name.h"
 #include "workbench/text/glob.h"
 
 namespace imgtune::workbench {
@@ -56,11 +57,6 @@ constexpr LimitKind kLimitKinds[kMeasuredCount] = {
      "the same, the worst patch in the worst light", LimitScope::tuning, kMostDifference, 5.0,
      false},
 };
-
-std::string_view file_name(std::string_view path) {
-    const std::size_t slash = path.find_last_of('/');
-    return slash == path.npos ? path : path.substr(slash + 1);
-}
 
 std::string limit_line(const LimitKind& kind) {
     return fmt::format("{}{:<24}# {}; {}\n", kind.started ? "  " : "  # ",

@@ -33,10 +33,6 @@ struct SeenLight {
     ChartView view;
 };
 
-std::size_t tuned_count(const Tuning& tuning) {
-    return static_cast<std::size_t>(std::clamp(tuning.ccm.i4NumCT, 1, 8));
-}
-
 /// The rows that the library takes matrices from.
 std::vector<std::size_t> used_rows(const Tuning& tuning) {
     std::vector<std::size_t> rows{kNormalRow};

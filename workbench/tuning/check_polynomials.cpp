@@ -12,7 +12,6 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr double kFarFromTuned = 0.25;  ///< root mean square over coefficients, 1.0 = unity
-constexpr std::array<std::size_t, 6> kOffDiagonals = {1, 2, 3, 5, 6, 7};
 
 using Matrix = NSIspTuning::ISP_CCM_T;
 

@@ -1,6 +1,8 @@
 #ifndef IMGTUNE_WORKBENCH_TUNING_FIELDS_H
 #define IMGTUNE_WORKBENCH_TUNING_FIELDS_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -98,6 +100,9 @@ inline constexpr std::size_t kNormalSlot = 0;
 inline constexpr std::size_t kSceneSlot = 1;
 inline constexpr std::size_t kFlashSlot = 2;
 inline constexpr std::size_t kOutdoorSlot = 3;
+
+/// Coefficients of a matrix that a tuning chooses freely; the diagonals close the rows.
+inline constexpr std::array<std::size_t, 6> kOffDiagonals = {1, 2, 3, 5, 6, 7};
 
 /// Stored for 1.0 of an AWB gain.
 inline constexpr std::int32_t kGainUnity = 512;
