@@ -20,6 +20,7 @@
 #include "workbench/files/tuning_files.h"
 #include "workbench/text/bad_input.h"
 #include "workbench/tuning/check.h"
+#include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {
 namespace {

@@ -23,7 +23,6 @@ constexpr std::int32_t kOffDiagonalValues[kCts][6] = {{-230, -90, -190, -60, -40
                                                       {-250, -70, -170, -80, -30, -290},
                                                       {-260, -60, -150, -100, -20, -260},
                                                       {-258, -63, -154, -97, -22, -266}};
-constexpr std::size_t kPlaces[6] = {1, 2, 3, 5, 6, 7};
 
 /// Strength in sixteenths: 16 corrects in full, 0 not at all.
 void fill_points(Tuning& t, std::size_t row, std::int32_t strength) {
@@ -33,7 +32,7 @@ void fill_points(Tuning& t, std::size_t row, std::int32_t strength) {
         t.ccm.rCTAWBGain[row][ct] = kGains[ct];
         NSIspTuning::ISP_CCM_T matrix{};
         for (std::size_t i = 0; i < 6; ++i) {
-            matrix.i4Coef[kPlaces[i]] = kOffDiagonalValues[ct][i] * strength / 16;
+            matrix.i4Coef[kOffDiagonals[i]] = kOffDiagonalValues[ct][i] * strength / 16;
         }
         close_rows(matrix, kUnity);
         codec.encode(matrix, t.ccm.rCCM_Nvram[row][ct]);
@@ -50,9 +49,9 @@ ISP_CCM_POLY22_T polynomial(std::int32_t strength) {
     for (std::size_t i = 0; i < 6; ++i) {
         const std::int32_t middle = (kOffDiagonalValues[1][i] + kOffDiagonalValues[2][i]) / 2;
         const std::int32_t span = kOffDiagonalValues[3][i] - kOffDiagonalValues[0][i];
-        p.i4P00[kPlaces[i]] = middle * strength / 16 * 10000;
-        p.i4P10[kPlaces[i]] = span * strength / 16 * 2000;
-        p.i4P01[kPlaces[i]] = span * strength / 16 * -1500;
+        p.i4P00[kOffDiagonals[i]] = middle * strength / 16 * 10000;
+        p.i4P10[kOffDiagonals[i]] = span * strength / 16 * 2000;
+        p.i4P01[kOffDiagonals[i]] = span * strength / 16 * -1500;
     }
     return p;
 }
