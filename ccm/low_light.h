@@ -4,12 +4,10 @@
 #include <algorithm>
 
 #include "ccm/coefficient_rows.h"
+#include "ccm/low_light_range.h"
 #include "ccm/trace.h"
 
 namespace imgtune {
-
-inline constexpr std::uint32_t kLowLightFull = 20;  ///< light value to which low light alone rules
-inline constexpr std::uint32_t kLowLightEnd = 50;   ///< and from which it takes no part
 
 /// What the matrix of normal light counts for at a light value up to kLowLightEnd: 0 to 1.
 constexpr float normal_light_share(std::uint32_t lv) {

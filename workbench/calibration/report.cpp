@@ -103,6 +103,7 @@ class Reporter {
         for (std::size_t i = 0; i < count; ++i) set[i] = i;
         while (true) {
             std::vector<TunedPoint> few;
+            few.reserve(set.size());
             for (const std::size_t i : set) few.push_back(points[i]);
             const LightsError error = error_of(few, method, lights);
             ++best.sets;

@@ -103,7 +103,8 @@ class Plot {
     }
     void y_marks() {
         const double step = tick_step(top_ - bottom_);
-        for (double value = std::ceil(bottom_ / step) * step; value <= top_ + 1e-9; value += step) {
+        for (long mark = first_mark(bottom_, step); mark <= last_mark(top_, step); ++mark) {
+            const double value = static_cast<double>(mark) * step;
             y_mark(value, fmt::format("{:g}", value));
         }
     }
@@ -111,7 +112,8 @@ class Plot {
         const double low = std::min(left_, right_);
         const double high = std::max(left_, right_);
         const double step = tick_step(high - low);
-        for (double value = std::ceil(low / step) * step; value <= high + 1e-9; value += step) {
+        for (long mark = first_mark(low, step); mark <= last_mark(high, step); ++mark) {
+            const double value = static_cast<double>(mark) * step;
             x_mark(value, fmt::format("{:g}", value));
         }
     }
@@ -144,6 +146,10 @@ class Plot {
     static constexpr double kMarginBelow = 40.0;
 
     /// 1, 2 or 5 times a power of ten: some five steps.
+    static long first_mark(double low, double step) { return std::lround(std::ceil(low / step)); }
+    static long last_mark(double high, double step) {
+        return std::lround(std::floor((high + 1e-9) / step));
+    }
     static double tick_step(double span) {
         const double rough = span / 5.0;
         const double power = std::pow(10.0, std::floor(std::log10(rough)));
@@ -240,7 +246,8 @@ std::string patch_chart(const ReportedLight& light) {
     std::string svg;
     for (std::size_t i = 0; i < error.patches.size(); ++i) {
         const double x = 4.0 + 86.0 * static_cast<double>(i % 6);
-        const double y = 4.0 + 72.0 * static_cast<double>(i / 6);
+        const std::size_t row = i / 6;
+        const double y = 4.0 + 72.0 * static_cast<double>(row);
         const bool dark = error.patches[i].reference.lightness < 55.0;
         svg += fmt::format(
             "<g><title>{}: CIEDE2000 {:.2f}</title>"

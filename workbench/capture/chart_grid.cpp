@@ -80,7 +80,8 @@ PicturePoint ChartGrid::in_chart(double x, double y) const {
 Quad ChartGrid::patch(std::size_t index, double share) const {
     const double margin = (1.0 - share) / 2.0;
     const double left = static_cast<double>(index % kColumns) * kPitch + margin;
-    const double top = static_cast<double>(index / kColumns) * kPitch + margin;
+    const std::size_t row = index / kColumns;
+    const double top = static_cast<double>(row) * kPitch + margin;
     return {in_picture(left, top), in_picture(left + share, top),
             in_picture(left + share, top + share), in_picture(left, top + share)};
 }

@@ -134,7 +134,8 @@ double unevenness_of(const LightStudy& light, const ChartReference& reference) {
     Eigen::Index used = 0;
     for (std::size_t i = 0; i < kChartPatches; ++i) {
         const double u = (static_cast<double>(i % 6) - 2.5) / 2.5;
-        const double v = (static_cast<double>(i / 6) - 1.5) / 1.5;
+        const std::size_t row = i / 6;
+        const double v = (static_cast<double>(row) - 1.5) / 1.5;
         all_places.row(static_cast<Eigen::Index>(i)) << 1.0, u, v, u * u, u * v, v * v;
         if (light.weights[i] == 0.0 || i == kBlackPatch) continue;
         const Eigen::Vector3d expected = inverse.solve(

@@ -99,8 +99,8 @@ class Collector {
         std::array<Collected, 3> colors;
         const double column =
             static_cast<double>(index % ChartGrid::kColumns) * ChartGrid::kPitch + 0.5;
-        const double row =
-            static_cast<double>(index / ChartGrid::kColumns) * ChartGrid::kPitch + 0.5;
+        const std::size_t rows_before = index / ChartGrid::kColumns;
+        const double row = static_cast<double>(rows_before) * ChartGrid::kPitch + 0.5;
         const auto from_middle = [&](std::size_t x, std::size_t y) {
             const PicturePoint at = grid.in_chart(static_cast<double>(x), static_cast<double>(y));
             return PicturePoint{at.x - column, at.y - row};

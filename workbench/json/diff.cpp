@@ -4,7 +4,11 @@
 
 namespace imgtune::workbench {
 
+namespace {
+
 using Json = nlohmann::ordered_json;
+
+}  // namespace
 
 namespace {
 

@@ -8,7 +8,11 @@
 
 namespace imgtune::workbench {
 
+namespace {
+
 using Json = nlohmann::ordered_json;
+
+}  // namespace
 
 namespace {
 

@@ -125,7 +125,7 @@ class SchemaMaker {
         const bool ranged = definition.allowed != nullptr && is_always_read(record, definition);
         const std::int64_t least = ranged ? definition.allowed->min : definition.lowest();
         const std::int64_t most = ranged ? definition.allowed->max : definition.highest(at);
-        const Json whole = {{"type", "integer"}, {"minimum", least}, {"maximum", most}};
+        Json whole = {{"type", "integer"}, {"minimum", least}, {"maximum", most}};
         if (definition.scale == 0) return whole;
         // 1.0 is an integer to a schema: what is in the unit may lie below the least whole number.
         const auto unity = static_cast<double>(definition.scale);

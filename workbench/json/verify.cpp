@@ -2,7 +2,11 @@
 
 namespace imgtune::workbench {
 
+namespace {
+
 using Json = nlohmann::ordered_json;
+
+}  // namespace
 
 const char* name_of(TraceCause cause) {
     switch (cause) {

@@ -178,10 +178,10 @@ void choose_weights(std::vector<WeightsTried> tried, Smoothing& answer) {
     });
     answer.front.clear();
     double least = std::numeric_limits<double>::max();
-    for (WeightsTried& each : fit) {
+    for (const WeightsTried& each : fit) {
         if (each.reached.step.value_or(0.0) >= least) continue;
         least = each.reached.step.value_or(0.0);
-        answer.front.push_back(std::move(each));
+        answer.front.push_back(each);
     }
 }
 

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "ccm/low_light.h"
+#include "ccm/low_light_range.h"
 #include "workbench/camera/camera.h"
 #include "workbench/camera/locus.h"
 #include "workbench/camera/mired.h"
