@@ -145,12 +145,14 @@ class Plot {
     static constexpr double kMarginLeft = 46.0;
     static constexpr double kMarginBelow = 40.0;
 
-    /// 1, 2 or 5 times a power of ten: some five steps.
     static long first_mark(double low, double step) { return std::lround(std::ceil(low / step)); }
     static long last_mark(double high, double step) {
         return std::lround(std::floor((high + 1e-9) / step));
     }
+
+    /// 1, 2 or 5 times a power of ten: some five steps. 1 for a span of nothing.
     static double tick_step(double span) {
+        if (!(span > 0.0)) return 1.0;
         const double rough = span / 5.0;
         const double power = std::pow(10.0, std::floor(std::log10(rough)));
         for (const double factor : {1.0, 2.0, 5.0}) {
