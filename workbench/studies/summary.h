@@ -139,7 +139,9 @@ class Summary {
     class FrameCounts {
       public:
         FrameCounts();
-        void add(std::uint64_t frames) { ++counts_[std::min<std::size_t>(frames, kMost)]; }
+        void add(std::uint64_t frames) {
+            ++counts_[static_cast<std::size_t>(std::min<std::uint64_t>(frames, kMost))];
+        }
         std::optional<std::uint64_t> median() const;
 
       private:
