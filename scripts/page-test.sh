@@ -12,4 +12,6 @@ scripts/page.sh
 } 9>build/release.lock
 export PAGE=$PWD/build/imgtune.html IMGTUNE=$PWD/build/release/cli/imgtune EXAMPLES=$PWD/examples
 cd web
-node --test tests/
+# One after the other: they measure times, and a browser takes both cores.
+node --test tests/engines.test.mjs
+node --test tests/page.test.mjs
