@@ -58,7 +58,8 @@ float lab_function(float t) {
 float decay(float x) {
     // 2^-whole times 2^-rest, rest within half.
     const float power = smaller(x * 1.44269504F, 120.0F);
-    const auto whole = static_cast<std::int32_t>(power + 0.5F);
+    const float above = power + 0.5F;
+    const auto whole = static_cast<std::int32_t>(above);
     const float rest = (static_cast<float>(whole) - power) * 0.69314718F;
     const float series =
         1.0F +

@@ -300,6 +300,14 @@ Json row_to_json(SummaryRecord record) {
     json["light_swings"] = record.light_swing_count;
     if (record.jobs.ccm) {
         json["visible"].erase("limits");
+        for (const char* seen :
+             {"steady_step", "changing_step", "gain_step", "overshoot", "stall"}) {
+            Json& cell = json["visible"][seen];
+            if (!cell.is_null()) continue;  // the same columns in every row
+            for (const char* key : {"mean", "worst", "worst_patch", "patch", "frame"}) {
+                cell[key] = nullptr;
+            }
+        }
         json["visible"]["flicker"] = {{"spans", record.visible.flicker_count},
                                       {"share_of_frames", share_of_flicker(record)},
                                       {"per_second", flicker ? Json(flicker->per_second) : Json()},
