@@ -37,6 +37,7 @@ void set_up(CLI::App& app, const std::string& version, std::function<int()>& cho
     add_unpack(verbs);
     add_verify(verbs);
     add_view(verbs);
+    add_watch(verbs);
 }
 
 }  // namespace imgtune::cli

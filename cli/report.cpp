@@ -13,6 +13,7 @@
 #include <string>
 
 #include "cli/common.h"
+#include "cli/follow.h"
 #include "cli/verbs.h"
 #include "workbench/files/output_file.h"
 #include "workbench/files/output_guard.h"
@@ -29,13 +30,14 @@ struct ReportOptions {
     std::string output;
     std::string page;
     bool force = false;
+    FollowOptions follow;  ///< of view alone
 };
 
-std::string report_with(const ReportOptions& options) {
+std::string report_with(const ReportOptions& options, const std::string& ahead = {}) {
     std::optional<ReportFile> against;
     if (!options.against.empty()) against = tuning_for_report(options.against);
     const ReportFile tuning = tuning_for_report(options.tuning);
-    const ReportFile frames = frames_for_report(options.frames);
+    const ReportFile frames = frames_for_report(options.frames, ahead);
     return make_report(options.page.empty() ? find_page() : options.page, tuning, against, frames);
 }
 
@@ -63,8 +65,16 @@ void open_in_browser(const std::string& path) {
     }
 }
 
-int run_view(const ReportOptions& options) {
-    const std::string report = report_with(options);
+int run_view(ReportOptions& options) {
+    options.follow.tuning = options.tuning;
+    options.follow.against = options.against;
+    options.follow.page = options.page;
+    options.follow.input.log.path = options.frames;
+    std::string ahead;
+    if (options.follow.input.demo || is_live(options.frames, ahead)) {
+        return run_follow(options.follow, std::move(ahead));
+    }
+    const std::string report = report_with(options, ahead);
     std::string path = (std::filesystem::temp_directory_path() / "imgtune-XXXXXX.html").string();
     const int file = mkstemps(path.data(), 5);
     if (file < 0) throw BadInput(path + ": cannot be made");
@@ -76,8 +86,6 @@ int run_view(const ReportOptions& options) {
 }
 
 void add_inputs(const Verb& verb, ReportOptions& options) {
-    verb.option("TUNING", options.tuning, kTuningHelp).required();
-    verb.option("FRAMES", options.frames, kFramesHelp).required();
     verb.option("--against", options.against, "a second tuning, shown as B");
     verb.option("--page", options.page, "the page to put it into (default: the installed one)");
 }
@@ -87,6 +95,8 @@ void add_inputs(const Verb& verb, ReportOptions& options) {
 void add_report(const Verbs& verbs) {
     const auto options = std::make_shared<ReportOptions>();
     const Verb verb = verbs.add("report", "Put a tuning and a log into a page that shows them");
+    verb.option("TUNING", options->tuning, kTuningHelp).required();
+    verb.option("FRAMES", options->frames, kFramesHelp).required();
     add_inputs(verb, *options);
     verb.option("-o,--output", options->output, "HTML file, - is standard output").required();
     verb.flag("--force", options->force, "Overwrite a file that holds something");
@@ -101,12 +111,24 @@ void add_report(const Verbs& verbs) {
 void add_view(const Verbs& verbs) {
     const auto options = std::make_shared<ReportOptions>();
     const Verb verb = verbs.add("view", "Show a tuning and a log in the desktop's browser");
+    verb.option("TUNING", options->tuning, kTuningHelp).required();
+    verb.option("FRAMES", options->frames,
+                "frame log: CSV file or '-'; or what adb logcat prints, to be followed");
     add_inputs(verb, *options);
+    add_live_input(verb, options->follow.input);
+    verb.option("--port", options->follow.port, "where to serve the page that follows (0: any)")
+        .shows_default()
+        .range(0, 65535);
+    verb.flag("--no-browser", options->follow.no_browser, "tell the address of the page alone");
     verb.footer(
-        "Writes a report to the folder for temporary files, says where, and opens it.\n"
+        "Of a frame log: writes a report to the folder for temporary files, says where, and opens\n"
+        "it. Of a phone's log: serves a page that follows it to browsers of this machine alone,\n"
+        "until the log ends or Ctrl-C.\n"
         "\n"
         "Example:\n"
-        "  imgtune view phone.yaml walk.csv");
+        "  imgtune view phone.yaml walk.csv\n"
+        "  imgtune props | sh; adb logcat -v threadtime | imgtune view phone.yaml -\n"
+        "  imgtune view phone.yaml --demo");
     verb.run([options] { return run_view(*options); });
 }
 

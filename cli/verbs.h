@@ -32,6 +32,7 @@ void add_frames(const Verbs& verbs);
 void add_props(const Verbs& verbs);
 void add_schema(const Verbs& verbs);
 void add_verify(const Verbs& verbs);
+void add_watch(const Verbs& verbs);
 
 }  // namespace imgtune::cli
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "workbench/appearance/color_difference.h"
+#include "workbench/appearance/patches.h"
 #include "workbench/camera/camera.h"
 #include "workbench/findings/faults.h"
 #include "workbench/frames/frame_log.h"
@@ -82,6 +83,18 @@ inline Tuning read_tuning(const Json& files, std::string_view bytes, Faults& fau
 
 inline Json lab_json(const Lab& lab) {
     return Json::array({lab.lightness, lab.a, lab.b});
+}
+
+inline Json chart_json(const ChartError& error) {
+    Json list = Json::array();
+    for (std::size_t i = 0; i < error.patches.size(); ++i) {
+        const auto& patch = error.patches[i];
+        list.push_back({{"name", chart_patches()[i].name},
+                        {"reference", lab_json(patch.reference)},
+                        {"shown", lab_json(patch.actual)},
+                        {"difference", patch.difference}});
+    }
+    return {{"patches", list}, {"mean", error.mean}, {"largest", error.largest}};
 }
 
 }  // namespace imgtune::workbench::page

@@ -23,6 +23,7 @@ const std::pair<const char*, Engine::Method> Engine::kCommands[] = {
     {"plane", &Engine::plane},
     {"grid", &Engine::grid},
     {"patches", &Engine::patches},
+    {"append", &Engine::append},
     {"patchErrors", &Engine::patch_errors},
     {"diff", &Engine::diff},
 };
@@ -52,6 +53,8 @@ void Engine::forget_runs() {
     columns_ = {};
     summary_ = nullptr;
     running_.reset();
+    live_.reset();
+    first_frame_ = 0;
 }
 
 std::vector<Field> Engine::fields(const Json& names) const {
@@ -86,9 +89,11 @@ Answer Engine::answer_values(const Registers& registers) const {
 
 Camera Engine::camera_before(std::size_t frame) const {
     Camera camera = this->camera();
-    const std::size_t kept = frame / kFramesBetweenStates;
+    if (frame < first_frame_) throw BadInput("the frame was forgotten");
+    const std::size_t at = frame - first_frame_;
+    const std::size_t kept = at / kFramesBetweenStates;
     camera.set_state(states_.at(kept));
-    for (std::size_t i = kept * kFramesBetweenStates; i < frame; ++i) camera.run(frames_[i]);
+    for (std::size_t i = kept * kFramesBetweenStates; i < at; ++i) camera.run(frames_.at(i));
     return camera;
 }
 

@@ -43,6 +43,8 @@ class Engine {
     Answer targets(std::vector<Field> names);
     Answer values(const Json& arguments, std::string_view bytes);
     Answer summary(const Json& arguments, std::string_view bytes);
+    /// Frames of a live log behind those that there are: their columns, and all about the newest.
+    Answer append(const Json& arguments, std::string_view bytes);
     /// Mean, largest and every patch's difference of the chart over the log, at `most` frames or
     /// fewer.
     Answer patch_errors(const Json& arguments, std::string_view bytes);
@@ -61,6 +63,9 @@ class Engine {
     const Tuning& tuning() const;
     void require_ccm() const;
     void forget_runs();
+    void forget_frames_before(std::size_t frame);
+    /// As before the first frame that there is.
+    Camera first_camera() const;
     std::vector<Field> fields(const Json& names) const;
     RealMatrix matrix_of(const Registers& registers) const;
     Answer answer_values(const Registers& registers) const;
@@ -70,11 +75,14 @@ class Engine {
     std::unique_ptr<Camera> camera_;  ///< as after power-on
     std::array<std::vector<std::string>, 2> names_;
     std::vector<Frame> frames_;
+    std::size_t first_frame_ =
+        0;  ///< number of frames_[0]; of a live log, older ones were forgotten
     // Of the last whole run.
     std::vector<CameraState> states_;  ///< before every kFramesBetweenStates-th frame
     Columns columns_;
     Json summary_;
     std::unique_ptr<Run> running_;
+    std::unique_ptr<Run> live_;  ///< a run without an end
 };
 
 }  // namespace imgtune::workbench::page

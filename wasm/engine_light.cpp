@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "wasm/engine.h"
-#include "workbench/appearance/patches.h"
 #include "workbench/camera/locus.h"
 #include "workbench/json/explanation.h"
 #include "workbench/studies/explanation.h"
@@ -17,7 +16,7 @@ Answer Engine::explain(const Json& arguments, std::string_view) {
     if (arguments.contains("frame")) {
         const auto number = arguments.at("frame").get<std::size_t>();
         Camera camera = camera_before(number);
-        answer.json = to_json(explain_frame(camera, frames_.at(number)));
+        answer.json = to_json(explain_frame(camera, frames_.at(number - first_frame_)));
     } else {
         Camera camera = this->camera();
         answer.json = to_json(explain_at_rest(camera, frame_of(arguments.at("light"))));
@@ -72,7 +71,7 @@ Answer Engine::patches(const Json& arguments, std::string_view) {
     Registers shown;
     if (arguments.contains("frame")) {
         const auto number = arguments.at("frame").get<std::size_t>();
-        const Frame& frame = frames_.at(number);
+        const Frame& frame = frames_.at(number - first_frame_);
         Camera camera = camera_before(number);
         camera.run(frame);
         shown = camera.registers();
@@ -87,15 +86,7 @@ Answer Engine::patches(const Json& arguments, std::string_view) {
     }
     const ChartError error = chart_error(matrix_of(reference), matrix_of(shown));
     Answer answer;
-    Json list = Json::array();
-    for (std::size_t i = 0; i < error.patches.size(); ++i) {
-        const auto& patch = error.patches[i];
-        list.push_back({{"name", chart_patches()[i].name},
-                        {"reference", lab_json(patch.reference)},
-                        {"shown", lab_json(patch.actual)},
-                        {"difference", patch.difference}});
-    }
-    answer.json = {{"patches", list}, {"mean", error.mean}, {"largest", error.largest}};
+    answer.json = chart_json(error);
     return answer;
 }
 

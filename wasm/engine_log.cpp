@@ -71,7 +71,7 @@ Answer Engine::columns(const Json& arguments, std::string_view) {
         if (columns_.find(field.name) == nullptr) missing.fields.push_back(field);
     }
     if (!missing.fields.empty()) {
-        Camera camera = this->camera();
+        Camera camera = first_camera();
         for (const Frame& frame : frames_) {
             camera.run(frame);
             missing.add(camera);
@@ -80,6 +80,7 @@ Answer Engine::columns(const Json& arguments, std::string_view) {
     }
     Answer answer;
     for (const std::string& name : arguments.at("names")) answer.add(*columns_.find(name));
+    if (live_) columns_ = {};  // more frames come
     return answer;
 }
 
@@ -98,13 +99,13 @@ Answer Engine::targets(std::vector<Field> names) {
 Answer Engine::values(const Json& arguments, std::string_view) {
     const auto number = arguments.at("frame").get<std::size_t>();
     Camera camera = camera_before(number);
-    camera.run(frames_.at(number));
+    camera.run(frames_.at(number - first_frame_));
     return answer_values(camera.registers());
 }
 
 Answer Engine::summary(const Json&, std::string_view) {
     Answer answer;
-    answer.json = summary_;
+    answer.json = live_ ? to_json(live_->summary.so_far()) : summary_;
     return answer;
 }
 
@@ -116,7 +117,7 @@ Answer Engine::patch_errors(const Json& arguments, std::string_view) {
     std::vector<double> mean;
     std::vector<double> largest;
     std::array<std::vector<double>, std::tuple_size_v<decltype(ChartError::patches)>> patches;
-    Camera camera = this->camera();
+    Camera camera = first_camera();
     for (std::size_t i = 0; i < frames_.size(); ++i) {
         camera.run(frames_[i]);
         if (i % step != 0) continue;
@@ -124,7 +125,7 @@ Answer Engine::patch_errors(const Json& arguments, std::string_view) {
         run_to_rest(resting, frames_[i]);
         const ChartError error =
             chart_error(matrix_of(resting.registers()), matrix_of(camera.registers()));
-        number.push_back(static_cast<double>(i));
+        number.push_back(static_cast<double>(first_frame_ + i));
         mean.push_back(error.mean);
         largest.push_back(error.largest);
         for (std::size_t k = 0; k < patches.size(); ++k) {

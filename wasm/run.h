@@ -63,7 +63,7 @@ struct Run {
     void add(const Frame& frame) {
         if (frames % kFramesBetweenStates == 0) states.push_back(camera.state());
         camera.run(frame);
-        summary.add(++frames, frame, camera);
+        summary.add(before + ++frames, frame, camera);
         columns.add(camera);
     }
 
@@ -71,6 +71,7 @@ struct Run {
     Summary summary;
     Columns columns;
     std::vector<CameraState> states;
+    std::size_t before = 0;  ///< frames that it does not know, for their numbers
     std::size_t frames = 0;
 };
 

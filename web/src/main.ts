@@ -19,6 +19,8 @@ import { tuningPanel } from "./panels/tuning";
 import { whyPanel } from "./panels/why";
 import { Session } from "./session";
 import { Store } from "./store";
+import { liveBar } from "./live/bar";
+import { follow } from "./live/follow";
 
 const firstTuning = "imx477-polynomial.yaml";
 const sparePause = 500; // ms, which belong to what was just asked for
@@ -77,6 +79,7 @@ async function main(): Promise<void> {
   append(app, [
     header(session, samples),
     messages(session),
+    liveBar(session).element,
     scrubber(session).element,
     h(
       "main",
@@ -99,6 +102,7 @@ async function main(): Promise<void> {
   if (!store.state.log) store.set({ follow: "light" });
   if (!store.state.freeGain) await session.gainsOnLocus();
   document.documentElement.dataset["ready"] = "true";
+  if (report["live"] !== undefined) follow(session, report["live"]);
   standing = true;
   setTimeout(startSpare, sparePause);
 }

@@ -32,8 +32,8 @@ export class Session {
   ) {
     this.engines = { a: newEngine(), b: newEngine() };
     const refresh = this.oneAtATime(() => this.fetchSelected());
-    store.watch(["frame", "light", "follow", "a", "b", "log"], (state, before) => {
-      const moved = state.frame !== before.frame && state.follow === "log";
+    store.watch(["frame", "light", "follow", "a", "b", "log", "live"], (state, before) => {
+      const moved = (state.frame !== before.frame || state.live?.following !== before.live?.following) && state.follow === "log";
       const other = state.light !== before.light && state.follow === "light";
       const tuned =
         state.a?.info !== before.a?.info ||
@@ -42,7 +42,8 @@ export class Session {
         state.b?.summary !== before.b?.summary;
       if (moved || other || tuned || state.follow !== before.follow) refresh();
     });
-    store.watch(["fields"], () => {
+    store.watch(["fields"], ({ live }) => {
+      if (live) return; // it has the columns that it appends
       for (const name of sideNames) void this.fetchColumns(name).catch((error: unknown) => this.unanswered(error));
     });
     let timer = 0;
@@ -190,6 +191,7 @@ export class Session {
 
   async loadLog(file: NamedBytes): Promise<boolean> {
     this.loadingLog = true;
+    this.store.set({ live: null }); // it is left
     try {
       const log = await this.readLog(file);
       this.loadingLog = false;
@@ -276,7 +278,7 @@ export class Session {
     }
   }
 
-  private fieldsOf(info: TuningInfo): string[] {
+  fieldsOf(info: TuningInfo): string[] {
     const known = new Set([
       ...(info.hasCcm ? Array.from({ length: 9 }, (_, k) => `c${k}`) : []),
       ...(info.hasColor ? info.colorNames : []),
@@ -286,6 +288,7 @@ export class Session {
 
   /** Columns that are shown and not there yet, what each frame asks for, and the colour error. */
   private async complete(name: SideName): Promise<void> {
+    if (this.store.state.live) return;
     await this.fetchColumns(name);
     const side = this.store.state[name];
     if (!side?.info.hasCcm || side.columns.size === 0 || side.errors) return;
@@ -320,11 +323,16 @@ export class Session {
     }
   }
 
-  /** What drives the panels; null while no frame of the log has registers. */
+  /** What drives the panels; null while no frame of the log has registers, or a live log brings its own. */
   private place(side: Side): At | null {
-    const { follow, frame, light, log } = this.store.state;
+    const { follow, frame, light, log, live } = this.store.state;
     if (follow === "light" || !log) return { light };
-    return this.loadingLog || side.summary === null ? null : { frame };
+    return this.loadingLog || live?.following || side.summary === null ? null : { frame: log.first - 1 + frame };
+  }
+
+  /** For a live log, which appends to it. */
+  engineOf(name: SideName): Engine {
+    return this.engines[name];
   }
 
   private async fetchSelected(): Promise<void> {
@@ -345,7 +353,7 @@ export class Session {
     if ("frame" in at) {
       const [now, before, answer] = await Promise.all([
         engine.valuesAt(at.frame),
-        at.frame > 0 ? engine.valuesAt(at.frame - 1) : null,
+        this.store.state.frame > 0 ? engine.valuesAt(at.frame - 1) : null,
         engine.light(frameOf(this.store.state)),
       ]);
       registers = { now, before, target: answer.target, rest: null };

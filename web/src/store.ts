@@ -44,6 +44,17 @@ export interface Side {
   selected: Selected | null;
 }
 
+/** A log that comes as it is written. */
+export interface LiveState {
+  following: boolean; // the panels show the newest frame
+  connected: boolean;
+  ended: boolean;
+  received: number; // frames
+  perSecond: number | null;
+  missed: number; // frames that were not sent
+  verify: Json; // how phone and desk agree so far; null: not told yet
+}
+
 export interface Fault {
   title: string;
   text: string;
@@ -71,6 +82,7 @@ export interface State {
   editing: readonly Finding[]; // of the text in the editor
   draft: string | null; // that text, once it was edited
   busy: { text: string; done: number; total: number } | null;
+  live: LiveState | null;
 }
 
 export const initialState: State = {
@@ -108,6 +120,7 @@ export const initialState: State = {
   editing: [],
   draft: null,
   busy: null,
+  live: null,
 };
 
 export class Store {
@@ -148,12 +161,15 @@ export function frameOf(state: State): Frame {
   return frame;
 }
 
+/** The number of the frame that is chosen, from 1. */
+export const numberOf = (state: State): number => (state.log?.first ?? 1) + state.frame;
+
 /** The part of the state that a link carries. */
 export function toAddress(state: State): string {
   const { light } = state;
   const parts: Record<string, string> = {
     follow: state.follow,
-    frame: String(state.frame + 1),
+    frame: String(numberOf(state)),
     light: Object.values(light).join(","),
     free: state.freeGain ? "1" : "0",
     fields: state.fields.join(","),

@@ -46,6 +46,11 @@ std::size_t FileSource::read(char* into, std::size_t room) {
     return static_cast<std::size_t>(count);
 }
 
+bool FileSource::comes_within(std::chrono::milliseconds time) {
+    pollfd ready{file_, POLLIN, 0};
+    return poll(&ready, 1, static_cast<int>(time.count())) != 0;
+}
+
 bool holds_frame_log(const std::string& path) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;

@@ -17,11 +17,14 @@ class FileSource : public ByteSource {
     ~FileSource() override;
 
     std::size_t read(char* into, std::size_t room) override;
+    bool comes_within(std::chrono::milliseconds time) override;
     std::uint64_t size() const override { return size_; }
 
     /// Is called whenever the bytes to come are still being waited for, as of a live pipe: time to
     /// hand on what the bytes so far gave.
     void before_waiting(std::function<void()> action) { before_waiting_ = std::move(action); }
+
+    int file() const { return file_; }  ///< to be waited for
 
     /// What messages call it: the path, or "standard input".
     const std::string& name() const { return name_; }

@@ -76,8 +76,8 @@ ReportFile tuning_for_report(const std::string& path) {
     return {name, yaml};
 }
 
-ReportFile frames_for_report(const std::string& path) {
-    ReportFile file{name_of(path), read_text(path, kLargestLog)};
+ReportFile frames_for_report(const std::string& path, const std::string& ahead) {
+    ReportFile file{name_of(path), ahead + read_text(path, kLargestLog)};
     if (file.text.size() > kLargestLog) {
         throw BadInput(fmt::format("{}: more than {} MB: larger than the page can open", file.name,
                                    kLargestLog >> 20U));
@@ -104,16 +104,20 @@ std::string find_page() {
 }
 
 std::string make_report(const std::string& page, const ReportFile& tuning,
-                        const std::optional<ReportFile>& against, const ReportFile& frames) {
+                        const std::optional<ReportFile>& against,
+                        const std::optional<ReportFile>& frames) {
     std::string html = read_text(page, kLargestPage);
     const std::size_t place = html.find(kPlace);
     if (place == std::string::npos || html.size() > kLargestPage) {
         throw BadInput(fmt::format("{}: not the page, or one that holds a report already", page));
     }
-    nlohmann::ordered_json json = {{"tuning", tuning.text},
-                                   {"tuning_name", tuning.name},
-                                   {"frames", frames.text},
-                                   {"frames_name", frames.name}};
+    nlohmann::ordered_json json = {{"tuning", tuning.text}, {"tuning_name", tuning.name}};
+    if (frames) {
+        json["frames"] = frames->text;
+        json["frames_name"] = frames->name;
+    } else {
+        json["live"] = "frames";  // where it gets them, beside its own address
+    }
     if (against) {
         json["against"] = against->text;
         json["against_name"] = against->name;

@@ -19,16 +19,19 @@ struct ReportFile {
 /// cannot be read.
 ReportFile tuning_for_report(const std::string& path);
 
-/// A frame log. Throws BadInput where it cannot be read, or has no frames.
-ReportFile frames_for_report(const std::string& path);
+/// A frame log. Throws BadInput where it cannot be read, or has no frames. `ahead`: what of its
+/// text was read before.
+ReportFile frames_for_report(const std::string& path, const std::string& ahead = {});
 
 /// Where the page stands that belongs to this program: installed, or in the build's folder. Throws
 /// BadInput when it is nowhere.
 std::string find_page();
 
-/// The page of that file, with these inside. Throws BadInput when it is no such page.
+/// The page of that file, with these inside; without frames, it follows the live log of the server
+/// that hands it out. Throws BadInput when it is no such page.
 std::string make_report(const std::string& page, const ReportFile& tuning,
-                        const std::optional<ReportFile>& against, const ReportFile& frames);
+                        const std::optional<ReportFile>& against,
+                        const std::optional<ReportFile>& frames);
 
 }  // namespace imgtune::workbench
 

@@ -277,6 +277,12 @@ Json to_json(const SummaryRecord& record) {
     return json;
 }
 
+Json to_json(const LightChange& change, Jobs jobs) {
+    SummaryRecord record;
+    record.jobs = jobs;
+    return to_json(record, change);
+}
+
 Json row_to_json(SummaryRecord record) {
     const auto most = [&record](Restlessness by) {
         const std::vector<FieldMotion> moved = restless_fields(record, by);

@@ -139,6 +139,20 @@ SummaryRecord Summary::finish() {
     return std::move(record_);
 }
 
+const LightChange& Summary::change() {
+    if (judge_.is_judged()) change_.settling = judge_.verdicts();
+    return change_;
+}
+
+SummaryRecord Summary::so_far() const {
+    SummaryRecord record = record_;
+    record.fields = motions_.motions();
+    for (std::size_t job = 0; job < settle_counts_.size(); ++job) {
+        record.settling[job].median_frames = median(settle_counts_[job]);
+    }
+    return record;
+}
+
 void Summary::note_clipping(std::uint64_t number, const Frame& frame) {
     const Clipping end = find_clipping(probe_.tuning(), frame);
     if (end != Clipping::none) {

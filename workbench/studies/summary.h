@@ -127,6 +127,14 @@ class Summary {
     /// After the last frame.
     SummaryRecord finish();
 
+    /// The change at hand. Its settling is told once the light has held long enough to be judged by
+    /// (hold_frames), and until then not run.
+    const LightChange& change();
+    bool in_cold_start() const { return in_cold_start_; }  ///< that change is the start
+
+    /// What finish() would tell but for the change at hand; the gathering goes on.
+    SummaryRecord so_far() const;
+
   private:
     void note_clipping(std::uint64_t number, const Frame& frame);
     void note_turn(std::uint64_t number);

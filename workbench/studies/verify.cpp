@@ -14,6 +14,22 @@ namespace {
 
 constexpr const char* kLockProperty = "debug.smooth_color.lock";
 
+/// A property's value while it lives.
+class HeldProperty {
+  public:
+    HeldProperty(const char* name, const char* value) : name_(name) {
+        property_get(name, before_, "0");
+        property_set(name, value);
+    }
+    ~HeldProperty() { property_set(name_, before_); }
+    HeldProperty(const HeldProperty&) = delete;
+    HeldProperty& operator=(const HeldProperty&) = delete;
+
+  private:
+    const char* name_;
+    char before_[PROPERTY_VALUE_MAX] = {};
+};
+
 Frame frame_of(const TracedFrame& traced) {
     FrameValues values{};
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = traced.values[i].value_or(0);
@@ -69,27 +85,11 @@ bool is_averaged(std::string_view label) {
 }  // namespace
 
 Verifier::Verifier(const Tuning& tuning)
-    : tuning_(tuning),
-      ccm_(tuning, {true, false}),
-      color_(tuning, {false, true}),
-      capture_(trace_switches(false)) {
-    char value[PROPERTY_VALUE_MAX] = {};
-    property_get(kLockProperty, value, "0");
-    lock_before_ = value;
-    property_set(kLockProperty, "0");
-}
-
-Verifier::~Verifier() {
-    property_set(kLockProperty, lock_before_.c_str());
-}
-
-void Verifier::set_lock(bool on) {
-    if (on == locked_) return;
-    locked_ = on;
-    property_set(kLockProperty, on ? "1" : "0");
-}
+    : tuning_(tuning), ccm_(tuning, {true, false}), color_(tuning, {false, true}) {}
 
 void Verifier::add(const TracedFrame& traced) {
+    TraceCapture capture(trace_switches(false));
+    capture_ = &capture;
     ++result_.frames;
     const Frame frame = frame_of(traced);
     // In the order of the log, so that the first difference is the log's first.
@@ -99,18 +99,19 @@ void Verifier::add(const TracedFrame& traced) {
     if (traced.ccm) equal = verify_ccm(traced, frame) && equal;
     if (traced.color && !color_first) equal = verify_color(traced, frame) && equal;
     if (!equal) ++result_.differing_frames;
+    capture_ = nullptr;
 }
 
 bool Verifier::compare(const TracedCall& call,
                        const std::function<bool(const TraceLine&)>& left_out) {
-    const LinesComparison comparison = compare_traces(call.lines, capture_.lines(), left_out);
+    const LinesComparison comparison = compare_traces(call.lines, capture_->lines(), left_out);
     result_.lines += comparison.compared;
     result_.missing_lines += comparison.missing;
     if (comparison.differing.empty()) return true;
     if (!result_.first) {
         const auto& [line, desk] = comparison.differing.front();
         const LineDifference first =
-            desk ? differences_of(line, call.lines[line], capture_.lines()[*desk]).front()
+            desk ? differences_of(line, call.lines[line], capture_->lines()[*desk]).front()
                  : LineDifference{line, 0, std::string(trace_label(call.lines[line])),
                                   call.lines[line], ""};
         result_.first = {result_.frames,
@@ -138,7 +139,7 @@ void Verifier::find_fields(const TracedCall& call, const LinesComparison& compar
     bool told = false;
     for (const auto& [line, desk] : comparison.differing) {
         if (!desk) continue;
-        const std::string& at_desk = capture_.lines()[*desk];
+        const std::string& at_desk = capture_->lines()[*desk];
         const auto differences = differences_of(line, call.lines[line], at_desk);
         const LikelyCause cause = likely_cause(call, differences.front(), alone);
         if (cause.cause != TraceCause::tuning) continue;
@@ -251,7 +252,7 @@ bool Verifier::verify_ccm(const TracedFrame& traced, const Frame& frame) {
     ++result_.ccm_calls;
     const bool known = enter_ring(*traced.ccm);
     const CameraState before = ccm_.state();
-    capture_.lines().clear();
+    capture_->lines().clear();
     ccm_.run(frame);
     const bool open = is_beyond_highest(*traced.ccm, tuning_.ccm.i4NumCT);
     const bool equal = compare(*traced.ccm, [&](const TraceLine& line) {
@@ -296,13 +297,14 @@ bool Verifier::verify_color(const TracedFrame& traced, const Frame& frame) {
         ++result_.state_taken;
     }
     ++result_.color_calls;
-    set_lock(Trace(call.lines).has(color_label::kLocked));
-    if (settles && !locked_) output_known_.fill(true);
+    const bool locked = Trace(call.lines).has(color_label::kLocked);
+    const HeldProperty lock(kLockProperty, locked ? "1" : "0");
+    if (settles && !locked) output_known_.fill(true);
 
     CameraState state = color_.state();
     state.boot = static_cast<std::int32_t>(traced.color_inputs.boot);
     color_.set_state(state);
-    capture_.lines().clear();
+    capture_->lines().clear();
     color_.run(frame, bracket);
     const bool equal = compare(call, [&](const TraceLine& line) {
         return line.color != nullptr && line.color->moves && line.stage == Stage::written &&

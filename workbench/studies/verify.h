@@ -58,14 +58,16 @@ struct Verification {
 /// phone's. The state that the phone's camera had before the log begins, and wherever the log
 /// reports lost lines, the camera starts anew or a difference was found, is taken from the trace as
 /// far as that says: the ring from its own lines, the colour engine's values from the last frame's.
+/// The traces are on while a frame is added and at no other time.
 class Verifier {
   public:
     explicit Verifier(const Tuning& tuning);
-    ~Verifier();
 
     void add(const TracedFrame& frame);
     /// Of the frames so far.
     Verification result() const;
+    /// The same without what no frame used, at no cost.
+    const Verification& so_far() const { return result_; }
 
   private:
     /// The two lines of a call that tell the ring.
@@ -86,7 +88,6 @@ class Verifier {
     bool enter_ring(const TracedCall& call);
     bool fits(const CameraState& state, const Ring& ring) const;
     void take_outputs(const TracedCall& call, bool all);
-    void set_lock(bool on);
     bool compare(const TracedCall& call, const std::function<bool(const TraceLine&)>& left_out);
     void find_fields(const TracedCall& call, const LinesComparison& comparison);
     void note_use(const TracedCall& call, const ColorInputs& inputs);
@@ -94,14 +95,12 @@ class Verifier {
     Tuning tuning_;
     Camera ccm_;
     Camera color_;
-    TraceCapture capture_;
+    TraceCapture* capture_ = nullptr;  ///< of the frame that is being added
     bool ring_known_ = false;
     std::optional<CameraState> other_ring_;  ///< if the phone's ring index is the other one
     std::array<bool, std::size(kColorLines)> output_known_{};  ///< of those that move
     std::set<std::string> told_;  ///< differing lines whose fields are known
     Used used_;
-    std::string lock_before_;
-    bool locked_ = false;
     Verification result_;
 };
 

@@ -2,6 +2,7 @@
 #define IMGTUNE_WORKBENCH_TEXT_BYTE_SOURCE_H
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -18,6 +19,10 @@ class ByteSource {
 
     /// Up to `room` bytes; 0 at the end. Throws BadInput when they cannot be read.
     virtual std::size_t read(char* into, std::size_t room) = 0;
+
+    /// Whether read() would return now or after waiting so long: false where the bytes to come are
+    /// still being waited for, as of a live pipe.
+    virtual bool comes_within(std::chrono::milliseconds) { return true; }
 
     /// All bytes that there are; 0 when not known.
     virtual std::uint64_t size() const { return 0; }

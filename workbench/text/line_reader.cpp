@@ -35,6 +35,19 @@ bool LineReader::fill() {
     return !ended_;
 }
 
+bool LineReader::waits(std::chrono::milliseconds time) {
+    for (std::size_t searched = 0; !ended_;) {
+        const std::size_t held = end_ - begin_;
+        if (held > kLongestLine) return false;
+        const char* const start = buffer_.data() + begin_;
+        if (std::memchr(start + searched, '\n', held - searched) != nullptr) return false;
+        searched = held;
+        if (!source_.comes_within(time)) return true;
+        fill();
+    }
+    return false;
+}
+
 bool LineReader::next(std::string_view& text) {
     constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
     if (line_ == 0) {

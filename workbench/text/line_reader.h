@@ -1,6 +1,7 @@
 #ifndef IMGTUNE_WORKBENCH_TEXT_LINE_READER_H
 #define IMGTUNE_WORKBENCH_TEXT_LINE_READER_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -21,6 +22,9 @@ class LineReader {
     /// The next line without its end (LF or CRLF), valid until the next call; false at the end. A
     /// line of more than kLongestLine bytes is cut there, and the rest is the next line.
     bool next(std::string_view& text);
+
+    /// Whether the next line, or the end, is still being waited for after that time.
+    bool waits(std::chrono::milliseconds time);
 
     std::uint64_t line() const { return line_; }       ///< number of the last line, from 1
     bool too_long() const { return too_long_; }        ///< the last line was cut

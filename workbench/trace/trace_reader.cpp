@@ -14,6 +14,10 @@ constexpr std::string_view kLossTag = "chatty";  // the log daemon's report of l
 constexpr std::size_t kMostStreams = 64;
 constexpr std::size_t kMostLines = 512;  // of a call; the library writes some 300 at most
 
+/// A call's lines come within microseconds of each other, a frame's calls after milliseconds.
+constexpr std::chrono::milliseconds kPause{5};
+constexpr std::size_t kMostEndings = 8;
+
 bool begins_call(std::string_view label, TracedJob job) {
     return label == (job == TracedJob::color ? color_label::kBracket : ccm_label::kFullGain);
 }
@@ -34,6 +38,10 @@ bool is_trace(std::string_view message, std::string_view label) {
 bool TraceReader::next(TracedCall& call) {
     std::string_view text;
     while (ended_.empty() && !at_end_) {
+        if (any_may_end_ && lines_.waits(kPause)) {
+            end_what_may();
+            continue;
+        }
         if (lines_.next(text)) {
             ++totals_.lines;
             take(text);
@@ -89,9 +97,15 @@ void TraceReader::take_message(const LogcatLine& line) {
     if (begins_call(label, job)) begin(stream, job, line);
     if (!stream.open || stream.open->job != job || stream.open->lines.size() >= kMostLines) {
         ++totals_.stray_lines;
+        if (job == TracedJob::color) unlearn_ending(stream);
         return;
     }
     stream.open->lines.emplace_back(line.message);
+    if (job == TracedJob::color && !stream.endings.empty()) {
+        stream.may_end = std::find(stream.endings.begin(), stream.endings.end(), label) !=
+                         stream.endings.end();
+        any_may_end_ |= stream.may_end;
+    }
     // What ends a log without a line end may be cut: closed at the end, where that is known.
     if (ends_call(label, job) && lines_.ended_whole()) close(stream);
 }
@@ -111,8 +125,33 @@ void TraceReader::take_loss(const LogcatLine& line) {
     }
 }
 
+/// The open call was whole: what it ended with may end others.
+void TraceReader::learn_ending(Stream& stream) {
+    if (!stream.open || stream.open->job != TracedJob::color || stream.open->lost_lines) return;
+    const std::string_view label = trace_label(stream.open->lines.back());
+    const bool known = std::find(stream.endings.begin(), stream.endings.end(), label) !=
+                       stream.endings.end();
+    if (!known && stream.endings.size() < kMostEndings) stream.endings.emplace_back(label);
+}
+
+/// More lines came after a pause: another switch was turned on.
+void TraceReader::unlearn_ending(Stream& stream) {
+    std::erase(stream.endings, std::exchange(stream.ended_by, {}));
+}
+
+void TraceReader::end_what_may() {
+    any_may_end_ = false;
+    for (auto& [writer, stream] : streams_) {
+        if (!stream.open || !stream.may_end) continue;
+        stream.ended_by = trace_label(stream.open->lines.back());
+        close(stream);
+    }
+}
+
 void TraceReader::begin(Stream& stream, TracedJob job, const LogcatLine& line) {
+    learn_ending(stream);
     close(stream);
+    stream.ended_by.clear();
     TracedCall& call = stream.open.emplace();
     call.job = job;
     call.writer = line.writer;
@@ -125,6 +164,7 @@ void TraceReader::close(Stream& stream) {
     if (!stream.open) return;
     ended_.push_back(std::move(*stream.open));
     stream.open.reset();
+    stream.may_end = false;
 }
 
 TraceReader::Stream& TraceReader::stream_of(const LogWriter& writer) {

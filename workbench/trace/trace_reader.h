@@ -37,6 +37,10 @@ struct TraceTotals {
 
 /// Reads the library's trace out of a device's log, in constant memory whatever its length: the
 /// forms of parse_logcat_line and long, lines of other tags and writers between.
+///
+/// With some switches alone the last line of a colour call says nothing of its being the last: the
+/// call ends where its writer begins the next one, or where such a call ended before and the source
+/// pauses, so that of a live log no call waits for the next.
 class TraceReader {
   public:
     /// The source stays the caller's.
@@ -51,6 +55,9 @@ class TraceReader {
     struct Stream {
         std::optional<TracedCall> open;
         std::array<bool, 2> lost_lines{};  ///< before the next call of each job
+        std::vector<std::string> endings;  ///< labels of lines that were a colour call's last
+        std::string ended_by;              ///< one of them, after which a pause ended the call
+        bool may_end = false;              ///< the open call, with the line that it has last
         std::uint64_t used = 0;            ///< line of the log
     };
 
@@ -62,6 +69,9 @@ class TraceReader {
     void take(std::string_view text);
     void take_message(const LogcatLine& line);
     void take_loss(const LogcatLine& line);
+    void learn_ending(Stream& stream);
+    void unlearn_ending(Stream& stream);
+    void end_what_may();
     void begin(Stream& stream, TracedJob job, const LogcatLine& line);
     void close(Stream& stream);
     Stream& stream_of(const LogWriter& writer);
@@ -71,6 +81,7 @@ class TraceReader {
     std::map<LogWriter, Stream> streams_;
     std::deque<TracedCall> ended_;
     std::optional<LongHeader> long_header_;  ///< its lines follow
+    bool any_may_end_ = false;
     bool at_end_ = false;
 };
 

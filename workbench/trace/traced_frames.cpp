@@ -12,6 +12,7 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr std::size_t kMostOthers = 64;
+constexpr std::uint64_t kAloneForAWhile = 8;  // frames
 
 using Values = std::array<std::optional<std::int64_t>, kFrameColumns.size()>;
 
@@ -100,11 +101,23 @@ void TracedFrames::add(TracedCall&& call) {
     }
     const bool joins =
         open_ && !(is_ccm ? open_->ccm : open_->color) && agree(open_->values, values);
-    if (open_ && !joins) ended_.push_back(*std::exchange(open_, std::nullopt));
+    if (open_ && !joins) end_frame();
+    // The other job's after all: this call's frame is out already, and the next one's is its own.
+    const bool late = alone_ >= kAloneForAWhile && call.job != alone_job_;
+    const bool at_once = alone_ >= kAloneForAWhile;
     if (!open_) open_.emplace();
     if (!is_ccm) open_->color_inputs = inputs;
     join(*open_, values, std::move(call));
-    if (open_->ccm && open_->color) ended_.push_back(*std::exchange(open_, std::nullopt));
+    if (at_once || (open_->ccm && open_->color)) end_frame();
+    if (late) alone_ = 0;
+}
+
+void TracedFrames::end_frame() {
+    const TracedJob job = open_->first().job;
+    const bool alone = !open_->ccm || !open_->color;
+    alone_ = !alone ? 0 : job == alone_job_ ? alone_ + 1 : 1;
+    alone_job_ = job;
+    ended_.push_back(*std::exchange(open_, std::nullopt));
 }
 
 bool TracedFrames::next(TracedFrame& frame) {

@@ -55,7 +55,9 @@ struct TracedWriter {
 };
 
 /// Streaming reader of one camera's frames out of a device's log. A call joins the call before it
-/// into one frame when the other job wrote that one, at the same light value and flash.
+/// into one frame when the other job wrote that one, at the same light value and flash. Where one
+/// job has traced alone for a while, its call is a frame at once: of a live log none waits for the
+/// next.
 class TracedFrames {
   public:
     /// No choice: the first writer that traces a whole call. The source stays the caller's.
@@ -78,12 +80,15 @@ class TracedFrames {
   private:
     bool belongs(const LogWriter& writer);
     void add(TracedCall&& call);
+    void end_frame();
 
     TraceReader calls_;
     std::optional<CameraChoice> camera_;
     std::map<LogWriter, std::uint64_t> others_;
     std::uint64_t unusable_ = 0;
     std::optional<TracedFrame> open_;
+    std::uint64_t alone_ = 0;  ///< frames of one call, and of the same job, one after the other
+    TracedJob alone_job_ = TracedJob::ccm;
     std::deque<TracedFrame> ended_;
 };
 

@@ -1,7 +1,7 @@
 // When panels draw: what is in sight at the next refresh of the screen, however often it was asked
 // for until then, the first ones first; the others one at a time once nothing has changed for a while.
 const pause = 120; // ms without a change
-const share = 8; // ms of a refresh
+let share = 8; // ms of a refresh
 
 interface Drawing {
   element: HTMLElement;
@@ -45,7 +45,22 @@ function drawInSight(): void {
   }
   turn = 0;
   asked = false;
+  for (const tell of waiting.splice(0)) tell();
 }
+
+const waiting: (() => void)[] = [];
+
+/** When all in sight that was asked for is drawn; nothing is drawn while the page is hidden. */
+export const whenDrawn = (): Promise<void> =>
+  new Promise((resolve) => {
+    if (!asked) resolve();
+    else waiting.push(resolve);
+  });
+
+/** How much of a refresh drawing may take; the page answers in the rest. */
+export const setShare = (ms: number): void => {
+  share = ms;
+};
 
 function drawOneOutOfSight(): void {
   const next = all.find((each) => each.due && !inSight.has(each.element));

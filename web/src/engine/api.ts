@@ -62,6 +62,7 @@ export type Frame = Record<FrameColumn, number>;
 
 export interface FrameLog {
   name: string;
+  first: number; // number of its first frame; above 1 where older ones of a live log are left out
   count: number;
   columns: Record<FrameColumn, Float64Array>;
   findings: Finding[];
@@ -116,6 +117,18 @@ export interface PatchErrors {
   mean: Float64Array;
   largest: Float64Array;
   patches: Float64Array[]; // each patch of the chart
+}
+
+/** Frames of a live log, run behind those before them: columns of the fields, and the newest frame. */
+export interface Appended {
+  done: number; // frames so far, with those that were left out
+  now: Values;
+  before: Values;
+  target: Values;
+  actual: Int32Array[];
+  asked: Int32Array[];
+  patches: Patches | null;
+  explanation: Json;
 }
 
 export interface FieldDifference {

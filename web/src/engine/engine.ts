@@ -2,6 +2,7 @@ import {
   EngineClosed,
   EngineError,
   frameColumns,
+  type Appended,
   type At,
   type FieldDifference,
   type Finding,
@@ -104,7 +105,7 @@ export class Engine {
     const columns = {} as Record<FrameColumn, Float64Array>;
     frameColumns.forEach((column, i) => (columns[column] = new Float64Array(response.blobs[i]!)));
     this.frames = ok.count;
-    return { name, count: ok.count, findings: ok.findings, columns };
+    return { name, first: 1, count: ok.count, findings: ok.findings, columns };
   }
 
   /** Of a log whose columns are known. */
@@ -128,6 +129,27 @@ export class Engine {
       progress?.(Math.min(this.frames, begin + framesInChunk), this.frames);
     }
     return true;
+  }
+
+  /**
+   * Frames of a live log: `rows` in the order of frameColumns, one frame after the other. `begin` is the
+   * number of the first one, from 0; `keep` the oldest that is still to be asked for.
+   */
+  async append(rows: Float64Array, names: string[], begin: number, start: boolean, keep: number): Promise<Appended> {
+    const bytes = new Uint8Array(rows.buffer, rows.byteOffset, rows.byteLength);
+    const { ok, blobs } = await this.send("append", { names, begin, start, keep }, bytes);
+    const { done, patches, explanation } = ok as Pick<Appended, "done" | "patches" | "explanation">;
+    const columns = blobs.slice(6).map((blob) => new Int32Array(blob));
+    return {
+      done,
+      patches,
+      explanation,
+      now: values(blobs, 0),
+      before: values(blobs, 2),
+      target: values(blobs, 4),
+      actual: columns.slice(0, names.length),
+      asked: columns.slice(names.length),
+    };
   }
 
   cancel(): void {

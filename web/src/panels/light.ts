@@ -1,7 +1,7 @@
 import { button, counted, fill, h, shortened } from "../dom";
 import { whenDue } from "../draw/schedule";
 import type { Frame, FrameColumn } from "../engine/api";
-import { frameOf, type Side, type State } from "../store";
+import { frameOf, numberOf, type Side, type State } from "../store";
 import { gainText, panel, signed, type MakePanel } from "./panel";
 
 const profiles = 16;
@@ -59,7 +59,7 @@ export const lightPanel: MakePanel = (session) => {
     profile.value = String(frame.profile);
     const onLog = state.follow === "log" && state.log !== null;
     source.textContent = onLog
-      ? `Frame ${state.frame + 1} of ${state.log!.count}. Moving a control leaves the log for free light.`
+      ? `Frame ${numberOf(state)} of ${state.log!.first - 1 + state.log!.count}. Moving a control leaves the log for free light.`
       : "Free light: where the camera comes to rest from power-on when this light stays.";
     locus.hidden = onLog || !state.freeGain;
     useFrame.hidden = !onLog;
@@ -107,7 +107,7 @@ function matrixTable(side: Side | null, name: "a" | "b", state: State): HTMLElem
     ? rest.ccmStill
       ? `at rest after ${counted(rest.ccm, "frame")}`
       : "never rests"
-    : `frame ${state.frame + 1}`;
+    : `frame ${numberOf(state)}`;
   return h(
     "table",
     { class: "matrix side-" + name },

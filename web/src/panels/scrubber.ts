@@ -1,7 +1,7 @@
 import { button, h, onFrame } from "../dom";
 import { colors } from "../draw/theme";
 import { factorOf, scaled } from "../draw/zoom";
-import type { State } from "../store";
+import { numberOf, type State } from "../store";
 import { landmarks, spans } from "./summary";
 import type { MakePanel } from "./panel";
 
@@ -76,8 +76,8 @@ export const scrubber: MakePanel = (session) => {
     if (zoom) {
       g.fillStyle = c.quiet; // what the plots below leave out
       g.globalAlpha = 0.3;
-      g.fillRect(0, 0, x(zoom[0] - 1), height);
-      g.fillRect(x(zoom[1] - 1), 0, width - x(zoom[1] - 1), height);
+      g.fillRect(0, 0, x(zoom[0] - log.first), height);
+      g.fillRect(x(zoom[1] - log.first), 0, width - x(zoom[1] - log.first), height);
       g.globalAlpha = 1;
     }
     if (follow === "log") {
@@ -90,7 +90,7 @@ export const scrubber: MakePanel = (session) => {
     if (!state.log) return;
     range.max = String(state.log.count);
     range.value = String(state.frame + 1);
-    place.textContent = state.follow === "log" ? `frame ${state.frame + 1} / ${state.log.count} · LV ${state.log.columns.lv[state.frame]} · ${state.log.columns.cct[state.frame]} K` : "free light";
+    place.textContent = state.follow === "log" ? `frame ${numberOf(state)} / ${state.log.first - 1 + state.log.count} · LV ${state.log.columns.lv[state.frame]} · ${state.log.columns.cct[state.frame]} K` : "free light";
     draw();
   };
   new ResizeObserver(draw).observe(canvas);
@@ -105,8 +105,8 @@ export const scrubber: MakePanel = (session) => {
       const { log, zoom } = store.state;
       if (!log) return;
       event.preventDefault();
-      const at = 1 + (event.offsetX / canvas.clientWidth) * (log.count - 1);
-      store.set({ zoom: scaled(zoom, log.count, factorOf(event), at) });
+      const at = log.first + (event.offsetX / canvas.clientWidth) * (log.count - 1);
+      store.set({ zoom: scaled(zoom, log.count, factorOf(event), at, log.first) });
     },
     { passive: false },
   );

@@ -89,8 +89,8 @@ export function landmarks(state: State, kind: string): number[] {
   const { log, a } = state;
   if (!log) return [];
   const summary = summaryOf(a);
-  if (kind === "change") return (summary?.changes ?? []).map((change) => change.first - 1);
-  if (kind === "clip") return (summary?.clipped.spans ?? []).map((span) => span.first - 1);
+  if (kind === "change") return (summary?.changes ?? []).map((change) => change.first - log.first).filter((frame) => frame >= 0);
+  if (kind === "clip") return (summary?.clipped.spans ?? []).map((span) => span.first - log.first).filter((frame) => frame >= 0);
   if (kind === "flash") {
     const found: number[] = [];
     spans(log.columns.flash, log.count, (from) => found.push(from));
@@ -98,5 +98,5 @@ export function landmarks(state: State, kind: string): number[] {
   }
   const moved = state.fields.flatMap((field) => summary?.fields[field] ?? []);
   const largest = moved.reduce<Motion | null>((most, each) => (each.largest_step > (most?.largest_step ?? 0) ? each : most), null);
-  return largest?.step_frame ? [largest.step_frame - 1] : [];
+  return (largest?.step_frame ?? 0) >= log.first ? [largest!.step_frame! - log.first] : [];
 }

@@ -3,9 +3,9 @@ import { button, fill, h } from "../dom";
 import { Plot, type Line } from "../draw/plot";
 import { colors } from "../draw/theme";
 import { whenDue } from "../draw/schedule";
-import { frameColumns, type FrameColumn } from "../engine/api";
+import { frameColumns, type FrameColumn, type FrameLog } from "../engine/api";
 import { holding, scaled, within } from "../draw/zoom";
-import type { State } from "../store";
+import { numberOf, type State } from "../store";
 import { panel, type MakePanel } from "./panel";
 import { errorOverTime } from "./error-over-time";
 import { factsOf, spans, summaryOf } from "./summary";
@@ -29,16 +29,16 @@ export const timePanel: MakePanel = (session) => {
   input.addEventListener("change", add);
   const facts = h("div", { class: "facts" });
   const zoomTo = (zoom: State["zoom"]): void => store.set({ zoom });
-  const scale = (factor: number, at = store.state.frame + 1): void => {
+  const scale = (factor: number, at = numberOf(store.state)): void => {
     const { zoom, log } = store.state;
-    if (log) zoomTo(scaled(zoom, log.count, factor, at));
+    if (log) zoomTo(scaled(zoom, log.count, factor, at, log.first));
   };
   const overTime = {
     xLabel: "frame",
     yLabel: "",
     group: "time",
-    choose: (at: number) => store.set({ follow: "log", frame: at - 1, playing: false }),
-    zoom: (from: number, to: number) => zoomTo(within(from, to, store.state.log?.count ?? 1)),
+    choose: (at: number) => store.set({ follow: "log", frame: at - (store.state.log?.first ?? 1), playing: false }),
+    zoom: (from: number, to: number) => zoomTo(within(from, to, store.state.log?.count ?? 1, store.state.log?.first)),
     turn: scale,
   };
   const error = errorOverTime(overTime);
@@ -46,7 +46,7 @@ export const timePanel: MakePanel = (session) => {
   const whole = button("Whole log", () => zoomTo(null));
   const showPart = (): void => {
     const { zoom, log } = store.state;
-    shownPart.textContent = zoom && log ? `frames ${zoom[0]} to ${zoom[1]} of ${log.count}` : "";
+    shownPart.textContent = zoom && log ? `frames ${zoom[0]} to ${zoom[1]} of ${log.first - 1 + log.count}` : "";
     whole.hidden = zoom === null;
     for (const { plot } of [error, ...rows.values()]) plot.show(zoom);
   };
@@ -65,8 +65,8 @@ export const timePanel: MakePanel = (session) => {
     for (const [name, color] of [["flash", c.mark], ["scene", c.quiet], ["capture", c.b]] as const) {
       g.fillStyle = color;
       spans(log.columns[name], log.count, (from, to) => {
-        const x = u.valToPos(from + 1, "x", true);
-        g.fillRect(x, top, Math.max(2, u.valToPos(to + 1, "x", true) - x), height);
+        const x = u.valToPos(log.first + from, "x", true);
+        g.fillRect(x, top, Math.max(2, u.valToPos(log.first + to, "x", true) - x), height);
       });
     }
     g.globalAlpha = 1;
@@ -103,7 +103,7 @@ export const timePanel: MakePanel = (session) => {
   const show = (state: State): void => {
     element.hidden = !state.log;
     if (!state.log) return;
-    const x = Float64Array.from({ length: state.log.count }, (_, i) => i + 1);
+    const x = numbers(state.log);
     for (const [field, row] of rows) {
       if (state.fields.includes(field)) continue;
       row.element.remove();
@@ -166,7 +166,7 @@ export const timePanel: MakePanel = (session) => {
     }),
   );
   store.watch(["frame", "follow"], ({ zoom, frame, follow, log }) => {
-    const held = log && follow === "log" ? holding(zoom, frame + 1, log.count) : zoom;
+    const held = log && follow === "log" ? holding(zoom, log.first + frame, log.count, log.first) : zoom;
     if (held !== zoom) zoomTo(held);
   });
   store.watch(["zoom"], whenDue(element, showPart));
@@ -197,7 +197,13 @@ function motionOf(state: State, field: string): string {
     .join("");
 }
 
-const placeOf = (state: State): number | null => (state.follow === "log" ? state.frame + 1 : null);
+const placeOf = (state: State): number | null => (state.follow === "log" ? numberOf(state) : null);
+
+function numbers(log: FrameLog): Float64Array {
+  const x = new Float64Array(log.count);
+  for (let i = 0; i < x.length; ++i) x[i] = log.first + i;
+  return x;
+}
 
 function unitOf(field: string): string {
   if (field === "lv") return ", 0.1 EV";
