@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "cli/verification_text.h"
+#include "workbench/appearance/patches.h"
 #include "workbench/text/counted.h"
 #include "workbench/text/shown_text.h"
 
@@ -21,7 +22,7 @@ constexpr double kOne = 512.0;  // of a gain
 constexpr std::chrono::seconds kQuiet{3};
 
 std::string row(const char* name, const std::string& text) {
-    return fmt::format("{:<9}{}", name, text);
+    return fmt::format("{:<10}{}", name, text);
 }
 
 std::string gain_text(const FrameValues& values, std::size_t first) {
@@ -54,6 +55,16 @@ std::int32_t to_target(const LiveFrame& frame) {
         most = std::max(most, std::abs((*frame.target)[k] - (*frame.matrix)[k]));
     }
     return most;
+}
+
+/// CIEDE2000 of the chart's patches; "with gains" counts what the AWB gains are off as well.
+std::string visible_text(const std::optional<ChartDifference>& matrix,
+                         const std::optional<ChartDifference>& with_gains, const char* unknown) {
+    if (!matrix) return unknown;
+    std::string text = fmt::format("{:.2f} mean, {:.2f} {}", matrix->mean, matrix->worst,
+                                   chart_patches()[matrix->worst_patch].name);
+    if (with_gains) text += fmt::format("; with gains {:.2f}", with_gains->mean);
+    return text;
 }
 
 const char* clip_name(Clipping clipping) {
@@ -123,9 +134,9 @@ std::string clock_text(std::chrono::milliseconds time) {
 
 std::vector<std::string> matrix_rows(const LiveFrame& frame, double one) {
     std::vector<std::string> rows{
-        fmt::format("{:<9}{:^27}     {:^27}", "matrix", "programmed", "what this light asks for")};
+        fmt::format("{:<10}{:^27}     {:^27}", "matrix", "programmed", "what this light asks for")};
     for (std::size_t r = 0; r < 3; ++r) {
-        std::string text(9, ' ');
+        std::string text(10, ' ');
         for (const Matrix& matrix : {*frame.matrix, *frame.target}) {
             for (std::size_t c = 0; c < 3; ++c)
                 text += fmt::format("{:9.3f}", matrix[3 * r + c] / one);
@@ -180,6 +191,13 @@ std::vector<std::string> live_screen(const Screen& screen, const std::string& tu
         if (frame.matrix) {
             const double one = 1 << std::clamp(study.camera().tuning().caller.frac_bits, 0, 12);
             for (const std::string& text : matrix_rows(frame, one)) rows.push_back(text);
+            const VisibleFrame& seen = frame.visible;
+            rows.push_back(row(
+                "visible", "from rest    " + visible_text(seen.from_rest, seen.from_rest_with_gains,
+                                                          "not measured: the light moves")));
+            rows.push_back(
+                row("CIEDE2000", "from before  " + visible_text(seen.step, seen.step_with_gains,
+                                                                "not measured: no frame before")));
             rows.push_back(row(
                 "clip",
                 frame.clipping == Clipping::none
@@ -246,6 +264,13 @@ std::string live_line(LiveStudy& study) {
         for (const std::int32_t value : *frame.matrix) text += fmt::format(" {}", value);
         text +=
             fmt::format("   to target {}   clip {}", to_target(frame), clip_name(frame.clipping));
+    }
+    if (frame.matrix) {
+        const auto mean = [](const std::optional<ChartDifference>& difference) {
+            return difference ? fmt::format("{:.2f}", difference->mean) : std::string("-");
+        };
+        text += fmt::format("   from rest {}, from before {}", mean(frame.visible.from_rest),
+                            mean(frame.visible.step));
     }
     const Verification& so_far = study.verification();
     if (so_far.lines > 0) {

@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 scripts/setup.sh g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev libcli11-dev \
     libyaml-cpp-dev libfmt-dev nlohmann-json3-dev libeigen3-dev zlib1g-dev libraw-dev libtiff-dev libpng-dev locales binutils ccache python3-cram \
-    mandoc
+    mandoc android-liblog-dev
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD
 export LC_CTYPE=C.UTF-8  # as Python sets it for what it starts: ccache tells locales apart
 

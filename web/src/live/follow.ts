@@ -5,7 +5,7 @@ import { setShare, whenDrawn } from "../draw/schedule";
 import { EngineClosed, frameColumns, type Appended, type FrameColumn, type FrameLog } from "../engine/api";
 import type { Engine } from "../engine/engine";
 import type { Session } from "../session";
-import type { LiveState, Selected, Side, SideName } from "../store";
+import { numberOf, type LiveState, type Selected, type Side, type SideName } from "../store";
 import { Feed } from "./feed";
 import { Ring } from "./ring";
 
@@ -14,6 +14,7 @@ const mostFrames = 432_000; // an hour at 120 a second
 const block = 256; // frames; the engine forgets as many at a time
 const shownTime = 20_000; // ms of the log while it is followed
 const fewestShown = 120; // frames
+const mostErrors = 60_000; // pictures
 const mostAppended = 4096; // frames at a time
 const summaryPause = 500; // ms
 const hiddenPause = 250; // ms between pictures that nobody sees
@@ -66,15 +67,15 @@ class Follower {
     const { store } = this.session;
     setShare(drawingShare);
     store.set({ live: this.state });
-    store.watch(["live", "frame", "follow", "fields", "a", "b"], (state, before) => {
+    store.watch(["live", "frame", "follow", "fields", "zoom", "a", "b"], (state, before) => {
       if (state.live === null) {
         this.close();
         return;
       }
       if (this.publishing) return;
       if (state.live.following !== this.state.following) this.turn(state.live.following);
-      // Who chooses a frame wants to look at it.
-      else if (this.state.following && state.frame !== before.frame && state.follow === "log") this.turn(false);
+      // Who chooses a frame, or a part of the log, wants to look at it.
+      else if (this.state.following && state.follow === "log" && (state.frame !== before.frame || state.zoom !== before.zoom)) this.turn(false);
       if (state.fields !== before.fields || state.a?.info !== before.a?.info || state.b?.info !== before.b?.info) this.wakeUp();
     });
     void this.run();
@@ -151,6 +152,7 @@ class Follower {
       if (this.state.following) this.publish();
       else this.tell({ perSecond: this.rate() });
       await Promise.race([whenDrawn(), new Promise((later) => setTimeout(later, hiddenPause))]);
+      document.dispatchEvent(new CustomEvent("picture", { detail: numberOf(this.session.store.state) })); // for those who measure
     }
   }
 
@@ -202,12 +204,19 @@ class Follower {
         answer.patches.patches.forEach((patch, i) => (run.error.patches[i] ??= new Ring(Float64Array, run.error.mean.end - 1)).append([patch.difference]));
       }
       for (const ring of run.columns.values()) ring.forgetBefore(first);
+      this.forgetErrors(run);
     }
     if (did && performance.now() > run.summaryAt + summaryPause) {
       run.summary = await engine.summary();
       run.summaryAt = performance.now();
     }
     return did;
+  }
+
+  private forgetErrors(run: LiveRun): void {
+    const { frame, mean, largest, patches } = run.error;
+    if (frame.end - frame.first < 2 * mostErrors) return;
+    for (const ring of [frame, mean, largest, ...patches]) ring.forgetBefore(ring.end - mostErrors);
   }
 
   private newRun(first: number): LiveRun {
@@ -290,7 +299,7 @@ class Follower {
     const frame = chosen === undefined ? newest : Math.min(newest, Math.max(0, chosen - (log.first - 1)));
     this.state = { ...this.state, perSecond: this.rate() };
     this.publishing = true;
-    store.set({ ...change, live: this.state, zoom: null, frame, ...(store.state.follow === "light" && this.state.received > 0 && !this.shownOnce ? { follow: "log" } : {}) });
+    store.set({ ...change, live: this.state, ...(following ? { zoom: null } : {}), frame, ...(store.state.follow === "light" && this.state.received > 0 && !this.shownOnce ? { follow: "log" } : {}) });
     this.shownOnce = true;
     this.publishing = false;
   }
