@@ -112,12 +112,13 @@ std::string event_of(const FrameValues& values, const std::string& time) {
 }
 
 /// After the end of the log: until every browser has all of it, or for as long as one may take that
-/// was started with it.
+/// was started with it. After Ctrl-C for a moment, so that pages know the end.
 void hand_out_rest(EventLoop& loop, const PageServer& server) {
-    const LoopTime end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto most = loop.stopped() ? std::chrono::milliseconds(300) : std::chrono::seconds(10);
+    loop.go_on();
+    const LoopTime end = std::chrono::steady_clock::now() + most;
     while (!server.is_done() && std::chrono::steady_clock::now() < end) {
-        const LoopTime soon = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
-        if (loop.wait(-1, soon) == EventLoop::Woken::stopped) return;
+        loop.wait(-1, std::chrono::steady_clock::now() + std::chrono::milliseconds(20));
     }
 }
 
@@ -182,7 +183,7 @@ int run_follow(const FollowOptions& options, std::string ahead) {
     input.keep();
     teller.tell();
     server.end();
-    if (!loop.stopped()) hand_out_rest(loop, server);
+    hand_out_rest(loop, server);
     tell_rest(input.name(), input.frames().source(), input.frames().count());
     say(fmt::format("imgtune: the log has ended after {}\n",
                     counted(input.frames().count(), "frame")));

@@ -9,7 +9,7 @@ A phone's log as it comes; the demonstration stands in for a phone.
     $ imgtune verify a.yaml phone.log
     24 frames, 5952 trace lines compared: equal
     $ imgtune frames phone.log | cmp - frames.csv
-    $ imgtune watch a.yaml phone.log | cmp - told.txt
+    $ imgtune watch a.yaml phone.log --fps 1000 | cmp - told.txt
     $ imgtune replay a.yaml frames.csv --summary --json > summary.json
     $ imgtune watch a.yaml - --json < phone.log > told.json
     $ python3 - <<'END'
@@ -25,19 +25,20 @@ A phone's log as it comes; the demonstration stands in for a phone.
       likely cause: the phone's camera stack passes other settings (caller.weights)
     1
     $ { head -n 700 phone.log; printf '06-01 12:00:00.000 1 1 D ispfeature: \033[2J\033]0;x\007 Fullgain = 9\n\000\n'; head -c 100 phone.log; } > hostile.log
-    $ imgtune watch a.yaml hostile.log > told.txt; tail -n 1 told.txt; grep -c $'[\033\007]' told.txt
-    2 frames, 496 trace lines compared: equal
+    $ imgtune watch a.yaml hostile.log > told.txt; grep compared told.txt; grep -c $'[\033\007]' told.txt
+    hostile.log: 1 call left out: the lines with their inputs are missing
+    3 frames, 700 trace lines compared: equal
     0
     [1]
 
 Ctrl-C is an end, and what was asked for is kept.
 
-    $ timeout --preserve-status -s INT 1 imgtune watch a.yaml --demo --record ctrl-c.csv > told.txt; echo $?
+    $ timeout --preserve-status -s INT 2 $IMGTUNE watch a.yaml --demo --record ctrl-c.csv > told.txt; echo $?
     0
     $ [ $(wc -l < ctrl-c.csv) -gt 10 ] && grep -c 'frames  ' told.txt
     1
     $ imgtune watch a.yaml --demo --record walk.csv
-    imgtune: walk.csv: is there already and no frame log of a phone; choose another name, or --force replaces it
+    imgtune: walk.csv: already exists and is no earlier result of this kind; choose another file or pass --force
     [2]
     $ imgtune watch a.yaml
     imgtune: what adb logcat prints is missing: '-' or a file, or --demo without a phone

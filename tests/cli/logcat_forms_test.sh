@@ -7,24 +7,30 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 tuning=$examples/imx708-blend.yaml
-grep -v '^#' "$examples/imx708-walk.csv" | sed -n 1,7p >walk.csv
+grep -v '^#' "$examples/imx708-walk.csv" | sed -n 1,4p >walk.csv
 mapfile -t on < <("$imgtune" props | sed 's/adb shell setprop \(.*\) \(.\)/--set=\1=\2/')
 "$imgtune" replay "$tuning" walk.csv -o rows.csv "${on[@]}" 2>brief.log
 "$imgtune" frames brief.log | cut -d, -f1-13 >wanted.csv
 lines=$(wc -l <brief.log)
-[ "$lines" -gt 1000 ]
+[ "$lines" -gt 500 ]
 
 count=0
+verified() {  # verified WHAT
+    local told
+    told=$("$imgtune" verify "$tuning" phone.log) || true
+    [ "$told" = "3 frames, $lines trace lines compared: equal" ] && return
+    echo "$*: $told"
+    head -n 3 phone.log
+    exit 1
+}
 try() {  # try FORM MODIFIER...
     "$forms" "$@" <brief.log >phone.log
-    for ending in LF CRLF; do
-        [ $ending = LF ] || sed -i 's/$/\r/' phone.log
-        local told
-        told=$("$imgtune" verify "$tuning" phone.log) || { echo "$*, $ending: $told"; head -n 3 phone.log; exit 1; }
-        [ "$told" = "6 frames, $lines trace lines compared: equal" ] || { echo "$*, $ending: $told"; head -n 3 phone.log; exit 1; }
-        "$imgtune" frames phone.log | cut -d, -f1-13 | cmp wanted.csv - || { echo "$*, $ending: other frames"; exit 1; }
-    done
+    verified "$@"
     count=$((count + 1))
+    [ $# -eq 1 ] || return 0
+    "$imgtune" frames phone.log | cut -d, -f1-13 | cmp wanted.csv - || { echo "$*: other frames"; exit 1; }
+    sed -i 's/$/\r/' phone.log
+    verified "$@" CRLF
 }
 for form in brief tag time threadtime long; do
     try $form

@@ -77,7 +77,7 @@ EventLoop::Woken EventLoop::wait(int file, std::optional<LoopTime> until) {
         if (count < 0 && errno != EINTR) {
             throw BadInput(std::string("cannot wait for input: ") + std::strerror(errno));
         }
-        if (asked_to_end != 0) {
+        if (holds_signals_ && asked_to_end != 0) {
             stopped_ = true;
             release_signals();
             return Woken::stopped;

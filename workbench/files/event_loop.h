@@ -55,6 +55,11 @@ class EventLoop {
     Woken wait(int file, std::optional<LoopTime> until);
 
     bool stopped() const { return stopped_; }
+    /// Waits again after a stop, for what is left to do; the next Ctrl-C ends the program.
+    void go_on() {
+        stopped_ = false;
+        release_signals();
+    }
 
   private:
     static constexpr std::array<int, 3> kSignals{SIGINT, SIGTERM, SIGHUP};
