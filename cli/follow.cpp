@@ -37,7 +37,7 @@ class VerdictTeller : public Attendant {
         tell();
     }
     void tell() {
-        const Verification& so_far = verifier_.result();
+        const Verification& so_far = verifier_.so_far();
         if (so_far.frames == frames_) return;
         frames_ = so_far.frames;
         using Handler = nlohmann::ordered_json::error_handler_t;

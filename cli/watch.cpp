@@ -112,14 +112,14 @@ void tell_end(LiveStudy& study, bool json) {
     const SummaryRecord record = study.finish();
     if (json) {
         const nlohmann::ordered_json end = {{"summary", to_json(record)},
-                                            {"verify", to_json(study.verification())}};
+                                            {"verify", to_json(study.verdict())}};
         using Handler = nlohmann::ordered_json::error_handler_t;
         write_now(shown_json(end.dump(-1, ' ', false, Handler::replace)) + "\n");
         return;
     }
     write_now("\n" + shown_lines(summary_text(record)) + "\n");
     if (study.verification().lines > 0) {
-        write_now(shown_lines(verification_text(study.verification())));
+        write_now(shown_lines(verification_text(study.verdict())));
     }
 }
 

@@ -46,7 +46,9 @@ class LiveStudy {
     bool in_start() const { return summary_.in_cold_start(); }
     /// The change before the one at hand; none before the first.
     const std::optional<LightChange>& change_before() const { return change_before_; }
-    const Verification& verification() const { return verifier_.result(); }
+    /// So far; verdict() tells, too, what no frame used.
+    const Verification& verification() const { return verifier_.so_far(); }
+    Verification verdict() const { return verifier_.result(); }
     const Camera& camera() const { return camera_; }
 
     /// After the last frame.
