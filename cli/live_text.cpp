@@ -86,6 +86,8 @@ std::string settled_text(const JobSettling& settling) {
             return "not judged yet";
         case Settling::not_held:
             return "not measured: the light did not hold";
+        case Settling::unmoved:
+            return "does not move";
         case Settling::settled:
             text = "settled in " + counted(*settling.frames, "frame");
             break;

@@ -139,16 +139,29 @@ SummaryRecord Summary::finish() {
     return std::move(record_);
 }
 
+void Summary::tell_settling() {
+    change_.settling = judge_.verdicts();
+    for (std::size_t job = 0; job < moved_.size(); ++job) {
+        JobSettling& settling = change_.settling[job];
+        if (settling.state != Settling::settled || moved_[job]) continue;
+        settling.state = Settling::unmoved;
+        settling.frames.reset();
+    }
+}
+
 const LightChange& Summary::change() {
-    if (judge_.is_judged()) change_.settling = judge_.verdicts();
+    if (judge_.is_judged()) tell_settling();
     return change_;
 }
 
 SummaryRecord Summary::so_far() const {
     SummaryRecord record = record_;
     record.fields = motions_.motions();
+    record.image_switches = switches_.switches();
+    record.light_swings = swings_.spans();
+    record.light_swing_count = swings_.count();
     for (std::size_t job = 0; job < settle_counts_.size(); ++job) {
-        record.settling[job].median_frames = median(settle_counts_[job]);
+        record.settling[job].median_frames = settle_counts_[job].median();
     }
     return record;
 }
@@ -184,13 +197,7 @@ void Summary::note_turn(std::uint64_t number) {
 /// The light has changed again, or the log has ended.
 void Summary::close_change(const LightWatch& hold) {
     if (!judge_.is_judged() && change_.held > 0) judge_.judge_by(hold);
-    change_.settling = judge_.verdicts();
-    for (std::size_t job = 0; job < moved_.size(); ++job) {
-        JobSettling& settling = change_.settling[job];
-        if (settling.state != Settling::settled || moved_[job]) continue;
-        settling.state = Settling::unmoved;
-        settling.frames.reset();
-    }
+    tell_settling();
     change_.visible = visible_.close_change();
     if (in_cold_start_) {
         record_.cold_start = change_;

@@ -132,13 +132,15 @@ class Summary {
     const LightChange& change();
     bool in_cold_start() const { return in_cold_start_; }  ///< that change is the start
 
-    /// What finish() would tell but for the change at hand; the gathering goes on.
+    /// What finish() would tell but for the change at hand, the last few before it, and what a viewer
+    /// sees; the gathering goes on.
     SummaryRecord so_far() const;
 
   private:
     void note_clipping(std::uint64_t number, const Frame& frame);
     void note_turn(std::uint64_t number);
     void close_change(const LightWatch& hold);
+    void tell_settling();
     void settle_accounts(const LightChange& change);
     /// Changes that may yet turn out to be one swing of many, until they are this many.
     void settle_accounts_but(std::size_t kept);
