@@ -7,8 +7,8 @@
 
 #include "cli/common.h"
 #include "cli/phone_log.h"
-#include "cli/verification_text.h"
 #include "cli/verbs.h"
+#include "cli/verification_text.h"
 #include "workbench/json/verify.h"
 #include "workbench/text/bad_input.h"
 

@@ -52,10 +52,10 @@ void Engine::forget_frames_before(std::size_t frame) {
     first_frame_ += count;
 }
 
-/// "start" begins anew, with "begin" as the number of the first frame, from 0; "names" are the fields whose
-/// columns are wanted, "keep" the first frame that may be asked for later. The answer: registers of
-/// the newest frame, of the one before it, and what its light asks for; the columns as programmed,
-/// and as asked for.
+/// "start" begins anew, with "begin" as the number of the first frame, from 0; "names" are the
+/// fields whose columns are wanted, "keep" the first frame that may be asked for later. The answer:
+/// registers of the newest frame, of the one before it, and what its light asks for; the columns as
+/// programmed, and as asked for.
 Answer Engine::append(const Json& arguments, std::string_view bytes) {
     const auto begin = arguments.at("begin").get<std::size_t>();
     const std::vector<Frame> added = frames_in(bytes);
@@ -67,7 +67,8 @@ Answer Engine::append(const Json& arguments, std::string_view bytes) {
         live_ = std::make_unique<Run>(camera(), std::vector<Field>{});
         live_->before = begin;
     }
-    if (!live_ || begin != live_->before + live_->frames) throw BadInput("the frames do not follow those before");
+    if (!live_ || begin != live_->before + live_->frames)
+        throw BadInput("the frames do not follow those before");
     Columns actual{fields(arguments.at("names"))};
     Columns target{actual.fields};
     Camera before = live_->camera;

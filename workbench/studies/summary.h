@@ -132,8 +132,8 @@ class Summary {
     const LightChange& change();
     bool in_cold_start() const { return in_cold_start_; }  ///< that change is the start
 
-    /// What finish() would tell but for the change at hand, the last few before it, and what a viewer
-    /// sees; the gathering goes on.
+    /// What finish() would tell but for the change at hand, the last few before it, and what a
+    /// viewer sees; the gathering goes on.
     SummaryRecord so_far() const;
 
   private:

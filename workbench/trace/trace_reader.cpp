@@ -102,8 +102,8 @@ void TraceReader::take_message(const LogcatLine& line) {
     }
     stream.open->lines.emplace_back(line.message);
     if (job == TracedJob::color && !stream.endings.empty()) {
-        stream.may_end = std::find(stream.endings.begin(), stream.endings.end(), label) !=
-                         stream.endings.end();
+        stream.may_end =
+            std::find(stream.endings.begin(), stream.endings.end(), label) != stream.endings.end();
         any_may_end_ |= stream.may_end;
     }
     // What ends a log without a line end may be cut: closed at the end, where that is known.
@@ -129,8 +129,8 @@ void TraceReader::take_loss(const LogcatLine& line) {
 void TraceReader::learn_ending(Stream& stream) {
     if (!stream.open || stream.open->job != TracedJob::color || stream.open->lost_lines) return;
     const std::string_view label = trace_label(stream.open->lines.back());
-    const bool known = std::find(stream.endings.begin(), stream.endings.end(), label) !=
-                       stream.endings.end();
+    const bool known =
+        std::find(stream.endings.begin(), stream.endings.end(), label) != stream.endings.end();
     if (!known && stream.endings.size() < kMostEndings) stream.endings.emplace_back(label);
 }
 
