@@ -22,9 +22,11 @@ const std::pair<const char*, Engine::Method> Engine::kCommands[] = {
     {"gain", &Engine::gain},
     {"plane", &Engine::plane},
     {"grid", &Engine::grid},
+    {"steepest", &Engine::steepest},
     {"patches", &Engine::patches},
     {"append", &Engine::append},
-    {"patchErrors", &Engine::patch_errors},
+    {"visible", &Engine::visible},
+    {"patchOverLog", &Engine::patch_over_log},
     {"diff", &Engine::diff},
 };
 
@@ -51,6 +53,7 @@ void Engine::require_ccm() const {
 void Engine::forget_runs() {
     states_.clear();
     columns_ = {};
+    visible_ = {};
     summary_ = nullptr;
     running_.reset();
     live_.reset();

@@ -45,15 +45,19 @@ class Engine {
     Answer summary(const Json& arguments, std::string_view bytes);
     /// Frames of a live log behind those that there are: their columns, and all about the newest.
     Answer append(const Json& arguments, std::string_view bytes);
-    /// Mean, largest and every patch's difference of the chart over the log, at `most` frames or
-    /// fewer.
-    Answer patch_errors(const Json& arguments, std::string_view bytes);
+    /// What a viewer sees of each frame of the run: mean and worst of the chart against the frame
+    /// before, and against rest.
+    Answer visible(const Json& arguments, std::string_view bytes);
+    /// The same of one patch: another pass over the log.
+    Answer patch_over_log(const Json& arguments, std::string_view bytes);
 
     // One light, or a frame of the log.
     Answer explain(const Json& arguments, std::string_view bytes);
     /// Target and rest of a light after power-on.
     Answer light(const Json& arguments, std::string_view bytes);
     Answer grid(const Json& arguments, std::string_view bytes);
+    /// Where a small change of the light changes the colours most.
+    Answer steepest(const Json& arguments, std::string_view bytes);
     /// The chart through a frame's matrix, against the matrix at rest in its light; of a light,
     /// through the matrix at rest, against what the light asks for.
     Answer patches(const Json& arguments, std::string_view bytes);
@@ -80,6 +84,7 @@ class Engine {
     // Of the last whole run.
     std::vector<CameraState> states_;  ///< before every kFramesBetweenStates-th frame
     Columns columns_;
+    VisibleColumns visible_;
     Json summary_;
     std::unique_ptr<Run> running_;
     std::unique_ptr<Run> live_;  ///< a run without an end

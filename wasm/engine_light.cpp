@@ -5,8 +5,10 @@
 #include "wasm/engine.h"
 #include "workbench/camera/locus.h"
 #include "workbench/json/explanation.h"
+#include "workbench/json/steepness.h"
 #include "workbench/studies/explanation.h"
 #include "workbench/studies/resting.h"
+#include "workbench/studies/steepness.h"
 #include "workbench/studies/sweep.h"
 
 namespace imgtune::workbench::page {
@@ -55,13 +57,18 @@ Answer Engine::grid(const Json& arguments, std::string_view) {
     }
     Answer answer;
     for (const auto& column : columns) answer.add(column);
-    for (const SweepSlopes& slopes : slopes_of(sweep, tuning().caller)) {
-        std::vector<std::int32_t> sizes;
-        for (const Difference& point : slopes.points) {
-            sizes.push_back(static_cast<std::int32_t>(point.size));
-        }
-        answer.add(sizes);
+    std::vector<float> slopes;
+    for (const ChartDifference& slope : chart_slopes_of(sweep, tuning().caller)) {
+        slopes.push_back(static_cast<float>(slope.worst));
     }
+    answer.add(slopes);
+    return answer;
+}
+
+Answer Engine::steepest(const Json&, std::string_view) {
+    require_ccm();
+    Answer answer;
+    answer.json = to_json(find_steepest(tuning()));
     return answer;
 }
 

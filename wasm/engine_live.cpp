@@ -8,6 +8,7 @@
 #include "workbench/json/explanation.h"
 #include "workbench/studies/explanation.h"
 #include "workbench/studies/resting.h"
+#include "workbench/studies/steepness.h"
 
 namespace imgtune::workbench::page {
 
@@ -55,7 +56,7 @@ void Engine::forget_frames_before(std::size_t frame) {
 /// "start" begins anew, with "begin" as the number of the first frame, from 0; "names" are the
 /// fields whose columns are wanted, "keep" the first frame that may be asked for later. The answer:
 /// registers of the newest frame, of the one before it, and what its light asks for; the columns as
-/// programmed, and as asked for.
+/// programmed, and as asked for; what a viewer sees of each frame, as `visible` tells it.
 Answer Engine::append(const Json& arguments, std::string_view bytes) {
     const auto begin = arguments.at("begin").get<std::size_t>();
     const std::vector<Frame> added = frames_in(bytes);
@@ -97,6 +98,9 @@ Answer Engine::append(const Json& arguments, std::string_view bytes) {
     for (const Columns* columns : {&actual, &target}) {
         for (const auto& column : columns->values) answer.add(column);
     }
+    live_->visible.add_to(answer);
+    live_->visible = {};
+    answer.json["seenFrom"] = {{"mean", kVisibleMean}, {"worst", kVisibleWorst}};
     answer.json["patches"] = nullptr;
     if (tuning().has_ccm) {
         Camera resting = live_->camera;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "workbench/json/findings.h"
 #include "workbench/json/summary.h"
 #include "workbench/studies/resting.h"
+#include "workbench/studies/steepness.h"
 
 namespace imgtune::workbench::page {
 
@@ -56,6 +58,7 @@ Answer Engine::replay(const Json& arguments, std::string_view) {
     if (end == frames_.size()) {
         states_ = std::move(running_->states);
         columns_ = std::move(running_->columns);
+        visible_ = std::move(running_->visible);
         summary_ = to_json(running_->summary.finish());
         running_.reset();
     }
@@ -109,34 +112,36 @@ Answer Engine::summary(const Json&, std::string_view) {
     return answer;
 }
 
-Answer Engine::patch_errors(const Json& arguments, std::string_view) {
+Answer Engine::visible(const Json&, std::string_view) {
     require_ccm();
-    const auto most = std::max<std::size_t>(1, arguments.at("most").get<std::size_t>());
-    const std::size_t step = std::max<std::size_t>(1, (frames_.size() + most - 1) / most);
-    std::vector<double> number;
-    std::vector<double> mean;
-    std::vector<double> largest;
-    std::array<std::vector<double>, std::tuple_size_v<decltype(ChartError::patches)>> patches;
+    Answer answer;
+    visible_.add_to(answer);
+    answer.json = {{"mean", kVisibleMean}, {"worst", kVisibleWorst}};
+    return answer;
+}
+
+Answer Engine::patch_over_log(const Json& arguments, std::string_view) {
+    require_ccm();
+    const auto patch = arguments.at("patch").get<std::size_t>();
+    if (patch >= kPatchCount) throw BadInput("no such patch");
     Camera camera = first_camera();
-    for (std::size_t i = 0; i < frames_.size(); ++i) {
-        camera.run(frames_[i]);
-        if (i % step != 0) continue;
-        Camera resting = camera;
-        run_to_rest(resting, frames_[i]);
-        const ChartError error =
-            chart_error(matrix_of(resting.registers()), matrix_of(camera.registers()));
-        number.push_back(static_cast<double>(first_frame_ + i));
-        mean.push_back(error.mean);
-        largest.push_back(error.largest);
-        for (std::size_t k = 0; k < patches.size(); ++k) {
-            patches[k].push_back(error.patches[k].difference);
-        }
+    VisibleWatch watch(camera, {.patch = patch});
+    std::vector<float> step;
+    std::vector<float> rest;
+    step.reserve(frames_.size());
+    rest.reserve(frames_.size());
+    const auto chosen = [](const std::optional<ChartDifference>& difference) {
+        return difference ? static_cast<float>(difference->chosen) : VisibleColumns::kNotMeasured;
+    };
+    for (const Frame& frame : frames_) {
+        camera.run(frame);
+        const VisibleFrame visible = watch.next(frame, camera);
+        step.push_back(chosen(visible.step));
+        rest.push_back(chosen(visible.from_rest));
     }
     Answer answer;
-    answer.add(number);
-    answer.add(mean);
-    answer.add(largest);
-    for (const auto& patch : patches) answer.add(patch);
+    answer.add(step);
+    answer.add(rest);
     return answer;
 }
 

@@ -2,13 +2,16 @@
 #define IMGTUNE_WASM_RUN_H
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "wasm/answers.h"
 #include "workbench/camera/camera.h"
 #include "workbench/studies/summary.h"
+#include "workbench/studies/visible.h"
 #include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench::page {
@@ -55,21 +58,53 @@ struct Columns {
     }
 };
 
+/// What a viewer sees of each frame, in CIEDE2000; not a number where it is not measured.
+struct VisibleColumns {
+    std::vector<float> step_mean;
+    std::vector<float> step_worst;
+    std::vector<float> rest_mean;
+    std::vector<float> rest_worst;
+
+    void add(const VisibleFrame& frame) {
+        const auto put = [](const std::optional<ChartDifference>& difference,
+                            std::vector<float>& mean, std::vector<float>& worst) {
+            mean.push_back(difference ? static_cast<float>(difference->mean) : kNotMeasured);
+            worst.push_back(difference ? static_cast<float>(difference->worst) : kNotMeasured);
+        };
+        put(frame.step, step_mean, step_worst);
+        put(frame.from_rest, rest_mean, rest_worst);
+    }
+
+    void add_to(Answer& answer) const {
+        for (const auto* const column : {&step_mean, &step_worst, &rest_mean, &rest_worst}) {
+            answer.add(*column);
+        }
+    }
+
+    static constexpr float kNotMeasured = std::numeric_limits<float>::quiet_NaN();
+};
+
 /// A log's frames, one after the other.
 struct Run {
     Run(const Camera& start, std::vector<Field> fields)
-        : camera(start), summary(start, SummaryOptions{}), columns{std::move(fields)} {}
+        : camera(start),
+          summary(start, SummaryOptions{}),
+          watch(start),
+          columns{std::move(fields)} {}
 
     void add(const Frame& frame) {
         if (frames % kFramesBetweenStates == 0) states.push_back(camera.state());
         camera.run(frame);
         summary.add(before + ++frames, frame, camera);
         columns.add(camera);
+        visible.add(watch.next(frame, camera));
     }
 
     Camera camera;
     Summary summary;
+    VisibleWatch watch;
     Columns columns;
+    VisibleColumns visible;
     std::vector<CameraState> states;
     std::size_t before = 0;  ///< frames that it does not know, for their numbers
     std::size_t frames = 0;

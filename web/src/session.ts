@@ -5,12 +5,11 @@ import { within } from "./draw/zoom";
 import { Engine } from "./engine/engine";
 import { frameOf, fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
 
-const mostErrorFrames = 400;
 const addressPause = 200; // ms without a change
-const gridCts = Array.from({ length: 43 }, (_, i) => 2300 + 100 * i);
+const gridCts = Array.from({ length: 73 }, (_, i) => 2000 + 100 * i); // kelvin
 const gridLvs = Array.from({ length: 31 }, (_, i) => 5 * i);
 const sideNames = ["a", "b"] as const;
-const notRun: Pick<Side, "columns" | "summary"> = { columns: new Map(), summary: null };
+const notRun: Pick<Side, "columns" | "summary" | "visible" | "patchOverLog"> = { columns: new Map(), summary: null, visible: null, patchOverLog: null };
 type Programmed = Pick<Selected, "now" | "target" | "before" | "rest">;
 
 /** A closed engine was replaced by one that does the same. */
@@ -41,6 +40,9 @@ export class Session {
         state.a?.summary !== before.a?.summary ||
         state.b?.summary !== before.b?.summary;
       if (moved || other || tuned || state.follow !== before.follow) refresh();
+    });
+    store.watch(["patch"], () => {
+      for (const name of sideNames) void this.fetchPatch(name).catch((error: unknown) => this.unanswered(error));
     });
     store.watch(["fields"], ({ live }) => {
       if (live) return; // it has the columns that it appends
@@ -170,8 +172,8 @@ export class Session {
         edited: text !== undefined,
         plane,
         grid,
+        steepest: null,
         ...ran,
-        errors: null,
         selected: null,
       };
       const at = this.place(side);
@@ -196,7 +198,7 @@ export class Session {
       const log = await this.readLog(file);
       this.loadingLog = false;
       const state = this.store.state;
-      const none = { ...notRun, errors: null, selected: null };
+      const none = { ...notRun, selected: null };
       this.store.set({
         a: state.a && { ...state.a, ...none },
         b: state.b && { ...state.b, ...none },
@@ -268,8 +270,14 @@ export class Session {
         if (done < total) this.store.set({ busy: { text: `running ${shortened(info.name)}`, done, total } });
       });
       if (!whole) return null;
-      const [actual, summary] = await Promise.all([engine.columns(fields, "actual"), engine.summary()]);
-      return { columns: new Map(fields.map((field, i) => [field, actual[i]!])), summary };
+      const { patch } = this.store.state;
+      const [actual, summary, visible, patchOverLog] = await Promise.all([
+        engine.columns(fields, "actual"),
+        engine.summary(),
+        info.hasCcm ? engine.visible() : null,
+        info.hasCcm && patch !== null ? engine.patchOverLog(patch) : null,
+      ]);
+      return { columns: new Map(fields.map((field, i) => [field, actual[i]!])), summary, visible, patchOverLog };
     } finally {
       if (this.running === engine) {
         this.running = null;
@@ -286,14 +294,15 @@ export class Session {
     return this.store.state.fields.filter((field) => known.has(field));
   }
 
-  /** Columns that are shown and not there yet, what each frame asks for, and the colour error. */
+  /** Columns that are shown and not there yet, what each frame asks for, and the steepest places. */
   private async complete(name: SideName): Promise<void> {
     if (this.store.state.live) return;
     await this.fetchColumns(name);
     const side = this.store.state[name];
-    if (!side?.info.hasCcm || side.columns.size === 0 || side.errors) return;
-    const engine = this.engines[name];
-    this.give(engine, { errors: await engine.patchErrors(mostErrorFrames) });
+    if (side?.info.hasCcm && !side.steepest) {
+      const engine = this.engines[name];
+      this.give(engine, { steepest: await engine.steepest() });
+    }
   }
 
   /** Where an engine's tuning stands now: another may have replaced it, or both have been swapped. */
@@ -321,6 +330,15 @@ export class Session {
       this.give(engine, { columns });
       if (now !== name) return;
     }
+  }
+
+  /** The chosen patch over the log. */
+  private async fetchPatch(name: SideName): Promise<void> {
+    const { patch, [name]: side } = this.store.state;
+    if (patch === null || !side?.visible || side.patchOverLog?.patch === patch) return;
+    const engine = this.engines[name];
+    const patchOverLog = await engine.patchOverLog(patch);
+    if (this.store.state.patch === patch) this.give(engine, { patchOverLog });
   }
 
   /** What drives the panels; null while no frame of the log has registers, or a live log brings its own. */

@@ -10,9 +10,11 @@ import type {
   MatrixGrid,
   NamedBytes,
   Patches,
-  PatchErrors,
+  PatchOverLog,
+  Steepness,
   TuningInfo,
   Values,
+  Visible,
 } from "./engine/api";
 
 import type { Zoom } from "./draw/zoom";
@@ -38,9 +40,11 @@ export interface Side {
   edited: boolean; // it came from the editor
   plane: GainPlane;
   grid: MatrixGrid | null;
+  steepest: Steepness | null;
   columns: ReadonlyMap<string, Int32Array>; // "c0" over the log, "target c0" what is asked for
   summary: Json;
-  errors: PatchErrors | null;
+  visible: Visible | null;
+  patchOverLog: PatchOverLog | null; // of the chosen patch
   selected: Selected | null;
 }
 

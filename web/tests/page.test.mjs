@@ -227,7 +227,7 @@ test("a second tuning stands beside the first in every panel", async () => {
   }, readFileSync(join(EXAMPLES, "imx708-walk.csv"), "utf8"));
   await until(() => {
     const { a, b, log } = window.imgtune.store.state;
-    return log.name === "imx708-walk.csv" && [a, b].every((side) => side.columns.get("target c0")?.length === log.count && side.errors);
+    return log.name === "imx708-walk.csv" && [a, b].every((side) => side.columns.get("target c0")?.length === log.count && side.visible?.step.worst.length === log.count);
   });
   for (const [side, name] of [["a", "imx477-polynomial.yaml"], ["b", "imx708-blend.yaml"]]) {
     const rows = tool("replay", join(EXAMPLES, name), join(EXAMPLES, "imx708-walk.csv"), "--fields", "c0").trim().split("\n").slice(1);
@@ -331,7 +331,7 @@ test("a report of 100,000 frames is small, opens fast and stays small", async ()
   await page.waitForSelector("html[data-ready]");
   await choose("Sample B", "imx708-blend.yaml");
   await page.waitForSelector("#compare tbody tr");
-  await until(() => window.imgtune.store.state.b.errors !== null);
+  await until(() => window.imgtune.store.state.b.visible?.rest.worst.length === 100_000);
   const renderers = readdirSync("/proc").filter((name) => /^\d+$/.test(name)).map((name) => {
     try {
       const ours = readFileSync(`/proc/${name}/cmdline`, "utf8").includes("--type=renderer");
@@ -361,13 +361,38 @@ test("free light's colour error is that of the camera at rest", async () => {
   await done();
 });
 
-test("the largest step is one after the start, and the map's square follows another log", async () => {
+test("the map marks the steepest step that the command line tells", async () => {
   await start();
-  await page.getByRole("button", { name: "Largest step" }).click();
-  const { fields } = JSON.parse(tool("replay", join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx477-walk.csv"), "--summary", "--json"));
-  const shown = await page.evaluate(() => window.imgtune.store.state.fields);
-  const largest = shown.map((name) => fields[name]).sort((a, b) => b.largest_step - a.largest_step)[0];
-  assert.equal((await page.evaluate(() => window.imgtune.store.state.frame)) + 1, largest.step_frame);
+  const tuning = join(EXAMPLES, "imx708-blend.yaml");
+  await upload(tuning);
+  await until(() => document.querySelector("#matrix .picture").previousSibling.textContent.includes("row low_light, a jump"));
+  const told = JSON.parse(tool("sweep", tuning, "--steepest", "--json"));
+  const shown = await page.evaluate(() => window.imgtune.store.state.a.steepest.rows);
+  for (const row of ["normal", "low_light", "flash"]) {
+    const [wanted, got] = [told.rows[row].on_locus, shown[row].on_locus];
+    assert.ok(Math.abs(got.worst - wanted.worst) < 0.02 && got.from.gain.join() === wanted.from.gain.join(), JSON.stringify([wanted, got]));
+  }
+  await done();
+});
+
+test("ruler and plots go by what is seen after the start, and the map's square follows another log", async () => {
+  await start();
+  const frame = () => page.evaluate(() => window.imgtune.store.state.frame);
+  const visible = await page.evaluate(() => {
+    const { step, rest } = window.imgtune.store.state.a.visible;
+    return Object.fromEntries(Object.entries({ mean: step.mean, worst: step.worst, rest: rest.worst }).map(([key, all]) => [key, Array.from(all, (v) => (Number.isNaN(v) ? -1 : v))]));
+  });
+  const seen = (i) => visible.worst[i] >= 1 || visible.mean[i] >= 0.5;
+  await page.getByRole("button", { name: "Next visible step" }).click();
+  const next = await frame();
+  assert.ok(next > 1 && seen(next) && !seen(next - 1), `frame ${next}`);
+  await page.getByRole("button", { name: "Worst frame" }).click();
+  const worst = await frame();
+  assert.equal(visible.rest[worst], Math.max(...visible.rest.slice(Math.min(next, worst))));
+  await page.locator("#error .pair").first().click();
+  await until(() => window.imgtune.store.state.a.patchOverLog?.patch === 0);
+  const patch = await page.evaluate(() => Array.from(window.imgtune.store.state.a.patchOverLog.rest, (v) => (Number.isNaN(v) ? -1 : v)));
+  assert.ok(patch.length === visible.rest.length && patch.every((v, i) => v <= visible.rest[i] + 1e-3) && patch.some((v) => v > 0));
 
   await page.evaluate(() => window.imgtune.store.set({ frame: 0 }));
   await choose("Sample log", "imx477-flash-shot.csv");

@@ -7,7 +7,7 @@ import { factorOf, type Zoom } from "./zoom";
 
 export interface Line {
   label: string;
-  values: ArrayLike<number | null>;
+  values: ArrayLike<number | null>; // NaN: a gap
   color: "a" | "b" | "target" | "quiet" | "ink";
   steps?: boolean;
   dots?: boolean;
@@ -29,6 +29,29 @@ export interface PlotOptions {
 
 const mostSteps = 8192; // beyond it no step can be seen, and lines are thinned to the pixels
 
+/** In a table; nothing where nothing was measured. */
+const shown = (value: number | null | undefined): string => (value === null || value === undefined || Number.isNaN(value) ? "" : String(value));
+
+/** Over a gap the last value goes on, which keeps numbers packed; and where gaps are: from the last frame before to the first after. */
+function fill(values: ArrayLike<number | null>): { values: ArrayLike<number | null>; gaps: [number, number][] } {
+  const gaps: [number, number][] = [];
+  let whole: Float32Array | null = null;
+  let from = -1;
+  for (let i = 0; i < values.length; ++i) {
+    const isGap = Number.isNaN(values[i]);
+    if (isGap && from < 0) from = i;
+    if (isGap) {
+      whole ??= Float32Array.from(values as ArrayLike<number>);
+      whole[i] = i > 0 ? whole[i - 1]! : 0;
+    } else if (from >= 0) {
+      gaps.push([Math.max(0, from - 1), i]);
+      from = -1;
+    }
+  }
+  if (from >= 0) gaps.push([Math.max(0, from - 1), values.length - 1]);
+  return { values: whole ?? values, gaps };
+}
+
 /** Half the width of the largest x, whose label may stand at the right end. */
 function lastLabelRoom(x: ArrayLike<number>): number {
   const digit = 7;
@@ -43,6 +66,7 @@ export class Plot {
   private plot: uPlot | null = null;
   private x: ArrayLike<number> = [];
   private lines: Line[] = [];
+  private gaps: [number, number][][] = [];
   private readonly upright = h("div", { class: "upright", hidden: true });
   private marked: number | null = null;
   private part: Zoom = null;
@@ -103,7 +127,14 @@ export class Plot {
   }
 
   private data(): uPlot.AlignedData {
-    return [this.x, ...this.lines.map((line) => line.values)] as unknown as uPlot.AlignedData;
+    const filled = this.lines.map((line) => fill(line.values));
+    this.gaps = filled.map((line) => line.gaps);
+    return [this.x, ...filled.map((line) => line.values)] as unknown as uPlot.AlignedData;
+  }
+
+  /** In pixels of the canvas, as uPlot wants them. */
+  private gapsInPixels(u: uPlot, line: number): [number, number][] {
+    return (this.gaps[line] ?? []).map(([from, to]) => [u.valToPos(this.x[from]!, "x", true), u.valToPos(this.x[to]!, "x", true)]);
   }
 
   private rebuild(): void {
@@ -137,12 +168,13 @@ export class Plot {
         ],
         series: [
           {},
-          ...this.lines.map((line) => ({
+          ...this.lines.map((line, at) => ({
             label: line.label,
             stroke: c[line.color],
             width: line.color === "target" || line.color === "quiet" ? 1 : 1.5,
             ...(line.dash ? { dash: line.dash } : line.color === "target" && !long ? { dash: [4, 3] } : {}),
             ...(line.steps && !long ? { paths: uPlot.paths.stepped!({ align: 1 }) } : {}),
+            gaps: (plot: uPlot, _line: number, _from: number, _to: number, nulls: [number, number][]) => [...nulls, ...this.gapsInPixels(plot, at)],
             points: { show: line.dots ?? false, size: 5, fill: c[line.color] },
           })),
         ],
@@ -212,7 +244,7 @@ export class Plot {
   private saveCsv(): void {
     const rows = [[this.options.xLabel, ...this.lines.map((line) => line.label)].join(",")];
     for (let i = 0; i < this.x.length; ++i) {
-      rows.push([this.x[i], ...this.lines.map((line) => line.values[i] ?? "")].join(","));
+      rows.push([this.x[i], ...this.lines.map((line) => shown(line.values[i]))].join(","));
     }
     download(this.options.name + ".csv", rows.join("\n") + "\n", "text/csv");
   }

@@ -95,12 +95,29 @@ export interface GainPlane {
   rows: { name: string; points: TunedPoint[] }[];
 }
 
-/** coefficients[c][lvIndex * cct.length + cctIndex]; slope: largest change to a neighbour. */
+/** coefficients[c][lvIndex * cct.length + cctIndex]; slope: largest change of a patch to a neighbour, CIEDE2000. */
 export interface MatrixGrid {
   cct: number[];
   lv: number[];
   coefficients: Int32Array[];
-  slope: Int32Array;
+  slope: Float32Array;
+}
+
+/** Two lights next to each other, and how differently the chart looks through their matrices, in CIEDE2000. */
+export interface SteepPlace {
+  mean: number;
+  worst: number;
+  worst_patch: string;
+  seen: boolean;
+  jump: boolean;
+  beside: number; // 0: on the tuned gains
+  from: { cct: number; gain: [number, number, number]; lv: number };
+  to: { cct: number; gain: [number, number, number]; lv: number };
+}
+export interface Steepness {
+  seen_from: { mean: number; worst: number };
+  rows: Record<string, { on_locus: SteepPlace | null; beside: SteepPlace | null }>; // by LV row
+  over_lv: SteepPlace | null;
 }
 
 export type Lab = [number, number, number]; // L*, a*, b* under D65
@@ -111,12 +128,17 @@ export interface Patches {
   largest: number;
 }
 
-/** Over frames of the log, in CIEDE2000. */
-export interface PatchErrors {
-  frame: Float64Array; // from 0
-  mean: Float64Array;
-  largest: Float64Array;
-  patches: Float64Array[]; // each patch of the chart
+/** What a viewer sees of each frame of the log, in CIEDE2000; NaN: not measured. */
+export interface Visible {
+  seenFrom: { mean: number; worst: number };
+  step: { mean: Float32Array; worst: Float32Array }; // against the frame before
+  rest: { mean: Float32Array; worst: Float32Array }; // against where the camera rests in that light
+}
+/** The same of one patch. */
+export interface PatchOverLog {
+  patch: number;
+  step: Float32Array;
+  rest: Float32Array;
 }
 
 /** Frames of a live log, run behind those before them: columns of the fields, and the newest frame. */
@@ -127,6 +149,7 @@ export interface Appended {
   target: Values;
   actual: Int32Array[];
   asked: Int32Array[];
+  visible: Visible; // of the frames appended
   patches: Patches | null;
   explanation: Json;
 }

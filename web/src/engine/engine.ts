@@ -15,10 +15,12 @@ import {
   type MatrixGrid,
   type NamedBytes,
   type Patches,
-  type PatchErrors,
+  type PatchOverLog,
   type Progress,
+  type Steepness,
   type TuningInfo,
   type Values,
+  type Visible,
 } from "./api";
 import type { Request, Response } from "./protocol";
 
@@ -138,8 +140,8 @@ export class Engine {
   async append(rows: Float64Array, names: string[], begin: number, start: boolean, keep: number): Promise<Appended> {
     const bytes = new Uint8Array(rows.buffer, rows.byteOffset, rows.byteLength);
     const { ok, blobs } = await this.send("append", { names, begin, start, keep }, bytes);
-    const { done, patches, explanation } = ok as Pick<Appended, "done" | "patches" | "explanation">;
-    const columns = blobs.slice(6).map((blob) => new Int32Array(blob));
+    const { done, patches, explanation, seenFrom } = ok as Pick<Appended, "done" | "patches" | "explanation"> & Pick<Visible, "seenFrom">;
+    const columns = blobs.slice(6, 6 + 2 * names.length).map((blob) => new Int32Array(blob));
     return {
       done,
       patches,
@@ -149,6 +151,7 @@ export class Engine {
       target: values(blobs, 4),
       actual: columns.slice(0, names.length),
       asked: columns.slice(names.length),
+      visible: visible(seenFrom, blobs.slice(6 + 2 * names.length)),
     };
   }
 
@@ -195,19 +198,28 @@ export class Engine {
 
   async matrixGrid(cct: number[], lv: number[], flash: number, scene: number): Promise<MatrixGrid> {
     const { blobs } = await this.send("grid", { cct, lv, flash, scene });
-    const columns = blobs.map((blob) => new Int32Array(blob));
-    return { cct, lv, coefficients: columns.slice(0, 9), slope: columns[9]! };
+    const coefficients = blobs.slice(0, 9).map((blob) => new Int32Array(blob));
+    return { cct, lv, coefficients, slope: new Float32Array(blobs[9]!) };
+  }
+
+  async steepest(): Promise<Steepness> {
+    return (await this.send("steepest")).ok as Steepness;
   }
 
   async patches(at: At): Promise<Patches> {
     return (await this.send("patches", where(at))).ok as Patches;
   }
 
-  /** At `most` frames of the log or fewer. */
-  async patchErrors(most: number): Promise<PatchErrors> {
-    const { blobs } = await this.send("patchErrors", { most });
-    const [frame, mean, largest, ...patches] = blobs.map((blob) => new Float64Array(blob));
-    return { frame: frame!, mean: mean!, largest: largest!, patches };
+  /** Of the last whole run. */
+  async visible(): Promise<Visible> {
+    const { ok, blobs } = await this.send("visible");
+    return visible(ok as Visible["seenFrom"], blobs);
+  }
+
+  async patchOverLog(patch: number): Promise<PatchOverLog> {
+    const { blobs } = await this.send("patchOverLog", { patch });
+    const [step, rest] = blobs.map((blob) => new Float32Array(blob));
+    return { patch, step: step!, rest: rest! };
   }
 
   async diff(other: NamedBytes[]): Promise<FieldDifference[]> {
@@ -221,6 +233,11 @@ export class Engine {
     for (const each of this.open.values()) each.fail(new EngineClosed());
     this.open.clear();
   }
+}
+
+function visible(seenFrom: Visible["seenFrom"], blobs: ArrayBuffer[]): Visible {
+  const [stepMean, stepWorst, restMean, restWorst] = blobs.map((blob) => new Float32Array(blob));
+  return { seenFrom, step: { mean: stepMean!, worst: stepWorst! }, rest: { mean: restMean!, worst: restWorst! } };
 }
 
 function values(blobs: ArrayBuffer[], first: number): Values {

@@ -14,20 +14,20 @@ const mostFrames = 432_000; // an hour at 120 a second
 const block = 256; // frames; the engine forgets as many at a time
 const shownTime = 20_000; // ms of the log while it is followed
 const fewestShown = 120; // frames
-const mostErrors = 60_000; // pictures
 const mostAppended = 4096; // frames at a time
 const summaryPause = 500; // ms
 const hiddenPause = 250; // ms between pictures that nobody sees
 const drawingShare = 30; // ms of a refresh
 const width = frameColumns.length;
 const sides = ["a", "b"] as const;
+const seenKinds = [["step", "mean"], ["step", "worst"], ["rest", "mean"], ["rest", "worst"]] as const;
 
 /** What one engine made of the log so far. */
 interface LiveRun {
   fields: string[];
   next: number; // frame
   columns: Map<string, Ring<Int32Array>>; // "c0", "target c0"
-  error: { frame: Ring<Float64Array>; mean: Ring<Float64Array>; largest: Ring<Float64Array>; patches: Ring<Float64Array>[] };
+  visible: Ring<Float32Array>[]; // in the order of seenKinds
   newest: Appended | null;
   summaryAt: number;
   summary: Side["summary"];
@@ -197,14 +197,9 @@ class Follower {
       });
       run.next = answer.done;
       run.newest = answer;
-      if (answer.patches) {
-        run.error.frame.append([answer.done - 1]);
-        run.error.mean.append([answer.patches.mean]);
-        run.error.largest.append([answer.patches.largest]);
-        answer.patches.patches.forEach((patch, i) => (run.error.patches[i] ??= new Ring(Float64Array, run.error.mean.end - 1)).append([patch.difference]));
-      }
+      seenKinds.forEach((kind, i) => run.visible[i]!.append(answer.visible[kind[0]][kind[1]]));
       for (const ring of run.columns.values()) ring.forgetBefore(first);
-      this.forgetErrors(run);
+      for (const ring of run.visible) ring.forgetBefore(first);
     }
     if (did && performance.now() > run.summaryAt + summaryPause) {
       run.summary = await engine.summary();
@@ -213,19 +208,12 @@ class Follower {
     return did;
   }
 
-  private forgetErrors(run: LiveRun): void {
-    const { frame, mean, largest, patches } = run.error;
-    if (frame.end - frame.first < 2 * mostErrors) return;
-    for (const ring of [frame, mean, largest, ...patches]) ring.forgetBefore(ring.end - mostErrors);
-  }
-
   private newRun(first: number): LiveRun {
-    const ring = (): Ring<Float64Array> => new Ring(Float64Array, 0);
     return {
       fields: [],
       next: first,
       columns: new Map(),
-      error: { frame: ring(), mean: ring(), largest: ring(), patches: [] },
+      visible: seenKinds.map(() => new Ring<Float32Array>(Float32Array, first)),
       newest: null,
       summaryAt: -Infinity,
       summary: null,
@@ -325,13 +313,11 @@ class Follower {
       explanation: newest.explanation,
       patches: newest.patches,
     };
-    const { frame, mean, largest, patches } = run.error;
-    const known = frame.view(frame.first, frame.end);
-    let at = known.length;
-    while (at > 0 && known[at - 1]! >= from) --at;
-    const cut = (ring: Ring<Float64Array>): Float64Array => ring.view(ring.first + at, ring.end);
-    const errors = newest.patches ? { frame: cut(frame), mean: cut(mean), largest: cut(largest), patches: patches.map(cut) } : null;
-    return { ...side, columns, errors, summary: run.summary, selected: this.session.store.state.follow === "light" && this.shownOnce ? side.selected : selected };
+    const seen = run.visible.map((ring) => ring.view(from, to));
+    const visible = side.info.hasCcm
+      ? { seenFrom: newest.visible.seenFrom, step: { mean: seen[0]!, worst: seen[1]! }, rest: { mean: seen[2]!, worst: seen[3]! } }
+      : null;
+    return { ...side, columns, visible, patchOverLog: null, summary: run.summary, selected: this.session.store.state.follow === "light" && this.shownOnce ? side.selected : selected };
   }
 
   /** Stops at what is shown, with all that there is to go back to, or returns to the newest frame. */

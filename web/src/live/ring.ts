@@ -1,6 +1,6 @@
 // Values of frames that come one after the other, of which the oldest are forgotten.
 
-type Values = Float64Array | Int32Array;
+type Values = Float64Array | Int32Array | Float32Array;
 type Kind<T extends Values> = new (length: number) => T;
 
 /**

@@ -1,10 +1,13 @@
 import { choice, h } from "../dom";
 import { Plot, type Line } from "../draw/plot";
-import { axes, Picture } from "../draw/canvas";
+import { axes, line, Picture } from "../draw/canvas";
+import type { SteepPlace } from "../engine/api";
 import { whenDue } from "../draw/schedule";
 import { frameOf, type Side, type State } from "../store";
 import { panel, signed, type MakePanel } from "./panel";
 
+const lowLightFull = 20; // light value up to which low light alone rules ...
+const lowLightEnd = 50; // ... and from which it takes no part
 const names = ["c0", "c1", "c2", "c3", "c4", "c5", "c6", "c7", "c8"];
 
 /** The matrix without smoothing: over CT or LV, and as a map of both. */
@@ -25,7 +28,7 @@ export const matrixPanel: MakePanel = (session) => {
   );
   const which = choice(
     "map of",
-    [...names.map((name, i): [string, string] => [String(i), name]), ["9", "change to the neighbour"]],
+    [...names.map((name, i): [string, string] => [String(i), name]), ["9", "visible change to the neighbour"]],
     String(store.state.coefficient),
     (value) => store.set({ coefficient: Number(value) }),
   );
@@ -69,7 +72,7 @@ export const matrixPanel: MakePanel = (session) => {
   store.watch(["frame", "light", "follow", "log"], place);
   store.watch(["a", "b", "over", "gridLv", "gridCt", "coefficient", "show"], (state, before) => {
     const drawn: (keyof State)[] = ["over", "gridLv", "gridCt", "coefficient", "show"];
-    const grids = state.a?.grid !== before.a?.grid || state.b?.grid !== before.b?.grid;
+    const grids = state.a?.grid !== before.a?.grid || state.b?.grid !== before.b?.grid || state.a?.steepest !== before.a?.steepest;
     if (grids || drawn.some((k) => state[k] !== before[k])) all();
   });
   return { element };
@@ -87,11 +90,42 @@ function cut(side: Side | null, k: number, state: State): number[] | null {
   return grid.lv.map((_, row) => grid.coefficients[k]![row * width + column]!);
 }
 
+interface Steep {
+  row: string;
+  place: SteepPlace;
+  lv: [number, number]; // where the map shows it
+}
+
+/** Steps on the tuned gains that are seen; without any, the steepest there is. Flash has no place on the map. */
+function steepPlaces(side: Side): Steep[] {
+  const { steepest, grid } = side;
+  if (!steepest || !grid) return [];
+  const reach: Record<string, [number, number]> = { normal: [lowLightEnd, grid.lv.at(-1)!], low_light: [grid.lv[0]!, lowLightFull] };
+  if (!steepest.rows["low_light"]) reach["normal"]![0] = grid.lv[0]!;
+  const found: Steep[] = [];
+  for (const [row, { on_locus: place }] of Object.entries(steepest.rows)) {
+    if (place && reach[row]) found.push({ row, place, lv: reach[row] });
+  }
+  if (steepest.over_lv) found.push({ row: "over LV", place: steepest.over_lv, lv: [steepest.over_lv.from.lv, steepest.over_lv.to.lv] });
+  const { mean, worst } = steepest.seen_from;
+  const strength = ({ place }: Steep): number => Math.max(place.mean / mean, place.worst / worst);
+  found.sort((a, b) => strength(b) - strength(a));
+  const seen = found.filter(({ place }) => place.seen);
+  return seen.length > 0 ? seen : found.slice(0, 1);
+}
+
+function steepText({ row, place }: Steep): string {
+  const { from, to } = place;
+  const where = from.lv === to.lv ? `${from.cct.toFixed()} to ${to.cct.toFixed()} K, row ${row}` : `LV ${from.lv} to ${to.lv}, ${from.cct.toFixed()} K`;
+  const size = `CIEDE2000 ${place.mean.toFixed(1)} on average, ${place.worst.toFixed(1)} in ${place.worst_patch}`;
+  return `${place.seen ? "steepest step" : "no step that is seen; steepest"} ${size}, ${where}${place.seen && place.jump ? ", a jump" : ""}`;
+}
+
 function drawMap(map: Picture, state: State): void {
   const grid = state.a!.grid!;
   const width = grid.cct.length;
-  const of = (side: Side): Int32Array =>
-    state.coefficient === 9 ? side.grid!.slope : side.grid!.coefficients[state.coefficient]!;
+  const visible = state.coefficient === 9;
+  const of = (side: Side): Int32Array | Float32Array => (visible ? side.grid!.slope : side.grid!.coefficients[state.coefficient]!);
   const own = of(state.a!);
   const difference = state.show === "difference" && state.b?.grid;
   const values = difference ? of(state.b!).map((v, i) => v - own[i]!) : own;
@@ -101,11 +135,12 @@ function drawMap(map: Picture, state: State): void {
     low = Math.min(low, v);
     high = Math.max(high, v);
   }
-  const name = state.coefficient === 9 ? "largest change to a neighbour" : names[state.coefficient]!;
-  const steepest = grid.slope.indexOf(Math.max(...grid.slope));
+  const name = visible ? "CIEDE2000 of the worst patch to a neighbour" : names[state.coefficient]!;
+  const digits = visible ? 1 : 0;
+  const steep = steepPlaces(state.a!);
   map.draw(
-    `${name}${difference ? ", B − A" : ""}: ${difference ? signed(low) : low} (pale) to ${high} (dark)` +
-      ` · steepest step ${grid.slope[steepest]} at ${grid.cct[steepest % width]} K, LV ${grid.lv[Math.floor(steepest / width)]}`,
+    `${name}${difference ? ", B − A" : ""}: ${difference ? signed(low, digits) : low.toFixed(digits)} (pale) to ${high.toFixed(digits)} (dark)` +
+      (steep[0] ? ` · ${steepText(steep[0])}` : ""),
     (g, w, h, c) => {
       const box = { left: 44, top: 8, right: w - 10, bottom: h - 22 };
       const s = axes(g, c, box, { x: [grid.cct[0]!, grid.cct.at(-1)!], y: [grid.lv[0]!, grid.lv.at(-1)!] }, { x: "K", y: "LV" });
@@ -125,10 +160,14 @@ function drawMap(map: Picture, state: State): void {
       g.strokeStyle = c.b;
       g.lineWidth = 1.5;
       g.strokeRect(s.x(frame.cct) - 4, s.y(frame.lv) - 4, 8, 8);
-      g.strokeStyle = c.ink;
-      g.beginPath();
-      g.arc(s.x(grid.cct[steepest % width]!), s.y(grid.lv[Math.floor(steepest / width)]!), 6, 0, 7);
-      g.stroke();
+      g.strokeStyle = c.mark;
+      for (const { place, lv } of steep) {
+        const x = Math.min(box.right, Math.max(box.left, s.x((place.from.cct + place.to.cct) / 2)));
+        line(g, x, s.y(lv[0]), x, s.y(lv[1]));
+        g.beginPath();
+        g.arc(x, s.y((lv[0] + lv[1]) / 2), 5, 0, 7);
+        g.stroke();
+      }
     },
     () => ["kelvin,lv," + name, ...Array.from(values, (v, i) => `${grid.cct[i % width]},${grid.lv[Math.floor(i / width)]},${v}`)],
   );

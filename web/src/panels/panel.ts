@@ -19,4 +19,4 @@ export function panel(id: string, title: string, note: string, ...content: Node[
 }
 
 export const gainText = (value: number): string => (value / 512).toFixed(3);
-export const signed = (value: number): string => (value > 0 ? "+" : "") + String(value);
+export const signed = (value: number, digits = 0): string => (value > 0 ? "+" : "") + value.toFixed(digits);

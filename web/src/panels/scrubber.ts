@@ -2,10 +2,11 @@ import { button, h, onFrame } from "../dom";
 import { colors } from "../draw/theme";
 import { factorOf, scaled } from "../draw/zoom";
 import { numberOf, type State } from "../store";
-import { landmarks, spans } from "./summary";
+import { landmarks, spans, visibleSteps } from "./summary";
 import type { MakePanel } from "./panel";
 
 const height = 44;
+const markHeight = 9; // of a visible step
 const framesPerSecond = 30;
 
 /** The log along the whole width: light value, flash, scene and capture, and where we stand. */
@@ -73,6 +74,8 @@ export const scrubber: MakePanel = (session) => {
       g.lineTo(px, height - 3 - (lv[i]! / most) * (height - 8));
     }
     g.stroke();
+    g.fillStyle = c.mark;
+    for (const step of visibleSteps(store.state.a)) g.fillRect(x(step) - 0.5, 0, 1, markHeight);
     if (zoom) {
       g.fillStyle = c.quiet; // what the plots below leave out
       g.globalAlpha = 0.3;
@@ -110,8 +113,8 @@ export const scrubber: MakePanel = (session) => {
     },
     { passive: false },
   );
-  const jumps = ["change", "flash", "clip", "largest step"].map((kind) => button("Next " + kind, () => next(kind)));
-  jumps[3]!.textContent = "Largest step";
+  const jumps = ["change", "flash", "clip", "visible step", "worst frame"].map((kind) => button("Next " + kind, () => next(kind)));
+  jumps.at(-1)!.textContent = "Worst frame";
   const element = h(
     "section",
     { id: "scrubber", "aria-label": "Frames of the log" },
@@ -120,6 +123,7 @@ export const scrubber: MakePanel = (session) => {
     h("div", { class: "row" }, play, button("◀", () => step(-1), "Frame before"), button("▶", () => step(1), "Frame after"), ...jumps, place),
   );
   store.watch(["log", "frame", "follow", "zoom"], show);
+  store.watch(["a"], (state, before) => state.a?.visible !== before.a?.visible && show(state));
   show(store.state);
   return { element };
 };

@@ -1,5 +1,6 @@
 // What the summary of a run tells the panels.
 import { counted, h } from "../dom";
+import type { Visible } from "../engine/api";
 import type { Side, SideName, State } from "../store";
 
 interface Settling {
@@ -84,7 +85,38 @@ export function spans(column: ArrayLike<number>, count: number, each: (from: num
   }
 }
 
-/** Where the log changes, flashes, clips, or takes its largest step after the start: frame numbers from 0. */
+const stepsOf = new WeakMap<Visible, number[]>();
+
+/** The first frame of each run of visible steps after the start, from 0. */
+export function visibleSteps(side: Side | null): number[] {
+  const visible = side?.visible;
+  if (!visible) return [];
+  const known = stepsOf.get(visible);
+  if (known) return known;
+  const { step, seenFrom } = visible;
+  const found: number[] = [];
+  let before = false;
+  for (let i = startEnds(side); i < step.worst.length; ++i) {
+    const seen = step.worst[i]! >= seenFrom.worst || step.mean[i]! >= seenFrom.mean;
+    if (seen && !before) found.push(i);
+    before = seen;
+  }
+  stepsOf.set(visible, found);
+  return found;
+}
+
+/** After the start, the frame farthest from rest; where that is measured nowhere, the largest step. */
+function worstFrame(side: Side): number | null {
+  const { rest, step } = side.visible!;
+  for (const { worst } of [rest, step]) {
+    let at: number | null = null;
+    for (let i = startEnds(side); i < worst.length; ++i) if (worst[i]! > (at === null ? 0 : worst[at]!)) at = i;
+    if (at !== null) return at;
+  }
+  return null;
+}
+
+/** Where the log changes, flashes, clips, steps visibly, or is worst after the start: frame numbers from 0. */
 export function landmarks(state: State, kind: string): number[] {
   const { log, a } = state;
   if (!log) return [];
@@ -95,6 +127,11 @@ export function landmarks(state: State, kind: string): number[] {
     const found: number[] = [];
     spans(log.columns.flash, log.count, (from) => found.push(from));
     return found;
+  }
+  if (kind === "visible step") return visibleSteps(a);
+  if (a?.visible) {
+    const worst = worstFrame(a);
+    return worst === null ? [] : [worst];
   }
   const moved = state.fields.flatMap((field) => summary?.fields[field] ?? []);
   const largest = moved.reduce<Motion | null>((most, each) => (each.largest_step > (most?.largest_step ?? 0) ? each : most), null);

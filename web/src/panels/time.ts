@@ -7,7 +7,7 @@ import { frameColumns, type FrameColumn, type FrameLog } from "../engine/api";
 import { holding, scaled, within } from "../draw/zoom";
 import { numberOf, type State } from "../store";
 import { panel, type MakePanel } from "./panel";
-import { errorOverTime } from "./error-over-time";
+import { visibleOverTime } from "./visible-over-time";
 import { factsOf, spans, summaryOf } from "./summary";
 
 const rowHeight = 96;
@@ -28,6 +28,7 @@ export const timePanel: MakePanel = (session) => {
   };
   input.addEventListener("change", add);
   const facts = h("div", { class: "facts" });
+  const plots = (): Plot[] => [...visible.plots, ...Array.from(rows.values(), (row) => row.plot)];
   const zoomTo = (zoom: State["zoom"]): void => store.set({ zoom });
   const scale = (factor: number, at = numberOf(store.state)): void => {
     const { zoom, log } = store.state;
@@ -41,14 +42,14 @@ export const timePanel: MakePanel = (session) => {
     zoom: (from: number, to: number) => zoomTo(within(from, to, store.state.log?.count ?? 1, store.state.log?.first)),
     turn: scale,
   };
-  const error = errorOverTime(overTime);
+  const visible = visibleOverTime({ ...overTime, bands: (u) => bands(u, "") });
   const shownPart = h("output", { class: "note" });
   const whole = button("Whole log", () => zoomTo(null));
   const showPart = (): void => {
     const { zoom, log } = store.state;
     shownPart.textContent = zoom && log ? `frames ${zoom[0]} to ${zoom[1]} of ${log.first - 1 + log.count}` : "";
     whole.hidden = zoom === null;
-    for (const { plot } of [error, ...rows.values()]) plot.show(zoom);
+    for (const plot of plots()) plot.show(zoom);
   };
 
   const bands = (u: uPlot, field: string): void => {
@@ -130,7 +131,7 @@ export const timePanel: MakePanel = (session) => {
       row.element.hidden = lines.length === 0;
       if (lines.length > 0) row.plot.draw(x, lines, field + unitOf(field) + motionOf(state, field));
     }
-    error.show(state);
+    visible.show(state, x);
     fill(facts, ...factsOf(state));
   };
   const element = panel(
@@ -146,13 +147,13 @@ export const timePanel: MakePanel = (session) => {
     h("div", { class: "row" }, input, button("Add field", add), known),
     facts,
     h("div", { class: "row" }, button("+", () => scale(0.5), "Zoom in"), button("−", () => scale(2), "Zoom out"), whole, shownPart),
-    error.plot.element,
+    ...visible.plots.map((plot) => plot.element),
     list,
   );
   const again = whenDue(element, () => show(store.state));
   store.watch(["a", "b", "log", "fields", "show", "patch"], (state, before) => {
     const drawn = (["a", "b"] as const).some(
-      (n) => state[n]?.columns !== before[n]?.columns || state[n]?.summary !== before[n]?.summary || state[n]?.errors !== before[n]?.errors || !state[n] !== !before[n],
+      (n) => state[n]?.columns !== before[n]?.columns || state[n]?.summary !== before[n]?.summary || state[n]?.patchOverLog !== before[n]?.patchOverLog || !state[n] !== !before[n],
     );
     if (state.a?.info !== before.a?.info || state.b?.info !== before.b?.info) {
       fill(known, ...names(state).map((name) => h("option", { value: name })));
@@ -162,7 +163,7 @@ export const timePanel: MakePanel = (session) => {
   store.watch(
     ["frame", "follow", "log"],
     whenDue(list, () => {
-      for (const { plot } of [error, ...rows.values()]) plot.mark(placeOf(store.state));
+      for (const plot of plots()) plot.mark(placeOf(store.state));
     }),
   );
   store.watch(["frame", "follow"], ({ zoom, frame, follow, log }) => {
