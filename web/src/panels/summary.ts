@@ -12,6 +12,7 @@ interface Change {
   first: number;
   last: number;
   held: number;
+  visible?: { state: string; settled_after: number | null; overshoot: { worst: number } | null };
   ccm?: Settling;
   color?: Settling;
 }
@@ -21,6 +22,7 @@ export interface Summary {
   changes: Change[];
   clipped: { frames: number; spans: { first: number; last: number }[] };
   flicker: { spans: { first: number; last: number }[] };
+  visible?: { flicker: { spans: { first: number; last: number }[] } };
   fields: Record<string, Motion>;
 }
 export interface Motion {
@@ -51,11 +53,16 @@ function factTable(name: SideName, summary: Summary): HTMLElement {
     const stall = s.stall && s.stall.target !== s.stall.resting ? `, ${s.stall.field} rests at ${s.stall.resting} of ${s.stall.target}` : "";
     return (s.settled_after === null ? s.state.replaceAll("_", " ") : counted(s.settled_after, "frame")) + stall;
   };
+  const seen = ({ visible }: Change): string => {
+    if (!visible) return "";
+    const over = visible.overshoot && visible.overshoot.worst > 0 ? `, overshoot ${visible.overshoot.worst.toFixed(1)}` : "";
+    return (visible.settled_after === null ? visible.state.replaceAll("_", " ") : counted(visible.settled_after, "frame")) + over;
+  };
   return h(
     "table",
     { class: "side-" + name },
     h("caption", {}, `${name.toUpperCase()} · settling; noise ${summary.noise_percent} % · clipped in ${counted(summary.clipped.frames, "frame")}`),
-    h("thead", {}, h("tr", {}, ...["light changes in frames", "held", "matrix", "colour"].map((t) => h("th", { scope: "col" }, t)))),
+    h("thead", {}, h("tr", {}, ...["light changes in frames", "held", "seen", "matrix", "colour"].map((t) => h("th", { scope: "col" }, t)))),
     h(
       "tbody",
       {},
@@ -65,6 +72,7 @@ function factTable(name: SideName, summary: Summary): HTMLElement {
           {},
           h("td", {}, change === summary.cold_start ? "start" : change.first === change.last ? change.first : `${change.first}–${change.last}`),
           h("td", {}, change.held),
+          h("td", {}, seen(change)),
           h("td", {}, told(change.ccm)),
           h("td", {}, told(change.color)),
         ),

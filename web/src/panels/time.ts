@@ -89,7 +89,7 @@ export const timePanel: MakePanel = (session) => {
     }
     for (const [spans, color, from] of [
       [summary?.clipped.spans, c.clip, 3],
-      [summary?.flicker.spans, c.flicker, 7],
+      [summary?.visible ? summary.visible.flicker.spans : summary?.flicker.spans, c.flicker, 7],
     ] as const) {
       g.fillStyle = color;
       for (const span of spans ?? []) {
