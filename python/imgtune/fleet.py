@@ -50,14 +50,48 @@ def _rows(tuning: Union[Path, _core.Tuning], logs: Sequence[Path], load: Callabl
     return rows
 
 
-def _in_processes(tasks: Sequence[tuple], workers: int) -> list[list[Row]]:
+def _verdict_rows(
+    tuning: Union[Path, _core.Tuning],
+    logs: Sequence[Optional[Path]],
+    load: Callable,
+    options: Row,
+) -> list[Row]:
+    """The verdicts of a chunk of logs, flat; None stands for the tuning itself."""
+    name = tuning.name if isinstance(tuning, _core.Tuning) else os.fspath(tuning)
+    limits, against = options["limits"], options["against"]
+    rows: list[Row] = []
+    for log in logs:
+        row: Row = {"tuning": name, "log": log and os.fspath(log), "accepted": False, "error": None}
+        try:
+            if not isinstance(tuning, _core.Tuning):
+                tuning = _core.Tuning.load(tuning)
+            if isinstance(against, (str, os.PathLike)):
+                against = _core.Tuning.load(against)
+            if log is None:
+                verdict = _core.judge_tuning(tuning, limits, against=against)
+            else:
+                frames = load(log)
+                verdict = _core.judge(tuning, frames, limits, log=row["log"], against=against)
+            row.update(accepted=verdict["accepted"], frames=verdict.get("frames", 0))
+            for limit in verdict["limits"]:
+                for key in ("value", "allowed", "broken", "frame", "where"):
+                    row[f"{limit['limit']}.{key}"] = limit[key]
+        except InputError as error:
+            row["error"] = str(error)
+        rows.append(row)
+    return rows
+
+
+def _in_processes(
+    work: Callable[..., list[Row]], tasks: Sequence[tuple], workers: int
+) -> list[list[Row]]:
     """Runs the tasks; what a process that died had taken is run again."""
     done: dict[int, list[Row]] = {}
     for _ in range(_ATTEMPTS):
         with concurrent.futures.ProcessPoolExecutor(workers) as pool:
             try:
                 left = [i for i in range(len(tasks)) if i not in done]
-                running = {i: pool.submit(_rows, *tasks[i]) for i in left}
+                running = {i: pool.submit(work, *tasks[i]) for i in left}
             except BrokenProcessPool:
                 continue
             for i, future in running.items():
@@ -66,6 +100,37 @@ def _in_processes(tasks: Sequence[tuple], workers: int) -> list[list[Row]]:
         if len(done) == len(tasks):
             return [done[i] for i in range(len(tasks))]
     raise RuntimeError(f"worker processes died in each of {_ATTEMPTS} attempts")
+
+
+def _spread(
+    work: Callable[..., list[Row]],
+    pairs: Sequence[tuple[Any, Sequence]],
+    client: Any,
+    workers: Optional[int],
+    load: Callable,
+    options: Row,
+) -> "pandas.DataFrame":
+    """A row for each log of each tuning, in their order, worked out in chunks."""
+    import pandas
+
+    if client is not None:
+        count = sum(client.nthreads().values())
+    else:
+        count = workers or os.cpu_count() or 1
+    size = sum(len(logs) for _, logs in pairs) // (_CHUNKS_A_WORKER * max(count, 1))
+    size = min(max(size, 1), _LARGEST_CHUNK)
+    tasks = [
+        (tuning, list(logs[first : first + size]), load, options)
+        for tuning, logs in pairs
+        for first in range(0, len(logs), size)
+    ]
+    if client is not None:
+        chunks = client.gather([client.submit(work, *task, pure=False) for task in tasks])
+    elif workers == 0:
+        chunks = [work(*task) for task in tasks]
+    else:
+        chunks = _in_processes(work, tasks, count)
+    return pandas.DataFrame([row for chunk in chunks for row in chunk])
 
 
 def summarize(
@@ -106,14 +171,7 @@ def summarize(
         visible.flicker.worst, visible.settling.median_frames, visible.overshoot.worst,
         clipped.frames.
     """
-    import pandas
-
-    if client is not None:
-        count = sum(client.nthreads().values())
-    else:
-        count = workers or os.cpu_count() or 1
-    pairs = len(tunings) * len(logs)
-    size = min(max(pairs // (_CHUNKS_A_WORKER * max(count, 1)), 1), _LARGEST_CHUNK)
+    pairs = [(tuning, logs) for tuning in tunings]
     options = {
         "fps": fps,
         "noise": noise,
@@ -122,15 +180,37 @@ def summarize(
         "settled": settled,
         "patch": patch,
     }
-    tasks = [
-        (tuning, list(logs[first : first + size]), load, options)
-        for tuning in tunings
-        for first in range(0, len(logs), size)
-    ]
-    if client is not None:
-        chunks = client.gather([client.submit(_rows, *task, pure=False) for task in tasks])
-    elif workers == 0:
-        chunks = [_rows(*task) for task in tasks]
-    else:
-        chunks = _in_processes(tasks, count)
-    return pandas.DataFrame([row for chunk in chunks for row in chunk])
+    return _spread(_rows, pairs, client, workers, load, options)
+
+
+def judge(
+    tunings: Sequence[Union[Path, _core.Tuning]],
+    logs: Sequence[Path],
+    limits: Path,
+    client: Any = None,
+    *,
+    against: Union[Path, _core.Tuning, None] = None,
+    workers: Optional[int] = None,
+    load: Callable[[Path], np.ndarray] = load_frames,
+) -> "pandas.DataFrame":
+    """Holds every tuning against limits, over every log: the verdicts of `imgtune judge`.
+
+    Parameters
+    ----------
+    tunings, logs, client, workers, load
+        As for `summarize`.
+    limits : path
+        Limits as `imgtune judge --starter` writes them.
+    against : path or Tuning, optional
+        The old tuning, for limits with no_worse_by.
+
+    Returns
+    -------
+    pandas.DataFrame
+        For each tuning a row with log None, about the tuning itself, then one a log: tuning, log,
+        accepted, error (None where it could be judged), frames, and for each limit value, allowed,
+        broken, frame and where by dotted names, such as visible_step.value.
+    """
+    pairs = [(tuning, [None, *logs]) for tuning in tunings]
+    options = {"limits": os.path.abspath(limits), "against": against}
+    return _spread(_verdict_rows, pairs, client, workers, load, options)

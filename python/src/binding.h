@@ -30,6 +30,7 @@ void bind_replay(py::module_& module);
 void bind_studies(py::module_& module);
 void bind_calibration(py::module_& module);
 void bind_capture(py::module_& module);
+void bind_judging(py::module_& module);
 void bind_frame_logs(py::module_& module);
 void bind_library(py::module_& module);
 

@@ -87,5 +87,6 @@ PYBIND11_MODULE(_core, module) {
     bind_studies(module);
     bind_calibration(module);
     bind_capture(module);
+    bind_judging(module);
     bind_library(module);
 }

@@ -33,4 +33,9 @@ def test_a_lost_worker_loses_nothing(tmp_path):
         n_workers=2, threads_per_worker=1, processes=True, dashboard_address=None
     ) as cluster, distributed.Client(cluster) as client:
         assert fleet.summarize(tunings, logs, client, load=die_once).equals(serial)
+        (tmp_path / "died").unlink()
+        limits = tmp_path / "limits.yaml"
+        limits.write_text("format: imgtune-limits/1\nlimits: {visible_step: 3}\n")
+        judged = fleet.judge(tunings, logs, limits, workers=0)
+        assert fleet.judge(tunings, logs, limits, client, load=die_once).equals(judged)
     assert (tmp_path / "died").exists()

@@ -463,6 +463,60 @@ def test_fleet_gives_the_serial_rows(tmp_path):
     assert (tmp_path / "died").exists()
 
 
+LIMITS = """format: imgtune-limits/1
+limits: {visible_step: 3, settling_frames: 40, clipped_share: {no_worse_by: 0}, check_errors: 0}
+overrides: [{logs: "*walk*", limits: {visible_step: 0.1}}]
+"""
+
+
+def test_verdicts_are_those_of_the_command_line(tmp_path):
+    pytest.importorskip("pandas")
+    from imgtune import fleet
+
+    limits = tmp_path / "limits.yaml"
+    limits.write_text(LIMITS)
+    logs = [tmp_path / name for name in ("dusk.csv", "walk.csv", "short.csv")]
+    for log in logs[:2]:
+        shutil.copy(log_path(f"imx477-{log.stem}"), log)
+    logs[2].write_text("lv\n")
+    path = tuning_path("imx477-polynomial")
+    command = [os.environ["IMGTUNE_TOOL"], "judge", str(path), *map(str, logs)]
+    command += ["--limits", str(limits), "--against", str(path), "--json"]
+    run = subprocess.run(command, capture_output=True, text=True)
+    told = json.loads(run.stdout)
+    assert run.returncode == 1 and not told["accepted"]
+    rows = fleet.judge([path], logs, limits, against=path, workers=0)
+    assert len(rows) == 4 and rows["log"][0] is None and rows["accepted"].tolist()[0]
+    by_log = {verdict["log"]: verdict for verdict in told["logs"]}
+    for _, row in rows.iloc[1:].iterrows():
+        verdict = by_log[row["log"]]
+        assert row["accepted"] == verdict["accepted"]
+        assert (row["error"] is None) == (verdict["error"] is None)
+        for limit in verdict["limits"]:
+            assert row[f"{limit['limit']}.value"] == limit["value"]
+            assert row[f"{limit['limit']}.broken"] == limit["broken"]
+    assert not by_log[str(logs[1])]["accepted"], "its override is strict"
+    parallel = fleet.judge([path], logs, limits, against=path, workers=2)
+    assert parallel.equals(rows)
+    with pytest.raises(imgtune.InputError, match="against"):
+        imgtune.judge(imgtune.Tuning.load(path), imgtune.load_frames(logs[0]), limits)
+
+
+def test_smooth_meets_its_wish_by_its_own_measure(tmp_path):
+    tuning = imgtune.Tuning.load(tuning_path("imx477-polynomial"))
+    walk = imgtune.load_frames(log_path("imx477-flash-shot"))
+    found, told = imgtune.smooth(tuning, [walk], settle=60, step=5.0, at_rest=2.0)
+    assert told["tried"] == 526 and told["met"]
+    assert found["caller.weights"].tolist() == told["chosen"]["weights"]
+    limits = tmp_path / "limits.yaml"
+    limits.write_text("format: imgtune-limits/1\nlimits: {visible_step: 5, error_at_rest: 2}\n")
+    found.has_color = False
+    verdict = imgtune.judge(found, walk, limits)
+    assert verdict["accepted"]
+    assert verdict["limits"][0]["value"] == told["chosen"]["step"]
+    assert imgtune.smooth(tuning, [walk], settle=60, step=5.0, at_rest=2.0, workers=1)[1] == told
+
+
 def test_plots_take_and_return_axes(tuning, walk):
     matplotlib = pytest.importorskip("matplotlib")
     matplotlib.use("Agg")
