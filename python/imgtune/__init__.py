@@ -42,7 +42,7 @@ from ._core import (
     sweep,
 )
 from ._errors import InputError
-from ._files import load_frames, load_registers, save_frames, save_registers
+from ._files import load_frames, load_registers, save_frames, save_registers, to_dataframe
 
 __all__ = [
     "FRAME_DTYPE",
@@ -69,4 +69,5 @@ __all__ = [
     "steepest",
     "summary",
     "sweep",
+    "to_dataframe",
 ]

@@ -43,7 +43,12 @@ class Tuning:
     @staticmethod
     def paths() -> list[str]: ...
     def save(
-        self, path: _Path, *, form: Literal["yaml", "images"] = ..., comments: bool = ...
+        self,
+        path: _Path,
+        *,
+        form: Literal["yaml", "images"] = ...,
+        comments: bool = ...,
+        overwrite: bool = ...,
     ) -> None: ...
     def export_calibration(
         self, path: _Path, *, form: Literal["json", "yaml"] = ..., cts: Sequence[float] = ...

@@ -1,10 +1,7 @@
 """The exception that everything unusable ends in."""
 
-import re
 from collections.abc import Iterable
 from typing import Any, Optional
-
-_PLACE = re.compile(r"^(?P<file>[^\n]*?):(?P<line>\d+): (?:column '(?P<field>[^']*)')?")
 
 
 class InputError(ValueError):
@@ -22,18 +19,30 @@ class InputError(ValueError):
         Every finding, as `Tuning.check` returns them.
     """
 
-    def __init__(self, message: str, findings: Iterable[dict[str, Any]] = ()) -> None:
+    def __init__(
+        self,
+        message: str,
+        findings: Iterable[dict[str, Any]] = (),
+        *,
+        file: Optional[str] = None,
+        line: Optional[int] = None,
+        field: Optional[str] = None,
+    ) -> None:
         super().__init__(message)
         self.findings = list(findings)
-        self.file: Optional[str] = None
-        self.line: Optional[int] = None
-        self.field: Optional[str] = None
         if self.findings:
             first = next((f for f in self.findings if f["severity"] == "error"), self.findings[0])
-            self.file = first.get("file") or None
-            self.line = first.get("line") or None
-            self.field = first.get("path") or None
-        elif place := _PLACE.match(message):
-            self.file = place["file"]
-            self.line = int(place["line"])
-            self.field = place["field"]
+            file, line, field = first.get("file"), first.get("line"), first.get("path")
+        self.file = file or None
+        self.line = line or None
+        self.field = field or None
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return _made, (type(self), self.args, self.__dict__)
+
+
+def _made(kind: type, args: tuple, attributes: dict[str, Any]) -> InputError:
+    """An error as it was in another process."""
+    error = kind.__new__(kind, *args)
+    error.__dict__.update(attributes)
+    return error

@@ -21,9 +21,8 @@ def _about(path: pathlib.Path) -> Iterator[None]:
     try:
         yield
     except (OSError, ValueError, EOFError, zipfile.BadZipFile) as error:
-        named = InputError(f"{path}: {getattr(error, 'strerror', None) or error}")
-        named.file, named.field = str(path), getattr(error, "field", None)
-        raise named from error
+        what, field = getattr(error, "strerror", None) or error, getattr(error, "field", None)
+        raise InputError(f"{path}: {what}", file=str(path), field=field) from error
 
 
 def _read_npz(path: pathlib.Path) -> Columns:
@@ -103,9 +102,10 @@ _WRITERS = {".npz": _write_npz, ".arrow": _write_arrow, ".parquet": _write_parqu
 def _form(path: pathlib.Path, forms: Mapping[str, Callable]) -> Callable:
     if form := forms.get(path.suffix.lower()):
         return form
-    error = InputError(f"{path}: the suffix says the form; known are {', '.join(forms)}")
-    error.file, error.field = str(path), "path"
-    raise error
+    known = ", ".join(forms)
+    raise InputError(
+        f"{path}: the suffix says the form; known are {known}", file=str(path), field="path"
+    )
 
 
 def _write(path: pathlib.Path, array: np.ndarray, forms: Mapping[str, Callable]) -> None:
@@ -118,6 +118,43 @@ def _write(path: pathlib.Path, array: np.ndarray, forms: Mapping[str, Callable])
             os.replace(beside, path)
         finally:
             beside.unlink(missing_ok=True)
+
+
+def to_dataframe(registers):
+    """The registers as a table of one column a number.
+
+    pandas.DataFrame takes no columns of several dimensions, as `replay`'s matrix is one.
+
+    Parameters
+    ----------
+    registers : structured array (N,)
+        As `replay` returns it.
+
+    Returns
+    -------
+    pandas.DataFrame
+        Columns as the command line names them: c0 to c8 for the matrix, ccm0 to ccm5, color0 to
+        color116, "Luma.PY[0]" and so on.
+
+    Examples
+    --------
+    >>> t = imgtune.Tuning.starter()
+    >>> light = {"lv": [100], "cct": [5000], "awb_r": [900], "awb_g": [512], "awb_b": [700]}
+    >>> list(imgtune.to_dataframe(imgtune.replay(t, light, fields=["Global.*", "LSP.LSP1"])))[2:5]
+    ['Global.S', 'LSP.LSP1[0]', 'LSP.LSP1[1]']
+    """
+    import pandas
+
+    columns = {}
+    for name in registers.dtype.names:
+        values = registers[name]
+        if values.ndim == 1:
+            columns[name] = values
+            continue
+        short = {"matrix": "c", "ccm": "ccm", "color": "color"}.get(name)
+        for k, column in enumerate(values.reshape(len(values), -1).T):
+            columns[f"{name}[{k}]" if short is None else f"{short}{k}"] = column
+    return pandas.DataFrame(columns)
 
 
 def load_frames(path):

@@ -1,10 +1,14 @@
 """Many logs against many tunings: one summary row for each pair."""
 
 import concurrent.futures
+import functools
+import multiprocessing
 import os
-from collections.abc import Callable, Sequence
+import signal
+import sys
+from collections.abc import Callable, Iterable, Iterator, Sequence
 from concurrent.futures.process import BrokenProcessPool
-from typing import TYPE_CHECKING, Any, Optional, Union
+from typing import TYPE_CHECKING, Any, NamedTuple, Optional, Union
 
 import numpy as np
 
@@ -17,10 +21,13 @@ if TYPE_CHECKING:
 
 Path = Union[str, "os.PathLike[str]"]
 Row = dict[str, Any]
+# What a study says of a log; of the tuning itself where the log is None.
+Study = Callable[[_core.Tuning, Optional[Path], Callable, Row], Row]
 
 _CHUNKS_A_WORKER = 8
-_LARGEST_CHUNK = 64
+_LARGEST_CHUNK = 16
 _ATTEMPTS = 3
+_STOPPED = "not run: stopped by Ctrl-C"
 
 
 def _flat(values: Row, prefix: str = "") -> Row:
@@ -34,103 +41,196 @@ def _flat(values: Row, prefix: str = "") -> Row:
     return flat
 
 
-def _rows(tuning: Union[Path, _core.Tuning], logs: Sequence[Path], load: Callable, options: Row):
-    """The summaries of a chunk of logs, flat; an unusable input yields its error."""
-    name = tuning.name if isinstance(tuning, _core.Tuning) else os.fspath(tuning)
+class _Chunk(NamedTuple):
+    """A tuning and some of the logs that run through it."""
+
+    name: str  # of the tuning, as its rows show it
+    yaml: str
+    logs: Sequence[Optional[Path]]
+    without_result: Row  # what a row says besides its error
+
+    def row(self, log: Optional[Path], error: Optional[str] = None) -> Row:
+        name = None if log is None else os.fspath(log)
+        return {"tuning": self.name, "log": name, "error": error, **self.without_result}
+
+
+@functools.lru_cache(maxsize=8)
+def _read(yaml: str, name: str) -> _core.Tuning:
+    """Each process reads a tuning once, not once a chunk."""
+    return _core.Tuning.from_yaml(yaml, name)
+
+
+def _rows(study: Study, chunk: _Chunk, load: Callable, options: Row) -> list[Row]:
+    """The rows of a chunk of logs, flat; an unusable log yields its error."""
     rows: list[Row] = []
-    for log in logs:
-        row: Row = {"tuning": name, "log": os.fspath(log), "error": None}
+    for log in chunk.logs:
+        row = chunk.row(log)
         try:
-            if not isinstance(tuning, _core.Tuning):
-                tuning = _core.Tuning.load(tuning)
-            row.update(_flat(_core.summary_row(tuning, load(log), **options)))
+            row.update(study(_read(chunk.yaml, chunk.name), log, load, options))
         except InputError as error:
             row["error"] = str(error)
         rows.append(row)
     return rows
 
 
-def _verdict_rows(
-    tuning: Union[Path, _core.Tuning],
-    logs: Sequence[Optional[Path]],
-    load: Callable,
-    options: Row,
-) -> list[Row]:
-    """The verdicts of a chunk of logs, flat; None stands for the tuning itself."""
-    name = tuning.name if isinstance(tuning, _core.Tuning) else os.fspath(tuning)
-    limits, against = options["limits"], options["against"]
-    rows: list[Row] = []
-    for log in logs:
-        row: Row = {"tuning": name, "log": log and os.fspath(log), "accepted": False, "error": None}
-        try:
-            if not isinstance(tuning, _core.Tuning):
-                tuning = _core.Tuning.load(tuning)
-            if isinstance(against, (str, os.PathLike)):
-                against = _core.Tuning.load(against)
-            if log is None:
-                verdict = _core.judge_tuning(tuning, limits, against=against)
-            else:
-                frames = load(log)
-                verdict = _core.judge(tuning, frames, limits, log=row["log"], against=against)
-            row.update(accepted=verdict["accepted"], frames=verdict.get("frames", 0))
-            for limit in verdict["limits"]:
-                for key in ("value", "allowed", "broken", "frame", "where"):
-                    row[f"{limit['limit']}.{key}"] = limit[key]
-        except InputError as error:
-            row["error"] = str(error)
-        rows.append(row)
-    return rows
+class _Progress:
+    """Pairs done so far, as a bar of tqdm where that is installed and somebody looks."""
 
-
-def _in_processes(
-    work: Callable[..., list[Row]], tasks: Sequence[tuple], workers: int
-) -> list[list[Row]]:
-    """Runs the tasks; what a process that died had taken is run again."""
-    done: dict[int, list[Row]] = {}
-    for _ in range(_ATTEMPTS):
-        with concurrent.futures.ProcessPoolExecutor(workers) as pool:
+    def __init__(self, total: int, shown: bool) -> None:
+        self._bar = None
+        if shown:
             try:
-                left = [i for i in range(len(tasks)) if i not in done]
-                running = {i: pool.submit(work, *tasks[i]) for i in left}
+                from tqdm.auto import tqdm
+            except ImportError:
+                return
+            self._bar = tqdm(total=total, unit="log")
+
+    def add(self, count: int) -> None:
+        if self._bar is not None:
+            self._bar.update(count)
+
+    def close(self) -> None:
+        if self._bar is not None:
+            self._bar.close()
+
+
+def _leave_interrupts_to_the_parent() -> None:
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
+
+
+def _in_processes(tasks: Sequence[tuple], workers: int) -> Iterator[tuple[int, list[Row]]]:
+    """Runs the tasks; what a process that died had taken is run again."""
+    left = set(range(len(tasks)))
+    for _ in range(_ATTEMPTS):
+        pool = concurrent.futures.ProcessPoolExecutor(
+            workers, initializer=_leave_interrupts_to_the_parent
+        )
+        before = set(multiprocessing.active_children())
+        try:
+            try:
+                running = {pool.submit(_rows, *tasks[i]): i for i in sorted(left)}
             except BrokenProcessPool:
                 continue
-            for i, future in running.items():
+            for future in concurrent.futures.as_completed(running):
                 if not isinstance(future.exception(), BrokenProcessPool):
-                    done[i] = future.result()
-        if len(done) == len(tasks):
-            return [done[i] for i in range(len(tasks))]
+                    left.discard(running[future])
+                    yield running[future], future.result()
+        except BaseException:  # an interrupt, or nobody wants more: what runs is not waited for
+            pool.shutdown(wait=False, cancel_futures=True)
+            for process in set(multiprocessing.active_children()) - before:
+                process.terminate()
+            raise
+        finally:
+            pool.shutdown(wait=not left)
+        if not left:
+            return
     raise RuntimeError(f"worker processes died in each of {_ATTEMPTS} attempts")
 
 
-def _spread(
-    work: Callable[..., list[Row]],
-    pairs: Sequence[tuple[Any, Sequence]],
+def _on_cluster(client: Any, tasks: Sequence[tuple], shown: bool) -> Iterator[tuple[int, list[Row]]]:
+    import distributed
+
+    futures = [client.submit(_rows, *task, pure=False) for task in tasks]
+    try:
+        if shown:
+            distributed.progress(futures)
+        distributed.wait(futures)
+        yield from enumerate(client.gather(futures))
+    except KeyboardInterrupt:
+        done = [i for i, future in enumerate(futures) if future.status == "finished"]
+        client.cancel([future for future in futures if future.status != "finished"])
+        yield from zip(done, client.gather([futures[i] for i in done]))
+        raise
+
+
+def _in_this_process(tasks: Sequence[tuple]) -> Iterator[tuple[int, list[Row]]]:
+    for i, task in enumerate(tasks):
+        yield i, _rows(*task)
+
+
+def _tunings(tunings: Sequence[Union[Path, _core.Tuning]]) -> Iterable[tuple[str, str, str]]:
+    """Name, YAML form and error of each, read once."""
+    for tuning in tunings:
+        if isinstance(tuning, _core.Tuning):
+            yield tuning.name, tuning.to_yaml(), ""
+            continue
+        name = os.fspath(tuning)
+        try:
+            yield name, _core.Tuning.load(tuning).to_yaml(), ""
+        except InputError as error:
+            yield name, "", str(error)
+
+
+def _run(
+    study: Study,
+    options: Row,
+    tunings: Sequence[Union[Path, _core.Tuning]],
+    logs: Sequence[Optional[Path]],
     client: Any,
     workers: Optional[int],
     load: Callable,
-    options: Row,
+    progress: Optional[bool],
+    without_result: Optional[Row] = None,
 ) -> "pandas.DataFrame":
-    """A row for each log of each tuning, in their order, worked out in chunks."""
+    """One row a pair, whatever the study says of it; those of a chunk once it is done."""
     import pandas
 
+    if progress is None:
+        progress = sys.stderr.isatty() or "ipykernel" in sys.modules
+    count = sum(client.nthreads().values()) if client is not None else workers or os.cpu_count() or 1
+    pairs = len(tunings) * len(logs)
+    size = min(max(pairs // (_CHUNKS_A_WORKER * max(count, 1)), 1), _LARGEST_CHUNK)
+    blank = without_result or {}
+    chunks: list[_Chunk] = []
+    results: dict[int, list[Row]] = {}
+    for name, yaml, error in _tunings(tunings):
+        if error:
+            chunks.append(_Chunk(name, "", [], blank))
+            results[len(chunks) - 1] = [chunks[-1].row(None, error)]
+            continue
+        for first in range(0, len(logs), size):
+            chunks.append(_Chunk(name, yaml, list(logs[first : first + size]), blank))
+    numbers = [i for i in range(len(chunks)) if i not in results]
+    tasks = [(study, chunks[i], load, options) for i in numbers]
+    bar = _Progress(sum(len(chunks[i].logs) for i in numbers), progress and client is None)
     if client is not None:
-        count = sum(client.nthreads().values())
-    else:
-        count = workers or os.cpu_count() or 1
-    size = sum(len(logs) for _, logs in pairs) // (_CHUNKS_A_WORKER * max(count, 1))
-    size = min(max(size, 1), _LARGEST_CHUNK)
-    tasks = [
-        (tuning, list(logs[first : first + size]), load, options)
-        for tuning, logs in pairs
-        for first in range(0, len(logs), size)
-    ]
-    if client is not None:
-        chunks = client.gather([client.submit(work, *task, pure=False) for task in tasks])
+        done = _on_cluster(client, tasks, progress)
     elif workers == 0:
-        chunks = [work(*task) for task in tasks]
+        done = _in_this_process(tasks)
     else:
-        chunks = _in_processes(work, tasks, count)
-    return pandas.DataFrame([row for chunk in chunks for row in chunk])
+        done = _in_processes(tasks, count)
+    try:
+        for task, rows in done:
+            results[numbers[task]] = rows
+            bar.add(len(rows))
+    except KeyboardInterrupt:
+        done.close()
+        for i in numbers:
+            if i not in results:
+                results[i] = [chunks[i].row(log, _STOPPED) for log in chunks[i].logs]
+    finally:
+        bar.close()
+    return pandas.DataFrame([row for i in range(len(chunks)) for row in results[i]])
+
+
+def _summary(
+    tuning: _core.Tuning, log: Optional[Path], load: Callable, options: Row
+) -> Row:
+    return _flat(_core.summary_row(tuning, load(log), **options))
+
+
+def _verdict(tuning: _core.Tuning, log: Optional[Path], load: Callable, options: Row) -> Row:
+    limits, old = options["limits"], options["against"]
+    against = None if old is None else _read(*old)
+    if log is None:
+        verdict = _core.judge_tuning(tuning, limits, against=against)
+    else:
+        verdict = _core.judge(tuning, load(log), limits, log=os.fspath(log), against=against)
+    row: Row = {"accepted": verdict["accepted"], "frames": verdict.get("frames", 0)}
+    for limit in verdict["limits"]:
+        for key in ("value", "allowed", "broken", "frame", "where"):
+            row[f"{limit['limit']}.{key}"] = limit[key]
+    return row
 
 
 def summarize(
@@ -146,8 +246,11 @@ def summarize(
     patch: str = "light skin",
     workers: Optional[int] = None,
     load: Callable[[Path], np.ndarray] = load_frames,
+    progress: Optional[bool] = None,
 ) -> "pandas.DataFrame":
     """Runs every log through every tuning.
+
+    Ctrl-C ends it within a second; pairs that were not run say so in their error.
 
     Parameters
     ----------
@@ -162,6 +265,9 @@ def summarize(
         Processes without a client; default: one a core, 0: none but this one.
     load : callable
         Makes frames of a path, such as `imgtune.frames_from_logcat`.
+    progress : bool, optional
+        Show how far it is: a bar of tqdm where that is installed, Dask's own with a client.
+        Default: where standard error is a terminal, and in notebooks.
 
     Returns
     -------
@@ -169,9 +275,8 @@ def summarize(
         One row a pair, tuning by tuning: tuning (path or name), log, error (None where all went
         well), frames, and the numbers of the summary by dotted names, such as
         visible.flicker.worst, visible.settling.median_frames, visible.overshoot.worst,
-        clipped.frames.
+        clipped.frames. A tuning that cannot be read has one row, with its error and no log.
     """
-    pairs = [(tuning, logs) for tuning in tunings]
     options = {
         "fps": fps,
         "noise": noise,
@@ -180,7 +285,7 @@ def summarize(
         "settled": settled,
         "patch": patch,
     }
-    return _spread(_rows, pairs, client, workers, load, options)
+    return _run(_summary, options, tunings, logs, client, workers, load, progress)
 
 
 def judge(
@@ -192,12 +297,15 @@ def judge(
     against: Union[Path, _core.Tuning, None] = None,
     workers: Optional[int] = None,
     load: Callable[[Path], np.ndarray] = load_frames,
+    progress: Optional[bool] = None,
 ) -> "pandas.DataFrame":
     """Holds every tuning against limits, over every log: the verdicts of `imgtune judge`.
 
+    Ctrl-C ends it within a second; logs that were not judged say so in their error.
+
     Parameters
     ----------
-    tunings, logs, client, workers, load
+    tunings, logs, client, workers, load, progress
         As for `summarize`.
     limits : path
         Limits as `imgtune judge --starter` writes them.
@@ -208,9 +316,15 @@ def judge(
     -------
     pandas.DataFrame
         For each tuning a row with log None, about the tuning itself, then one a log: tuning, log,
-        accepted, error (None where it could be judged), frames, and for each limit value, allowed,
+        error (None where it could be judged), accepted, frames, and for each limit value, allowed,
         broken, frame and where by dotted names, such as visible_step.value.
     """
-    pairs = [(tuning, [None, *logs]) for tuning in tunings]
-    options = {"limits": os.path.abspath(limits), "against": against}
-    return _spread(_verdict_rows, pairs, client, workers, load, options)
+    old = None
+    if against is not None:
+        tuning = against if isinstance(against, _core.Tuning) else _core.Tuning.load(against)
+        old = (tuning.to_yaml(), tuning.name)
+    options = {"limits": os.path.abspath(limits), "against": old}
+    all_logs = [None, *logs]
+    return _run(
+        _verdict, options, tunings, all_logs, client, workers, load, progress, {"accepted": False}
+    )

@@ -43,8 +43,9 @@ void bind_library(py::module_& module);
 void require_word(const char* argument, const std::string& value,
                   std::initializer_list<const char*> allowed);
 
-/// Raises imgtune.InputError about a file, unless the message names another.
-[[noreturn]] void raise_about_file(const std::string& message, const std::string& file);
+/// Raises imgtune.InputError about a file, unless the place names another.
+[[noreturn]] void raise_about_file(const std::string& message, const std::string& file,
+                                   const workbench::InputPlace& place = {});
 
 /// What `work` returns, which needs no interpreter lock; BadInput becomes InputError with `file`.
 template <class Work>
@@ -53,9 +54,12 @@ auto work_on_file(const std::string& file, const Work& work) {
         const py::gil_scoped_release unlocked;
         return work();
     } catch (const workbench::BadInput& error) {
-        raise_about_file(error.what(), file);
+        raise_about_file(error.what(), file, error.place());
     }
 }
+
+/// A view of stored words that takes whole numbers in their range alone.
+py::object guarded(const py::array& words);
 
 /// Raises imgtune.InputError about one field or argument.
 [[noreturn]] void raise_input_error(const std::string& message, const std::string& field);

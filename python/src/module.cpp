@@ -15,6 +15,11 @@ py::object input_error() {
     return py::module_::import("imgtune._errors").attr("InputError");
 }
 
+py::object error_at(const std::string& message, const workbench::InputPlace& place) {
+    return input_error()(message, py::arg("file") = place.file, py::arg("line") = place.line,
+                         py::arg("field") = place.field);
+}
+
 [[noreturn]] void raise(const py::object& error) {
     PyErr_SetObject(error.get_type().ptr(), error.ptr());
     throw py::error_already_set();
@@ -30,10 +35,13 @@ void raise_findings(const std::string& message, const workbench::Faults& faults)
     raise_findings(message, findings_of(faults));
 }
 
-void raise_about_file(const std::string& message, const std::string& file) {
-    const py::object error = input_error()(message);
-    if (error.attr("file").is_none()) error.attr("file") = file;
-    raise(error);
+void raise_about_file(const std::string& message, const std::string& file,
+                      const workbench::InputPlace& place) {
+    raise(error_at(message, {place.file.empty() ? file : place.file, place.line, place.field}));
+}
+
+py::object guarded(const py::array& words) {
+    return words.attr("view")(py::module_::import("imgtune._fields").attr("FieldArray"));
 }
 
 void require_word(const char* argument, const std::string& value,
@@ -47,9 +55,7 @@ void require_word(const char* argument, const std::string& value,
 }
 
 void raise_input_error(const std::string& message, const std::string& field) {
-    py::object error = input_error()(message);
-    error.attr("field") = field;
-    raise(error);
+    raise(error_at(message, {"", 0, field}));
 }
 
 py::object findings_of(const workbench::Faults& faults) {
@@ -75,7 +81,7 @@ PYBIND11_MODULE(_core, module) {
         try {
             if (thrown) std::rethrow_exception(thrown);
         } catch (const imgtune::workbench::BadInput& error) {
-            const py::object raised = input_error()(error.what());
+            const py::object raised = error_at(error.what(), error.place());
             PyErr_SetObject(raised.get_type().ptr(), raised.ptr());
         } catch (const imgtune::workbench::ClosedPipe& error) {
             PyErr_SetString(PyExc_BrokenPipeError, error.what());

@@ -7,6 +7,7 @@
 #include "binding.h"
 #include "field_paths.h"
 #include "workbench/files/output_file.h"
+#include "workbench/files/output_guard.h"
 #include "workbench/files/tuning_files.h"
 #include "workbench/studies/check.h"
 #include "workbench/tuning/fields.h"
@@ -42,9 +43,13 @@ Tuning from_yaml(const std::string& text, const std::string& name) {
     return tuning;
 }
 
-void save(const Tuning& tuning, const py::object& path, const std::string& form, bool comments) {
+void save(const Tuning& tuning, const py::object& path, const std::string& form, bool comments,
+          bool overwrite) {
     require_word("form", form, {"yaml", "images"});
     const std::string to = path_text(path);
+    if (!overwrite && to != "-" && workbench::holds_something(to)) {
+        raise_about_file(to + ": already exists; choose another path or pass overwrite=True", to);
+    }
     const Tuning copy = tuning;
     work_on_file(to, [&] {
         if (form == "yaml") return workbench::write_file(to, workbench::write_yaml(copy, comments));
@@ -94,7 +99,7 @@ std::uint32_t* place_of(Tuning& tuning, const FieldRef& field) {
 }
 
 /// A view of the record where its words are the values, else a read-only copy.
-py::array array_of(const py::object& self, const Selection& selection) {
+py::object array_of(const py::object& self, const Selection& selection) {
     auto& tuning = self.cast<Tuning&>();
     const std::vector<py::ssize_t> shape(selection.shape.begin(), selection.shape.end());
     std::uint32_t* const first = place_of(tuning, *selection.values.front());
@@ -107,7 +112,7 @@ py::array array_of(const py::object& self, const Selection& selection) {
     if (in_order) {
         const py::dtype type =
             all_signed ? py::dtype::of<std::int32_t>() : py::dtype::of<std::uint32_t>();
-        return py::array(type, shape, {}, first, self);
+        return guarded(py::array(type, shape, {}, first, self));
     }
     py::array_t<std::int64_t> copy(shape);
     for (std::size_t i = 0; i < selection.values.size(); ++i) {
@@ -142,7 +147,7 @@ void assign(Tuning& tuning, const std::string& path, const Selection& selection,
     const py::module_ numpy = py::module_::import("numpy");
     const py::array given = numpy.attr("asarray")(value);
     if (given.dtype().kind() != 'i' && given.dtype().kind() != 'u') {
-        raise_input_error(fmt::format("'{}' takes whole numbers, not {}", path,
+        raise_input_error(fmt::format("'{}' takes whole numbers as they are stored, not {}", path,
                                       py::cast<std::string>(py::str(given.dtype()))),
                           path);
     }
@@ -191,18 +196,18 @@ void set(Tuning& tuning, const std::string& path, const py::object& value) {
     tuning = tried;
 }
 
-py::array words(const py::object& self, const std::string& part) {
+py::object words(const py::object& self, const std::string& part) {
     auto& tuning = self.cast<Tuning&>();
     const py::dtype type = py::dtype::of<std::uint32_t>();
     require_word("part", part, {"ccm", "color", "pca"});
     if (part == "ccm") {
-        return py::array(type, std::vector<py::ssize_t>{sizeof(tuning.ccm) / 4}, {},
-                         words_of(tuning, Part::ccm), self);
+        return guarded(py::array(type, std::vector<py::ssize_t>{sizeof(tuning.ccm) / 4}, {},
+                                 words_of(tuning, Part::ccm), self));
     }
     if (part == "color") {
-        return py::array(type, {4, 5, 117}, {}, words_of(tuning, Part::color), self);
+        return guarded(py::array(type, {4, 5, 117}, {}, words_of(tuning, Part::color), self));
     }
-    return py::array(type, {4, 17}, {}, words_of(tuning, Part::pca), self);
+    return guarded(py::array(type, {4, 17}, {}, words_of(tuning, Part::pca), self));
 }
 
 bool same(const Tuning& a, const Tuning& b) {
@@ -226,7 +231,8 @@ void bind_tuning(py::module_& module) {
 Indexed by field path. A value is an int; a list of values is an array. Arrays of whole 32-bit
 words (gains, polynomials, smoothing parameters) are views of the record: writing to them changes
 the tuning. Others (matrices, packed colour fields) are read-only copies: assign to the path.
-A group of fields is a dict, and takes one.
+A group of fields is a dict, and takes one. All values are whole numbers as they are stored, a gain
+of 1.0 as 512; what is not whole, or does not fit, is refused.
 
 Examples
 --------
@@ -247,9 +253,11 @@ Examples
         .def_static("starter", &workbench::starter_tuning,
                     "A plausible tuning with every part, to start from; no sensor's own figures.")
         .def("save", &save, py::arg("path"), py::kw_only(), py::arg("form") = "yaml",
-             py::arg("comments") = false,
+             py::arg("comments") = false, py::arg("overwrite") = false,
              "Writes the tuning whole or not at all: form 'yaml' is a file, 'images' a folder of\n"
-             "stored images. comments: explain each field where it stands first.")
+             "stored images. comments: explain each field where it stands first. overwrite: "
+             "replace\n"
+             "what stands there, which else raises InputError.")
         .def("to_yaml", &workbench::write_yaml, py::kw_only(), py::arg("comments") = false,
              "The YAML form as text.")
         .def("check", &check,
@@ -281,8 +289,8 @@ Examples
             "kelvin",
             [](const py::object& self) {
                 auto& tuning = self.cast<Tuning&>();
-                return py::array(py::dtype::of<std::uint32_t>(), std::vector<py::ssize_t>{8, 8}, {},
-                                 tuning.kelvin, self);
+                return guarded(py::array(py::dtype::of<std::uint32_t>(),
+                                         std::vector<py::ssize_t>{8, 8}, {}, tuning.kelvin, self));
             },
             "CT of each tuned point (LV row, CT index), 0 where unknown: a (8, 8) uint32 view.")
         .def_readwrite("name", &Tuning::name)

@@ -6,6 +6,7 @@ import csv
 import gc
 import importlib.util
 import json
+import multiprocessing
 import os
 import pathlib
 import pickle
@@ -14,6 +15,7 @@ import signal
 import subprocess
 import sys
 import threading
+import time
 import tracemalloc
 
 import imgtune
@@ -171,7 +173,13 @@ def test_other_bad_input(tuning, walk, tmp_path):
     bad.write_text("lv,cct,awb_r,awb_g,awb_b\n1,2,3,4,5\n1,2,x,4,5\n")
     with pytest.raises(imgtune.InputError) as raised:
         imgtune.load_frames(bad)
-    assert (raised.value.file, raised.value.line, raised.value.field) == (str(bad), 3, "awb_r")
+    for error in (raised.value, pickle.loads(pickle.dumps(raised.value))):
+        assert (error.file, error.line, error.field) == (str(bad), 3, "awb_r")
+        assert str(error).startswith(f"{bad}:3: column 'awb_r'")
+    odd = tmp_path / "odd:7: column 'x'.csv"  # a name like a message
+    with pytest.raises(imgtune.InputError) as raised:
+        imgtune.load_frames(odd)
+    assert (raised.value.file, raised.value.line, raised.value.field) == (str(odd), None, None)
     with pytest.raises(imgtune.InputError) as raised:
         imgtune.Tuning.from_yaml("format: imgtune-tuning/1\nccm: 3\n", "odd.yaml")
     assert raised.value.file == "odd.yaml" and raised.value.line and raised.value.findings
@@ -188,6 +196,23 @@ def test_fields_by_path(tuning, tmp_path):
     matrix = tuning["ccm.rows.normal.matrices.0"]
     with pytest.raises(ValueError):
         matrix[0] = 1  # a copy
+    stored = gains.copy()
+    for value, text in [
+        (1.34, "float64 is no whole number"),
+        (np.float32(2), "float32 is no whole number"),
+        ("1", "no whole number"),
+        (2**31, "2147483648 does not fit; allowed are -2147483648..2147483647"),
+        (np.array([5, -(2**40), 7]), "-1099511627776 does not fit"),
+    ]:
+        with pytest.raises(imgtune.InputError, match=text):
+            gains[0] = value
+        with pytest.raises((imgtune.InputError, ValueError)):
+            gains[0].fill(value)
+    with pytest.raises(TypeError):  # numpy's own
+        gains *= 1.1
+    assert (gains == stored).all()
+    gains += 0
+    assert type(gains * 1.5) is np.ndarray and (gains * 2 // 2 == gains).all()
     tuning["ccm.rows.normal.matrices.0"] = matrix - 1
     assert (tuning["ccm.rows.normal.matrices.0"] == matrix - 1).all()
     before = tuning.copy()
@@ -209,6 +234,10 @@ def test_fields_by_path(tuning, tmp_path):
     tuning["caller"] = before["caller"]
     for form in ("yaml", "images"):
         tuning.save(tmp_path / form, form=form)
+        with pytest.raises(imgtune.InputError, match="already exists.*overwrite=True") as raised:
+            tuning.save(tmp_path / form, form=form)
+        assert raised.value.file == str(tmp_path / form)
+        tuning.save(tmp_path / form, form=form, overwrite=True)
         assert imgtune.Tuning.load(tmp_path / form)["ccm.rows.normal.gains.0"][0] == gains[0, 0]
     for twin in (pickle.loads(pickle.dumps(tuning)), copy.deepcopy(tuning)):
         assert twin == tuning and twin is not tuning
@@ -386,7 +415,7 @@ def test_exported_functions():
     matrix = lib.gen_ccm([512] * 3, [412, 512], [50, 1], terms)
     assert matrix.tolist() == [498, 14, 0, 0, 512, 0, 0, 0, 512]
     decoded = lib.seperate_rwb_ccm_by_ratio(np.full(6, 100 << 16 | 100), 0.0)
-    assert (decoded.astype(int) % 2**13).tolist().count(512) >= 1
+    assert decoded.tolist() == []
 
 
 def test_threads_do_not_disturb_each_other(tuning, walk):
@@ -446,10 +475,10 @@ def test_fleet_gives_the_serial_rows(tmp_path):
     logs[3].write_text("lv\n")
     tunings = [tuning_path("imx477-polynomial"), tmp_path / "none.yaml", imgtune.Tuning.starter()]
     serial = fleet.summarize(tunings, logs, workers=0)
-    failed = [i % 20 == 3 or 20 <= i < 40 for i in range(60)]
+    failed = [i in (3, 20, 24) for i in range(41)]  # the tuning that is not there has one row
     assert (~serial["error"].isna()).tolist() == failed
     assert "none.yaml" in serial["error"][20] and "'cct'" in serial["error"][3]
-    assert serial["frames"][0] == 186 and serial["tuning"][40] == "starter"
+    assert serial["frames"][0] == 186 and serial["tuning"][21] == "starter"
     told = imgtune.summary(imgtune.Tuning.load(tunings[0]), imgtune.load_frames(logs[0]))
     assert serial["flicker_spans"][0] == len(told["flicker"]["spans"]) > 0
     assert serial["settling.ccm.most_frames"][0] == told["settling"]["ccm"]["most_frames"]
@@ -515,6 +544,43 @@ def test_smooth_meets_its_wish_by_its_own_measure(tmp_path):
     assert verdict["accepted"]
     assert verdict["limits"][0]["value"] == told["chosen"]["step"]
     assert imgtune.smooth(tuning, [walk], settle=60, step=5.0, at_rest=2.0, workers=1)[1] == told
+
+
+def slow_from_the_second_on(path):
+    if path.name != "0.csv":
+        time.sleep(20)
+    return imgtune.load_frames(path)
+
+
+@pytest.mark.parametrize("workers", [0, 2])
+def test_an_interrupted_fleet_gives_what_is_done(tmp_path, workers):
+    pytest.importorskip("pandas")
+    from imgtune import fleet
+
+    logs = [tmp_path / f"{i}.csv" for i in range(6)]
+    for log in logs:
+        shutil.copy(log_path("imx477-flash-shot"), log)
+    timer = threading.Timer(3, os.kill, (os.getpid(), signal.SIGINT))
+    timer.start()
+    rows = fleet.summarize(
+        [imgtune.Tuning.starter()], logs, workers=workers, load=slow_from_the_second_on
+    )
+    ended = time.monotonic()
+    timer.join()
+    assert rows["frames"][0] == 186 and rows["error"].isna().tolist() == [True] + 5 * [False]
+    assert set(rows["error"][1:]) == {"not run: stopped by Ctrl-C"}
+    assert not [p for p in multiprocessing.active_children() if not p.join(1) and p.is_alive()]
+    assert time.monotonic() - ended < 5
+
+
+def test_registers_as_a_table(tuning, walk):
+    pandas = pytest.importorskip("pandas")
+    registers = imgtune.replay(tuning, walk, fields="*")
+    table = imgtune.to_dataframe(registers)
+    assert isinstance(table, pandas.DataFrame) and len(table) == len(walk)
+    assert (table["c4"] == registers["matrix"][:, 1, 1]).all()
+    assert (table["color116"] == registers["color"][:, 116]).all()
+    assert (table["Luma.PY[3]"] == registers["Luma.PY"][:, 3]).all()
 
 
 def test_plots_take_and_return_axes(tuning, walk):
