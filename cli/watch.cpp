@@ -117,7 +117,7 @@ void tell_end(LiveStudy& study, bool json) {
         write_now(shown_json(end.dump(-1, ' ', false, Handler::replace)) + "\n");
         return;
     }
-    write_now("\n" + shown_lines(summary_text(record)) + "\n");
+    write_now(fmt::format("\n{}\n", shown_lines(summary_text(record))));
     if (study.verification().lines > 0) {
         write_now(shown_lines(verification_text(study.verdict())));
     }

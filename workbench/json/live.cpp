@@ -6,9 +6,9 @@
 
 namespace imgtune::workbench {
 
-using Json = nlohmann::ordered_json;
-
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 Json told(const std::optional<std::array<std::int32_t, 9>>& matrix) {
     return matrix ? Json(*matrix) : Json();
