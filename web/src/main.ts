@@ -3,6 +3,7 @@ import "uplot/dist/uPlot.min.css";
 import "./style.css";
 import { append, button, choice, counted, fill, h, named } from "./dom";
 import { pack } from "./draw/pack";
+import { drawAll } from "./draw/schedule";
 import { setTheme, type Theme } from "./draw/theme";
 import { Engine } from "./engine/engine";
 import type { NamedBytes } from "./engine/api";
@@ -53,7 +54,7 @@ async function main(): Promise<void> {
   spare.start();
   const linked = location.hash.includes("follow=");
   session.openAddress();
-  Object.assign(window, { imgtune: { session, store, newEngine } }); // for the console
+  Object.assign(window, { imgtune: { session, store, newEngine, drawAll } }); // for the console
   const bundle = async (id: string): Promise<Bundle> =>
     block(id) === "" ? {} : (JSON.parse(new TextDecoder().decode(await unpack(block(id)))) as Bundle);
   const samples = await bundle("samples");
@@ -84,7 +85,7 @@ async function main(): Promise<void> {
     h(
       "main",
       {},
-      ...[lightPanel, gainPanel, matrixPanel, timePanel, errorPanel, enginePanel, whyPanel, tuningPanel, comparePanel].map(
+      ...[lightPanel, matrixPanel, gainPanel, timePanel, errorPanel, enginePanel, whyPanel, tuningPanel, comparePanel].map(
         (make) => make(session).element,
       ),
     ),

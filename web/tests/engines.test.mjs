@@ -93,9 +93,10 @@ const list = {
       return { x, y };
     });
     await browser.drag([[box.x + 200, box.y + 120], [box.x + 180, box.y + 130], [box.x + 160, box.y + 140]]);
-    await browser.evaluate(() => new Promise((drawn) => setTimeout(() => requestAnimationFrame(() => setTimeout(drawn)), 200)));
-    const gains = (await browser.evaluate(() => document.querySelector("#gains").textContent)).match(/\d+/g).slice(0, 3);
-    assert.notDeepEqual(gains.map(Number), [512, 512, 512]);
+    await until(browser, () => window.imgtune.store.state.freeGain);
+    const gains = await browser.evaluate(() => ["awb_r", "awb_g", "awb_b"].map((name) => window.imgtune.store.state.light[name]));
+    assert.notDeepEqual(gains, [512, 512, 512]);
+    await until(browser, (text) => document.querySelector("#gains").textContent.startsWith(text), `AWB gain ${gains.join(", ")} `);
     const sample = join(EXAMPLES, "imx477-polynomial.yaml");
     const told = JSON.parse(tool("explain", sample, "--lv", "80", "--cct", "5000", "--gain", gains.join(","), "--json"));
     await until(

@@ -1,5 +1,6 @@
 // A picture of our own on a canvas: sized to its place, sharp on every screen, saved as PNG or CSV.
 import { button, download, h, onFrame } from "../dom";
+import { drawAll } from "./schedule";
 import { colors, type Colors } from "./theme";
 
 export class Picture {
@@ -33,7 +34,7 @@ export class Picture {
           "span",
           { class: "tools" },
           button("PNG", () => this.savePng(), `Save ${name} as PNG`),
-          button("CSV", () => download(name + ".csv", this.rows().join("\n") + "\n", "text/csv"), `Save ${name} as CSV`),
+          button("CSV", () => this.saveCsv(), `Save ${name} as CSV`),
         ),
       ),
       this.canvas,
@@ -68,7 +69,13 @@ export class Picture {
     this.paint(g, width, this.height, c);
   }
 
+  private saveCsv(): void {
+    drawAll(); // saved is what is chosen now
+    download(this.name + ".csv", this.rows().join("\n") + "\n", "text/csv");
+  }
+
   private savePng(): void {
+    drawAll();
     this.canvas.toBlob((blob) => blob && download(this.name + ".png", blob, "image/png"));
   }
 }
@@ -91,7 +98,7 @@ export interface Scale {
   fromY(py: number): number;
 }
 
-/** Axes with grid and labels; the scale from values to the canvas. */
+/** Axes with grid; a label stands beside the largest number. The scale from values to the canvas. */
 export function axes(
   g: CanvasRenderingContext2D,
   c: Colors,
@@ -113,26 +120,23 @@ export function axes(
   g.lineWidth = 1;
   g.textAlign = "center";
   g.textBaseline = "top";
-  for (const t of ticks(x0, x1, 5)) {
+  const labelled = (at: number[], i: number, label: string): string => `${+at[i]!.toPrecision(6)}${i === at.length - 1 && label !== "" ? " " + label : ""}`;
+  const across = ticks(x0, x1, 5);
+  across.forEach((t, i) => {
     const px = Math.round(scale.x(t)) + 0.5;
     line(g, px, box.top, px, box.bottom);
-    const text = String(+t.toPrecision(6));
+    const text = labelled(across, i, labels.x);
     const half = g.measureText(text).width / 2;
     g.fillText(text, Math.max(half, Math.min(px, g.canvas.width / devicePixelRatio - half)), box.bottom + 3);
-  }
+  });
   g.textAlign = "right";
   g.textBaseline = "middle";
-  for (const t of ticks(y0, y1, 5)) {
+  const up = ticks(y0, y1, 5);
+  up.forEach((t, i) => {
     const py = Math.round(scale.y(t)) + 0.5;
     line(g, box.left, py, box.right, py);
-    g.fillText(String(+t.toPrecision(6)), box.left - 4, py);
-  }
-  g.textAlign = "right";
-  g.textBaseline = "bottom";
-  g.fillText(labels.x, box.right, box.bottom - 2);
-  g.textAlign = "left";
-  g.textBaseline = "top";
-  g.fillText(labels.y, box.left + 3, box.top + 1);
+    g.fillText(labelled(up, i, labels.y), box.left - 4, Math.max(py, 7));
+  });
   return scale;
 }
 

@@ -2,6 +2,7 @@
 // save every plot.
 import uPlot from "uplot";
 import { button, download, h } from "../dom";
+import { drawAll } from "./schedule";
 import { colors } from "./theme";
 import { factorOf, type Zoom } from "./zoom";
 
@@ -84,7 +85,7 @@ export class Plot {
         h(
           "span",
           { class: "tools" },
-          button("PNG", () => this.savePng(), `Save ${options.name} as PNG`),
+          button("PNG", () => void this.savePng(), `Save ${options.name} as PNG`),
           button("CSV", () => this.saveCsv(), `Save ${options.name} as CSV`),
         ),
       ),
@@ -164,7 +165,7 @@ export class Plot {
         },
         axes: [
           { ...axis, label: this.options.xLabel, labelFont: c.font, labelSize: 16, size: 28 },
-          { ...axis, label: this.options.yLabel, labelFont: c.font, labelSize: 16, size: 46 },
+          { ...axis, label: this.options.yLabel, labelFont: c.font, labelSize: 16, size: 46, space: 16 },
         ],
         series: [
           {},
@@ -235,13 +236,16 @@ export class Plot {
     }
   }
 
-  private savePng(): void {
+  private async savePng(): Promise<void> {
+    drawAll(); // saved is what is chosen now
+    await new Promise((drawn) => setTimeout(drawn));
     this.canvas.querySelector("canvas")?.toBlob((blob) => {
       if (blob) download(this.options.name + ".png", blob, "image/png");
     });
   }
 
   private saveCsv(): void {
+    drawAll();
     const rows = [[this.options.xLabel, ...this.lines.map((line) => line.label)].join(",")];
     for (let i = 0; i < this.x.length; ++i) {
       rows.push([this.x[i], ...this.lines.map((line) => shown(line.values[i]))].join(","));

@@ -79,7 +79,10 @@ const sight = new IntersectionObserver(
   },
   { rootMargin: "200px 0px" },
 );
-addEventListener("beforeprint", () => all.forEach((each) => each.due && drawNow(each)));
+
+/** Whatever was asked for, without waiting: before all is printed, saved or measured. */
+export const drawAll = (): void => all.forEach((each) => each.due && drawNow(each));
+addEventListener("beforeprint", drawAll);
 
 /** Draws once now; what is returned asks for the next time. */
 export function whenDue(element: HTMLElement, draw: () => void): () => void {

@@ -62,7 +62,7 @@ export const gainPanel: MakePanel = (session) => {
       (g, w, hgt, c) => {
         const range = rangeOf(state);
         const box = { left: margin.left, top: margin.top, right: w - margin.right, bottom: hgt - margin.bottom };
-        scale = axes(g, c, box, range, { x: "red gain", y: "blue gain" });
+        scale = axes(g, c, box, range, { x: "", y: "" });
         const s = scale;
         g.save();
         g.beginPath();
