@@ -152,6 +152,29 @@ std::string tuning_text(const Verdict& verdict, const std::string& name) {
     return text + '\n';
 }
 
+/// What a '-' of the table means.
+std::string unmeasured_text(const Judgement& judgement) {
+    std::string text;
+    for (const LimitKind& kind : limit_kinds()) {
+        const auto count = std::count_if(
+            judgement.logs.begin(), judgement.logs.end(), [&](const Verdict& verdict) {
+                const LimitVerdict* const limit = find_limit(verdict, kind.measured);
+                return limit != nullptr && !limit->value;
+            });
+        const bool of_tuning = [&] {
+            const LimitVerdict* const limit = find_limit(judgement.tuning, kind.measured);
+            return limit != nullptr && !limit->value;
+        }();
+        if (count > 0) {
+            text += fmt::format("{} is not measured in {}: {}\n", kind.name,
+                                counted(static_cast<std::size_t>(count), "log"), kind.unmeasured);
+        }
+        if (of_tuning)
+            text += fmt::format("{} is not measured: {}\n", kind.name, kind.unmeasured);
+    }
+    return text.empty() ? text : '\n' + text;
+}
+
 std::string judgement_totals(const Judgement& judgement) {
     std::string broken;
     for (const LimitKind& kind : limit_kinds()) {
@@ -167,7 +190,8 @@ std::string judgement_totals(const Judgement& judgement) {
 
 std::string judgement_text(const Judgement& judgement, const JudgeOptions& options) {
     return table_text(judgement) + tuning_text(judgement.tuning, options.tuning) +
-           broken_text(judgement, options) + judgement_totals(judgement);
+           broken_text(judgement, options) + unmeasured_text(judgement) +
+           judgement_totals(judgement);
 }
 
 int run_judge(const JudgeOptions& options) {
@@ -197,7 +221,7 @@ int run_judge(const JudgeOptions& options) {
 
     Verdict of_tuning = judge_tuning(tuning, before, limits, options.limits);
     ProgressLine progress;
-    const JudgeRequest request{tuning, before, limits, jobs_to_run(options.tuning, tuning, "")};
+    const JudgeRequest request{tuning, before, limits};
     std::vector<Verdict> verdicts = judge_logs(
         request, options.logs, options.workers, [&](std::size_t logs, std::uint64_t frames) {
             progress.show(fmt::format("{} of {}, {} frames", logs,

@@ -49,19 +49,63 @@ std::string smoothing_row(const std::string& name, const WeightsTried& tried) {
         number_or_dash(reached.at_rest, "{:.2f}"), number_or_dash(reached.flicker, "{:.2f}"));
 }
 
+/// "a step of 1.56, the wish 1.20"
+std::string beyond_text(const WeightsTried& tried, const SmoothWish& wish) {
+    const Reached& reached = tried.reached;
+    switch (tried.strain.binds) {
+        case Binding::settle:
+            return fmt::format("{:.0f} frames to settle, the wish {:.0f}", *reached.settle,
+                               wish.settle);
+        case Binding::step:
+            return fmt::format("a step of {:.2f}, the wish {:.2f}", *reached.step, wish.step);
+        case Binding::at_rest:
+            return fmt::format("{:.2f} short at rest, the wish {:.2f}", *reached.at_rest,
+                               wish.at_rest);
+        case Binding::flicker:
+            return fmt::format("flicker of {:.2f}, as the tuning is {:.2f}", *reached.flicker,
+                               wish.flicker);
+        case Binding::none:
+            break;
+    }
+    return "";
+}
+
+/// What the front says of a wish for settling and step that do not go together.
+std::string conflict_text(const Smoothing& answer) {
+    const WeightsTried* in_time = nullptr;     // the smallest step
+    const WeightsTried* small_step = nullptr;  // the fewest frames
+    for (const WeightsTried& each : answer.front) {
+        if (each.reached.settle.value_or(0.0) <= answer.wish.settle) in_time = &each;
+        if (small_step == nullptr && each.reached.step.value_or(0.0) <= answer.wish.step)
+            small_step = &each;
+    }
+    std::string text;
+    if (in_time != nullptr) {
+        text += fmt::format("  settling in {:.0f} frames takes a step of {:.2f}\n",
+                            answer.wish.settle, in_time->reached.step.value_or(0.0));
+    }
+    if (small_step != nullptr) {
+        text += fmt::format("  a step of {:.2f} takes {:.0f} frames\n", answer.wish.step,
+                            small_step->reached.settle.value_or(0.0));
+    }
+    if (answer.front.empty()) {
+        text += fmt::format(
+            "  no weights keep within {:.2f} at rest without stronger flicker than the tuning\n",
+            answer.wish.at_rest);
+    }
+    return text;
+}
+
 std::string binding_text(const Smoothing& answer) {
     const WeightsTried& chosen = *answer.weights;
-    const char* const what = binding_name(chosen.strain.binds);
-    if (chosen.strain.binds == Binding::none) return "nothing binds: no log asks for smoothing\n";
-    if (chosen.strain.binds == Binding::never_rests)
-        return "nothing meets the wish: with all weights some change of light never comes to "
-               "rest\n";
-    if (answer.met)
-        return fmt::format("the wish is met; what binds is {}, at {:.0f} % of its limit\n", what,
-                           100.0 * chosen.strain.most);
-    return fmt::format(
-        "nothing meets the wish; the nearest is beyond its limit of {} by {:.0f} %\n", what,
-        100.0 * (chosen.strain.most - 1.0));
+    if (chosen.strain.binds == Binding::none) return "  nothing binds: no log asks for smoothing\n";
+    if (answer.met) {
+        return fmt::format("  the wish is met; what binds is {}, at {:.0f} % of its limit\n",
+                           binding_name(chosen.strain.binds), 100.0 * chosen.strain.most);
+    }
+    return fmt::format("  nothing meets the wish; the nearest has {}\n",
+                       beyond_text(chosen, answer.wish)) +
+           conflict_text(answer);
 }
 
 std::string answer_text(const Smoothing& answer, const Tuning& tuning) {
@@ -71,12 +115,12 @@ std::string answer_text(const Smoothing& answer, const Tuning& tuning) {
         text += fmt::format(
             "Matrix average, {} weights tried; CIEDE2000 of the patch that shows it most\n"
             "  {:<10} {:<14} {:>7} {:>7} {:>8} {:>8}\n",
-            answer.tried, "", "weights", "frames", "step", "at rest", "steady");
+            answer.tried, "", "weights", "frames", "step", "at rest", "flicker");
         text += fmt::format("  {:<10} {:<14} {:>7.0f} {:>7.2f} {:>8.2f} {:>8.2f}\n", "wish", "",
                             wish.settle, wish.step, wish.at_rest, wish.flicker);
         text += smoothing_row("as it is", answer.before);
         text += smoothing_row(answer.met ? "chosen" : "nearest", *answer.weights);
-        text += "  " + binding_text(answer);
+        text += binding_text(answer);
         if (!answer.front.empty()) {
             text += "\nSmallest step for the frames it takes\n";
             for (const WeightsTried& each : answer.front) text += smoothing_row("", each);
@@ -193,8 +237,9 @@ void add_smooth(const Verbs& verbs) {
     verb.flag("--force", options->force, "replace whatever file is there");
     verb.footer(
         "Every share of the ring's weights up to 8 is run over every log through the library, and\n"
-        "the smallest step that meets the wish is chosen; in steady light it must not step more\n"
-        "than the tuning as it is. When nothing meets the wish, the nearest is told.\n"
+        "the smallest step that meets the wish is chosen; flicker must be no stronger than with "
+        "the\n"
+        "tuning as it is. When nothing meets the wish, the nearest is told, and why.\n"
         "Exit status: 0 the wish is met, 1 it is not, 2 bad input.\n"
         "\n"
         "Example:\n"

@@ -99,7 +99,7 @@ std::string flicker_text(const SummaryRecord& record) {
     const std::string limit = fmt::format(
         "swings of {:g} in the mean or {:g} in one patch that recur 0.5 to 15 times a second",
         visible.limits.flicker_mean, visible.limits.flicker_patch);
-    const std::optional<VisibleFlicker> strongest = strongest_flicker(visible);
+    const std::optional<VisibleFlicker> strongest = visible.strongest_flicker;
     if (!strongest) return out + fmt::format("none: no {}\n", limit);
     out += fmt::format("in {:.1f} % of the frames: {}\n", 100.0 * share_of_flicker(record), limit);
     constexpr std::size_t kMostFlickerShown = 4;
@@ -144,10 +144,10 @@ std::string settling_text(const SettlingTotals& totals, std::uint64_t changes,
 std::string largest_text(const SeenDifference& seen, double limit) {
     if (seen.frame == 0) return "not measured in any change of light";
     if (seen.size.worst < limit) {
-        return fmt::format("none visible: at most {:.2f} (change at frame {})", seen.size.worst,
+        return fmt::format("none visible: at most {:.2f}, at frame {}", seen.size.worst,
                            seen.frame);
     }
-    return text_of(seen.size) + fmt::format(" (change at frame {})", seen.frame);
+    return text_of(seen.size) + fmt::format(", at frame {}", seen.frame);
 }
 
 std::string visible_text(const SummaryRecord& record) {
@@ -257,8 +257,9 @@ std::string change_row(const SummaryRecord& record, const std::string& frames,
     std::string row = fmt::format("{:<20}{:>9}", frames, change.held);
     const VisibleChange& seen = change.visible;
     if (record.jobs.ccm) {
-        row += fmt::format("{:>14}{:>14}{:>10}", text_of(seen.matrix), text_of(seen.with_gains),
-                           seen.overshoot ? fmt::format("{:.2f}", seen.overshoot->worst) : "-");
+        row += fmt::format(
+            "{:>14}{:>14}{:>10}", text_of(seen.matrix), text_of(seen.with_gains),
+            seen.overshoot.frame != 0 ? fmt::format("{:.2f}", seen.overshoot.size.worst) : "-");
     }
     for (std::size_t job = 0; job < change.settling.size(); ++job) {
         if (runs(record, job)) row += fmt::format("{:>15}", text_of(change.settling[job]));

@@ -16,10 +16,9 @@ namespace imgtune::python {
 namespace {
 
 using workbench::Frame;
-using workbench::Jobs;
 
-Jobs jobs_to_judge(const Tuning& tuning) {
-    if (tuning.has_ccm || tuning.has_color) return {tuning.has_ccm, tuning.has_color};
+void require_parts(const Tuning& tuning) {
+    if (tuning.has_ccm || tuning.has_color) return;
     raise_input_error("the tuning has neither part 'ccm' nor part 'color'", "tuning");
 }
 
@@ -37,18 +36,19 @@ py::object judge(const Tuning& tuning, const py::object& frames, const py::objec
     const workbench::Limits limits = limits_at(path_text(limits_path), against);
     const FrameColumns columns(frames);
     if (columns.size() == 0) raise_input_error("the log has no frames", "frames");
-    const Jobs jobs = jobs_to_judge(tuning);
-    workbench::LogMeasures now(tuning, jobs, limits.options);
+    require_parts(tuning);
+    workbench::LogMeasures now(tuning, limits.jobs_of(tuning), limits.options);
     std::optional<workbench::LogMeasures> old;
-    if (against != nullptr) old.emplace(*against, jobs, limits.options);
+    if (against != nullptr) old.emplace(*against, limits.jobs_of(*against), limits.options);
     for_each_frame(columns, [&](const Frame& frame) {
         now.add(frame);
         if (old) old->add(frame);
     });
     const std::optional<workbench::Measures> before =
-        old ? std::optional(old->finish()) : std::nullopt;
-    workbench::Verdict verdict = workbench::judge(limits.for_log(log), workbench::LimitScope::log,
-                                                  now.finish(), before ? &*before : nullptr);
+        old ? std::optional(measures_of(old->finish())) : std::nullopt;
+    workbench::Verdict verdict =
+        workbench::judge(limits.for_log(log), workbench::LimitScope::log, measures_of(now.finish()),
+                         before ? &*before : nullptr);
     verdict.log = log;
     verdict.frames = columns.size();
     return as_python(to_json(verdict));
@@ -80,8 +80,10 @@ py::tuple smooth(const Tuning& tuning, const py::list& logs, double settle, doub
     request.wish.settle = settle;
     request.wish.step = step;
     request.wish.at_rest = at_rest;
-    request.options = {fps, noise};
-    request.jobs = jobs_to_judge(tuning);
+    request.options.frames_per_second = fps;
+    request.options.noise_percent = noise;
+    require_parts(tuning);
+    request.jobs = {tuning.has_ccm, tuning.has_color};
     request.workers = workers;
     const std::vector<std::vector<Frame>> frames = frames_of_logs(logs);
     std::optional<workbench::Smoothing> answer;

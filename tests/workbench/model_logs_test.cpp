@@ -135,7 +135,7 @@ class Judged {
 
     /// In at least two thirds of the frames from here on, at this rate.
     void flickers(double per_second, std::uint64_t frames) const {
-        const auto flicker = strongest_flicker(record_.visible);
+        const auto& flicker = record_.visible.strongest_flicker;
         tally_.count(log_, "flicker seen", record_.visible.flicker_frames * 3 >= frames * 2);
         tally_.count(log_, "its rate",
                      flicker && std::abs(flicker->per_second / per_second - 1.0) <= 0.1);

@@ -34,16 +34,18 @@ struct BothMeasures {
 
 BothMeasures measures_of_log(const JudgeRequest& request, const std::string& path) {
     FrameFile file(path);
-    LogMeasures now(request.tuning, request.jobs, request.limits.options);
+    const Limits& limits = request.limits;
+    LogMeasures now(request.tuning, limits.jobs_of(request.tuning), limits.options);
     std::optional<LogMeasures> old;
-    if (request.old != nullptr) old.emplace(*request.old, request.jobs, request.limits.options);
+    if (request.old != nullptr)
+        old.emplace(*request.old, limits.jobs_of(*request.old), limits.options);
     for (Frame frame; file.log().next(frame);) {
         now.add(frame);
         if (old) old->add(frame);
     }
     if (now.frames() == 0) throw BadInput(file.log().name() + ": the log has no frames");
-    BothMeasures both{now.finish(), std::nullopt, now.frames()};
-    if (old) both.old = old->finish();
+    BothMeasures both{measures_of(now.finish()), std::nullopt, now.frames()};
+    if (old) both.old = measures_of(old->finish());
     return both;
 }
 

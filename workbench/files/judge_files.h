@@ -19,7 +19,6 @@ struct JudgeRequest {
     const Tuning& tuning;
     const Tuning* old = nullptr;
     const Limits& limits;
-    Jobs jobs;
 };
 
 /// What is measured of a tuning without any log, for the limits that there are. `limits_path` is

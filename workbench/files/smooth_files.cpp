@@ -12,15 +12,12 @@ namespace imgtune::workbench {
 
 namespace {
 
-/// CIEDE2000 of a step in steady light that nobody sees, so that it counts as none.
-constexpr double kUnseen = 0.4;
-
 using Logs = std::vector<std::vector<Frame>>;
 
 /// The worst of all logs.
 template <class ReachedByLog>
-Reached over(const Logs& logs, const ReachedByLog& reached_by_log) {
-    Reached worst;
+auto over(const Logs& logs, const ReachedByLog& reached_by_log) {
+    decltype(reached_by_log(logs[0])) worst;
     for (const std::vector<Frame>& log : logs) worst.take(reached_by_log(log));
     return worst;
 }
@@ -30,7 +27,7 @@ std::optional<StepTried> find_step(const Tuning& tuning, ColorStep step, const L
                                    const SmoothRequest& request,
                                    const std::function<void()>& tried) {
     for (const std::uint32_t size : color_step_sizes()) {
-        const Reached reached = over(logs, [&](const std::vector<Frame>& log) {
+        const StepReached reached = over(logs, [&](const std::vector<Frame>& log) {
             return reached_by(tuning, step, size, log, request.options);
         });
         tried();
@@ -73,7 +70,7 @@ Smoothing find_smoothing(const Tuning& tuning, const Logs& logs, const SmoothReq
     if (request.jobs.ccm) {
         answer.before.weights = tuning.caller.weights;
         answer.before.reached = reached_with(tuning.caller.weights);
-        answer.wish.flicker = std::max(answer.before.reached.flicker.value_or(0.0), kUnseen);
+        answer.wish.flicker = answer.before.reached.flicker.value_or(0.0);
         answer.before.strain = strain_under(answer.before.reached, answer.wish);
     }
     std::vector<WeightsTried> results(weights.size());

@@ -18,8 +18,7 @@ using ChoicesTried = std::function<void(std::size_t tried, std::size_t all)>;
 
 /// What one may ask for beside the wish.
 struct SmoothRequest {
-    SmoothWish wish;  ///< its flicker is worked out: that of the tuning as it is, or 0.4, which
-                      ///< nobody sees
+    SmoothWish wish;         ///< its flicker is worked out: that of the tuning as it is
     SummaryOptions options;  ///< rate and noise of the logs
     Jobs jobs;
     unsigned workers = 0;  ///< 0: one a core

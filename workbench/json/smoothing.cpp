@@ -16,8 +16,7 @@ Json json_of(const Reached& reached) {
     return {{"settle", value_or_null(reached.settle)},
             {"step", value_or_null(reached.step)},
             {"at_rest", value_or_null(reached.at_rest)},
-            {"steady_step", value_or_null(reached.flicker)},
-            {"never_rests", reached.never_rests}};
+            {"flicker", value_or_null(reached.flicker)}};
 }
 
 Json json_of(const WeightsTried& tried) {
@@ -33,7 +32,7 @@ Json to_json(const Smoothing& answer) {
                   {{"settle", answer.wish.settle},
                    {"step", answer.wish.step},
                    {"at_rest", answer.wish.at_rest},
-                   {"steady_step", answer.wish.flicker}}},
+                   {"flicker", answer.wish.flicker}}},
                  {"met", answer.met},
                  {"tried", answer.tried}};
     if (answer.weights) {

@@ -290,7 +290,7 @@ Json row_to_json(SummaryRecord record) {
     };
     const FieldMotion stepped = most(Restlessness::step);
     const FieldMotion turned = most(Restlessness::flicker);
-    const std::optional<VisibleFlicker> flicker = strongest_flicker(record.visible);
+    const std::optional<VisibleFlicker> flicker = record.visible.strongest_flicker;
     const std::uint64_t switched = std::accumulate(
         record.image_switches.begin(), record.image_switches.end(), std::uint64_t{0},
         [](std::uint64_t sum, const ImageSwitches& switches) { return sum + switches.count; });

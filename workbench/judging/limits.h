@@ -11,6 +11,7 @@
 
 #include "workbench/findings/faults.h"
 #include "workbench/studies/summary.h"
+#include "workbench/tuning/tuning.h"
 
 namespace imgtune::workbench {
 
@@ -20,12 +21,12 @@ enum class Measured : std::size_t {
     steady_step,
     settling_frames,
     settling_seconds,
-    never_settles,
     error_at_rest,
     overshoot,
     flicker_strength,
     flicker_share,
     clipped_share,
+    color_settling_frames,
     steepest_step,
     check_errors,
     check_warnings,
@@ -44,6 +45,7 @@ struct LimitKind {
     const char* title;  ///< of a column
     const char* unit;
     const char* meaning;
+    const char* unmeasured;  ///< why it may have no value
     LimitScope scope;
     double most;     ///< the largest limit that makes sense
     double starter;  ///< in the starter
@@ -68,7 +70,7 @@ struct LimitOverride {
 };
 
 struct Limits {
-    SummaryOptions options;   ///< rate and noise of the logs
+    SummaryOptions options;   ///< rate and noise of the logs, and what counts as seen
     std::string calibration;  ///< path, beside the limits' file; empty: none
     LimitSet limits;
     std::vector<LimitOverride> overrides;
@@ -77,6 +79,8 @@ struct Limits {
     LimitSet for_log(std::string_view log) const;
     /// Whether some limit compares with an old tuning.
     bool needs_old() const;
+    /// The parts of a tuning that have to run for what is measured; none where it has no part.
+    Jobs jobs_of(const Tuning& tuning) const;
 };
 
 /// Reads limits; every fault is added, and what is faulty is no limit.

@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <set>
+#include <utility>
 
 #include "workbench/judging/limits.h"
 #include "workbench/text/yaml_document.h"
@@ -63,7 +63,9 @@ class LimitsReader {
     void read_root(const YAML::Node& root) {
         if (!is_map(root, "")) return;
         const std::vector<Entry> entries =
-            maps_.open(root, "", {"format", "fps", "noise", "calibration", "limits", "overrides"});
+            maps_.open(root, "",
+                       {"format", "fps", "noise", "settled", "flicker_patch", "flicker_mean",
+                        "calibration", "limits", "overrides"});
         read_format(find_entry(entries, "format"));
         if (const Entry* const entry = find_entry(entries, "fps")) {
             read_number(entry->value, "fps", SummaryOptions::kLeastFramesPerSecond,
@@ -72,6 +74,14 @@ class LimitsReader {
         if (const Entry* const entry = find_entry(entries, "noise")) {
             read_number(entry->value, "noise", 0.0, SummaryOptions::kMostNoisePercent,
                         limits_.options.noise_percent);
+        }
+        VisibleLimits& seen = limits_.options.visible;
+        for (const auto& [key, into] :
+             {std::pair("settled", &seen.settled), std::pair("flicker_patch", &seen.flicker_patch),
+              std::pair("flicker_mean", &seen.flicker_mean)}) {
+            if (const Entry* const entry = find_entry(entries, key)) {
+                read_number(entry->value, key, VisibleLimits::kLeast, VisibleLimits::kMost, *into);
+            }
         }
         if (const Entry* const entry = find_entry(entries, "calibration")) {
             if (entry->value.IsScalar() && !entry->value.Scalar().empty()) {

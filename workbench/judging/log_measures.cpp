@@ -2,120 +2,83 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
-#include "workbench/studies/resting.h"
+#include <string>
 
 namespace imgtune::workbench {
 
 namespace {
 
-/// CIEDE2000 of the worst patch that counts as at rest: half of what half of all observers see.
-constexpr double kAtRest = 0.4;
-
-Measure measure_of(const ChartDifference& difference, std::uint64_t frame) {
-    return {difference.worst, frame, chart_patches()[difference.worst_patch].name};
+std::string change_at(const FrameSpan& frames) {
+    return frames.first == frames.last
+               ? fmt::format("the change at frame {}", frames.first)
+               : fmt::format("the change in frames {} to {}", frames.first, frames.last);
 }
 
-void take_larger(std::optional<Measure>& into, const Measure& measure) {
-    if (!into || measure.value > into->value) into = measure;
+/// A measure of the matrices that never came about is 0.
+Measure measure_of(const SeenDifference& seen) {
+    if (seen.frame == 0 || seen.size.worst <= 0.0) return {};
+    return {seen.size.worst, seen.frame, chart_patches()[seen.size.worst_patch].name};
 }
 
-/// In percent of all frames.
-Measure share_of_frames(std::uint64_t count, const SummaryRecord& record) {
-    return {record.frames == 0
-                ? 0.0
-                : 100.0 * static_cast<double>(count) / static_cast<double>(record.frames),
-            0, ""};
+std::optional<Measure> settling_of(const SettlingTotals& totals) {
+    if (!totals.most_behind) return std::nullopt;
+    if (*totals.most_behind == 0) return Measure{};
+    const FrameSpan& change = totals.farthest_behind;
+    return Measure{static_cast<double>(*totals.most_behind), change.last,
+                   change_at(change) + (totals.still_moved ? ", still moving" : "")};
 }
 
-std::uint64_t restless_changes(const SummaryRecord& record) {
-    return record.settling[0].never_rests + record.settling[1].never_rests;
+Measure clipping_of(const SummaryRecord& record) {
+    if (record.clipped.empty()) return {};
+    const ClippedSpan& first = record.clipped.front();
+    return {100.0 * static_cast<double>(record.clipped_frames) / static_cast<double>(record.frames),
+            first.frames.first,
+            first.end == Clipping::low ? "beyond the low end" : "beyond the high end"};
 }
 
-/// The slower of the jobs that ran.
-std::optional<Measure> settling(const SummaryRecord& record) {
-    std::optional<Measure> slowest;
-    for (const Job job : {Job::ccm, Job::color}) {
-        if (const auto measure = register_settling(record, job)) take_larger(slowest, *measure);
-    }
-    return slowest;
+void put_flicker(const SummaryRecord& record, Measures& measures) {
+    Measure& strength = measures[static_cast<std::size_t>(Measured::flicker_strength)].emplace();
+    Measure& share = measures[static_cast<std::size_t>(Measured::flicker_share)].emplace();
+    const std::optional<VisibleFlicker>& strongest = record.visible.strongest_flicker;
+    if (!strongest) return;
+    strength = {strongest->worst, strongest->frames.first,
+                fmt::format("{}, {:.1f} times a second until frame {}",
+                            chart_patches()[strongest->worst_patch].name, strongest->per_second,
+                            strongest->frames.last)};
+    share = {100.0 * share_of_flicker(record), record.visible.flicker.front().frames.first, ""};
 }
 
 }  // namespace
 
-LogMeasures::LogMeasures(const Tuning& tuning, Jobs jobs, const SummaryOptions& options)
-    : camera_(tuning, jobs),
-      summary_(camera_, options),
-      visible_(camera_, {.frames_per_second = options.frames_per_second,
-                         .noise_percent = options.noise_percent}) {}
-
-void LogMeasures::add(const Frame& frame) {
-    if (frames_++ == 0) {
-        Camera probe = camera_;
-        start_frames_ = run_to_rest(probe, frame).ccm.frames;
-    }
-    camera_.run(frame);
-    summary_.add(frames_, frame, camera_);
-    const VisibleFrame seen = visible_.next(frame, camera_);
-    if (frames_ > start_frames_) note_step(seen);
-    const bool held = seen.from_rest.has_value();
-    if (held && !held_) note_rest(frame);
-    held_ = held;
-}
-
-void LogMeasures::note_step(const VisibleFrame& seen) {
-    if (!seen.step) return;
-    take_larger(step_, measure_of(*seen.step, frames_));
-    // The tail of a change is no flicker: the picture has to have come to rest first.
-    settled_ = seen.from_rest && (settled_ || seen.from_rest->worst <= kAtRest);
-    if (settled_) take_larger(steady_step_, measure_of(*seen.step, frames_));
-}
-
-/// The light has held for half a second: where its average ends, against what it asks for.
-void LogMeasures::note_rest(const Frame& frame) {
-    Camera probe = camera_;
-    run_to_rest(probe, frame);
-    const CallerSettings& caller = camera_.tuning().caller;
-    const ChartView target(shown_matrix(target_registers(camera_, frame), caller));
-    const ChartView rest(shown_matrix(probe.registers(), caller));
-    take_larger(at_rest_, measure_of(chart_difference(target, rest, kLightSkin), frames_));
-}
-
-Measures LogMeasures::finish() {
-    const SummaryRecord record = summary_.finish();
+Measures measures_of(const SummaryRecord& record) {
     Measures measures;
     const auto put = [&](Measured measured, const std::optional<Measure>& measure) {
         measures[static_cast<std::size_t>(measured)] = measure;
     };
-    put(Measured::visible_step, step_);
-    put(Measured::steady_step, steady_step_);
-    put(Measured::error_at_rest, at_rest_);
-    std::optional<Measure> settle = settling(record);
-    put(Measured::settling_frames, settle);
-    if (settle) settle->value /= record.frames_per_second;
-    put(Measured::settling_seconds, settle);
-    put(Measured::never_settles, Measure{static_cast<double>(restless_changes(record)), 0, ""});
-    if (record.jobs.ccm)
-        put(Measured::clipped_share, share_of_frames(record.clipped_frames, record));
+    put(Measured::color_settling_frames, register_settling(record, Job::color));
+    if (!record.visible.is_measured) return measures;
+
+    SeenDifference step = record.visible.steady_step;
+    keep_larger(step, record.visible.changing_step);
+    put(Measured::visible_step, measure_of(step));
+    put(Measured::steady_step, measure_of(record.visible.steady_step));
+
+    std::optional<Measure> settling = settling_of(record.visible_settling);
+    put(Measured::settling_frames, settling);
+    if (settling) settling->value /= record.frames_per_second;
+    put(Measured::settling_seconds, settling);
+
+    SeenDifference at_rest = record.stall;
+    if (record.cold_start) keep_larger(at_rest, record.cold_start->visible.stall);
+    if (at_rest.frame != 0) put(Measured::error_at_rest, measure_of(at_rest));
+    if (record.overshoot.frame != 0) put(Measured::overshoot, measure_of(record.overshoot));
+    put_flicker(record, measures);
+    put(Measured::clipped_share, clipping_of(record));
     return measures;
 }
 
 std::optional<Measure> register_settling(const SummaryRecord& record, Job job) {
-    const auto index = static_cast<std::size_t>(job);
-    std::optional<Measure> slowest;
-    const SettlingTotals& totals = record.settling[index];
-    if (totals.unmoved > 0) slowest = Measure{};
-    if (totals.most_frames) {
-        slowest = Measure{static_cast<double>(*totals.most_frames), totals.slowest.last,
-                          job == Job::ccm ? "matrix" : "colour"};
-    }
-    for (const LightChange& change : record.changes) {
-        if (change.settling[index].state != Settling::moving) continue;
-        const auto longer = static_cast<double>(change.held + 1);
-        take_larger(slowest, {longer, change.last + change.held, "still moving"});
-    }
-    return slowest;
+    return settling_of(record.settling[static_cast<std::size_t>(job)]);
 }
 
 }  // namespace imgtune::workbench

@@ -29,8 +29,8 @@ std::optional<double> measured_value(const Measures& measures, Measured measured
     return measure ? std::optional(measure->value) : std::nullopt;
 }
 
-Measures run_log(const Tuning& tuning, Jobs jobs, std::span<const Frame> log,
-                 const SummaryOptions& options) {
+SummaryRecord run_log(const Tuning& tuning, Jobs jobs, std::span<const Frame> log,
+                      const SummaryOptions& options) {
     LogMeasures measures(tuning, jobs, options);
     for (const Frame& frame : log) measures.add(frame);
     return measures.finish();
@@ -50,7 +50,7 @@ std::uint32_t& speed(ISP_NVRAM_PCA_PARAM_T& record, ColorStep step) {
 
 bool keeps_rest_and_flicker(const WeightsTried& tried, const SmoothWish& wish) {
     const Reached& reached = tried.reached;
-    return !reached.never_rests && reached.at_rest.value_or(0.0) <= wish.at_rest &&
+    return reached.at_rest.value_or(0.0) <= wish.at_rest &&
            reached.flicker.value_or(0.0) <= wish.flicker;
 }
 
@@ -83,7 +83,6 @@ void Reached::take(const Reached& other) {
     take_most(step, other.step);
     take_most(at_rest, other.at_rest);
     take_most(flicker, other.flicker);
-    never_rests = never_rests || other.never_rests;
 }
 
 const char* binding_name(Binding binding) {
@@ -95,9 +94,7 @@ const char* binding_name(Binding binding) {
         case Binding::at_rest:
             return "the error at rest";
         case Binding::flicker:
-            return "the step in steady light";
-        case Binding::never_rests:
-            return "a light that never comes to rest";
+            return "flicker";
         case Binding::none:
             break;
     }
@@ -119,7 +116,6 @@ Strain strain_under(const Reached& reached, const SmoothWish& wish) {
     add(Binding::step, reached.step, wish.step);
     add(Binding::at_rest, reached.at_rest, wish.at_rest);
     add(Binding::flicker, reached.flicker, wish.flicker);
-    if (reached.never_rests) strain = {std::numeric_limits<double>::max(), Binding::never_rests};
     return strain;
 }
 
@@ -127,28 +123,31 @@ Reached reached_by(const Tuning& tuning, const RingWeights& weights, std::span<c
                    const SummaryOptions& options) {
     Tuning changed = tuning;
     changed.caller.weights = weights;
-    const Measures measures = run_log(changed, {true, false}, log, options);
+    const Measures measures = measures_of(run_log(changed, {true, false}, log, options));
     Reached reached;
     reached.settle = measured_value(measures, Measured::settling_frames);
     reached.step = measured_value(measures, Measured::visible_step);
     reached.at_rest = measured_value(measures, Measured::error_at_rest);
-    reached.flicker = measured_value(measures, Measured::steady_step);
-    reached.never_rests = measured_value(measures, Measured::never_settles).value_or(0.0) > 0.0;
+    reached.flicker = measured_value(measures, Measured::flicker_strength);
     return reached;
 }
 
-Reached reached_by(const Tuning& tuning, ColorStep step, std::uint32_t size,
-                   std::span<const Frame> log, const SummaryOptions& options) {
+void StepReached::take(const StepReached& other) {
+    take_most(settle, other.settle);
+    never_rests = never_rests || other.never_rests;
+}
+
+StepReached reached_by(const Tuning& tuning, ColorStep step, std::uint32_t size,
+                       std::span<const Frame> log, const SummaryOptions& options) {
     Tuning changed = tuning;
     for (const std::size_t slot : kSmoothedSlots) {
         for (const ColorStep each : {ColorStep::luma, ColorStep::hue, ColorStep::saturation})
             speed(changed.pca[slot], each) = each == step ? size : kAtOnce;
     }
-    const Measures measures = run_log(changed, {false, true}, log, options);
-    Reached reached;
-    reached.settle = measured_value(measures, Measured::settling_frames);
-    reached.never_rests = measured_value(measures, Measured::never_settles).value_or(0.0) > 0.0;
-    return reached;
+    const SummaryRecord record = run_log(changed, {false, true}, log, options);
+    const auto settling = register_settling(record, Job::color);
+    return {settling ? std::optional(settling->value) : std::nullopt,
+            record.settling[static_cast<std::size_t>(Job::color)].never_rests > 0};
 }
 
 void choose_weights(std::vector<WeightsTried> tried, Smoothing& answer) {

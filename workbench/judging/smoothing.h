@@ -38,7 +38,8 @@ struct SmoothWish {
     double settle = 25.0;  ///< frames
     double step = 1.2;     ///< CIEDE2000, largest between two frames
     double at_rest = 1.0;  ///< CIEDE2000, what the average leaves for ever
-    double flicker = 0.0;  ///< CIEDE2000; at most this, which the tuning shows as it is
+    double flicker =
+        0.0;  ///< CIEDE2000 of its swings; at most this, which the tuning shows as it is
 };
 
 /// What a choice does over all logs: the worst of each. Without a value: nothing to measure.
@@ -47,13 +48,12 @@ struct Reached {
     std::optional<double> step;
     std::optional<double> at_rest;
     std::optional<double> flicker;
-    bool never_rests = false;  ///< after some change of light
 
     void take(const Reached& other);  ///< another log
 };
 
 /// The limits of a wish, for naming the one that binds.
-enum class Binding { none, settle, step, at_rest, flicker, never_rests };
+enum class Binding { none, settle, step, at_rest, flicker };
 const char* binding_name(Binding binding);  ///< in words: "settling", "the step"
 
 /// How near the nearest limit is, 1: at it; and which one.
@@ -67,10 +67,18 @@ Strain strain_under(const Reached& reached, const SmoothWish& wish);
 Reached reached_by(const Tuning& tuning, const RingWeights& weights, std::span<const Frame> log,
                    const SummaryOptions& options);
 
-/// Frames in which the colour registers of a log settle when a single one of the three steps is of
-/// this size and the others do not hold up.
-Reached reached_by(const Tuning& tuning, ColorStep step, std::uint32_t size,
-                   std::span<const Frame> log, const SummaryOptions& options);
+/// What one step of the colour engine does over all logs.
+struct StepReached {
+    std::optional<double> settle;  ///< frames until the registers stand; none: no change to measure
+    bool never_rests = false;      ///< after some change of light
+
+    void take(const StepReached& other);  ///< another log
+};
+
+/// What the colour registers of a log do when a single one of the three steps is of this size and
+/// the others do not hold up.
+StepReached reached_by(const Tuning& tuning, ColorStep step, std::uint32_t size,
+                       std::span<const Frame> log, const SummaryOptions& options);
 
 struct WeightsTried {
     RingWeights weights{};
@@ -79,7 +87,7 @@ struct WeightsTried {
 };
 struct StepTried {
     std::uint32_t size = 0;
-    Reached reached;
+    StepReached reached;
 };
 
 /// The answer: what was chosen, and what there was to choose from.

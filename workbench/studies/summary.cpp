@@ -14,19 +14,31 @@ namespace {
 constexpr std::size_t kMostListed = 1000;
 constexpr std::size_t kMostWaiting = 64;
 
-/// How a run of frames to settle is told.
-template <class Change>
-void keep_slowest(SettlingTotals& totals, std::uint64_t frames, const Change& change) {
+void keep_farthest_behind(SettlingTotals& totals, std::uint64_t frames, const LightChange& change,
+                          bool moves) {
+    if (totals.most_behind && *totals.most_behind >= frames) return;
+    totals.most_behind = frames;
+    totals.farthest_behind = {change.first, change.last};
+    totals.still_moved = moves;
+}
+
+void note_settled(SettlingTotals& totals, std::uint64_t frames, std::uint64_t behind,
+                  const LightChange& change) {
     ++totals.settled;
+    keep_farthest_behind(totals, behind, change, false);
     if (totals.most_frames && *totals.most_frames >= frames) return;
     totals.most_frames = frames;
     totals.slowest = {change.first, change.last};
 }
 
-void keep_larger(SeenDifference& largest, const std::optional<ChartDifference>& size,
-                 std::uint64_t frame) {
-    if (!size) return;
-    if (largest.frame == 0 || size->worst > largest.size.worst) largest = {*size, frame};
+void note_unmoved(SettlingTotals& totals, const LightChange& change) {
+    ++totals.unmoved;
+    keep_farthest_behind(totals, 0, change, false);
+}
+
+void note_moving(SettlingTotals& totals, const LightChange& change) {
+    ++totals.moving;
+    keep_farthest_behind(totals, change.held + 1, change, true);
 }
 
 }  // namespace
@@ -40,14 +52,6 @@ double per_second(const SummaryRecord& record, std::uint64_t count) {
 double share_of_flicker(const SummaryRecord& record) {
     if (record.frames == 0) return 0.0;
     return static_cast<double>(record.visible.flicker_frames) / static_cast<double>(record.frames);
-}
-
-std::optional<VisibleFlicker> strongest_flicker(const VisibleRecord& record) {
-    const auto strongest =
-        std::max_element(record.flicker.begin(), record.flicker.end(),
-                         [](const auto& a, const auto& b) { return a.worst < b.worst; });
-    if (strongest == record.flicker.end()) return std::nullopt;
-    return *strongest;
 }
 
 std::vector<FieldMotion> restless_fields(const SummaryRecord& record, Restlessness by) {
@@ -226,8 +230,8 @@ void Summary::settle_accounts(const LightChange& change) {
     count(change.visible.matrix, change, record_.visible_settling, visible_counts_[0]);
     count(change.visible.with_gains, change, record_.visible_settling_with_gains,
           visible_counts_[1]);
-    keep_larger(record_.overshoot, change.visible.overshoot, change.first);
-    keep_larger(record_.stall, change.visible.stall, change.first);
+    keep_larger(record_.overshoot, change.visible.overshoot);
+    keep_larger(record_.stall, change.visible.stall);
 }
 
 void Summary::count(const JobSettling& verdict, const LightChange& change, SettlingTotals& totals,
@@ -239,17 +243,17 @@ void Summary::count(const JobSettling& verdict, const LightChange& change, Settl
             ++totals.not_measured;
             return;
         case Settling::unmoved:
-            ++totals.unmoved;
+            note_unmoved(totals, change);
             return;
         case Settling::moving:
-            ++totals.moving;
+            note_moving(totals, change);
             return;
         case Settling::never_rests:
             ++totals.never_rests;
             return;
         case Settling::settled:
             counts.add(*verdict.frames);
-            keep_slowest(totals, *verdict.frames, change);
+            note_settled(totals, *verdict.frames, *verdict.frames, change);
     }
 }
 
@@ -260,14 +264,15 @@ void Summary::count(const VisibleWay& way, const LightChange& change, SettlingTo
             ++totals.not_measured;
             return;
         case VisibleSettling::unmoved:
-            ++totals.unmoved;
+            note_unmoved(totals, change);
             return;
         case VisibleSettling::moving:
-            ++totals.moving;
+            note_moving(totals, change);
             return;
         case VisibleSettling::settled:
             counts.add(*way.frames);
-            keep_slowest(totals, *way.frames, change);
+            note_settled(totals, *way.frames,
+                         *way.frames - std::min(*way.frames, change.last - change.first), change);
     }
 }
 

@@ -50,6 +50,12 @@ struct SettlingTotals {
     std::optional<std::uint64_t> median_frames;  ///< over those that settled; none: none did
     std::optional<std::uint64_t> most_frames;
     FrameSpan slowest;  ///< the change that took so long
+    /// The slowest once its light stood: frames from the change's last one on, which is what
+    /// smoothing adds to a light that moves for long. Of one that still moved when the light changed
+    /// again, the frames that this lasted, and one.
+    std::optional<std::uint64_t> most_behind;
+    FrameSpan farthest_behind;  ///< that change
+    bool still_moved = false;   ///< in it
 };
 
 /// Frames with the gain beyond one end of the tuned range.
@@ -85,8 +91,8 @@ struct SummaryRecord {
     VisibleRecord visible;
     SettlingTotals visible_settling;             ///< white balance taken as perfect
     SettlingTotals visible_settling_with_gains;  ///< what the gains are off included
-    SeenDifference overshoot;                    ///< largest after a change, frame: its first
-    SeenDifference stall;  ///< largest that rest stays away from what the light asks for, likewise
+    SeenDifference overshoot;                    ///< largest after a change
+    SeenDifference stall;  ///< largest that rest stays away from what the light asks for
 
     std::array<SettlingTotals, 2> settling;  ///< of the registers: matrix, colour
     std::vector<ImageSwitches> image_switches;
@@ -105,9 +111,6 @@ double per_second(const SummaryRecord& record, std::uint64_t count);
 
 /// Of the log's frames, how many lie in visible flicker; 0 to 1.
 double share_of_flicker(const SummaryRecord& record);
-
-/// By its worst patch.
-std::optional<VisibleFlicker> strongest_flicker(const VisibleRecord& record);
 
 /// Fields that moved by the size of their largest step, or that changed direction by how often.
 enum class Restlessness { step, flicker };

@@ -29,10 +29,6 @@ std::uint64_t frames_of(double seconds, double frames_per_second) {
     return static_cast<std::uint64_t>(std::clamp(std::ceil(seconds * frames_per_second), 1.0, 1e7));
 }
 
-void keep_larger(SeenDifference& largest, const SeenDifference& seen) {
-    if (largest.frame == 0 || seen.size.worst > largest.size.worst) largest = seen;
-}
-
 /// In units of what a light must swing to count.
 double light_distance(const LightWatch& light, const LightValues& a, const LightValues& b) {
     double most = 0.0;
@@ -57,6 +53,11 @@ bool extend(SwingChain& chain, std::uint64_t frame, std::uint64_t patience) {
 }
 
 }  // namespace
+
+void keep_larger(SeenDifference& largest, const SeenDifference& seen) {
+    if (seen.frame == 0) return;
+    if (largest.frame == 0 || seen.size.worst > largest.size.worst) largest = seen;
+}
 
 VisibleStudy::VisibleStudy(const Camera& camera, const VisibleLimits& limits,
                            double frames_per_second)
@@ -155,14 +156,16 @@ void VisibleStudy::end_flicker() {
     if (rate <= 0.0 || rate > kFastestFlicker * kSlack) return;
     ++record_.flicker_count;
     record_.flicker_frames += chain_.last - chain_.first + 1;
-    if (record_.flicker.size() >= kMostSpans) return;
-    record_.flicker.push_back({{chain_.first, chain_.last},
-                               rate,
-                               chain_.turns - 1,
-                               chain_mean_,
-                               chain_worst_,
-                               chain_patch_,
-                               light_moved_ >= chain_.first});
+    const VisibleFlicker flicker{{chain_.first, chain_.last},
+                                 rate,
+                                 chain_.turns - 1,
+                                 chain_mean_,
+                                 chain_worst_,
+                                 chain_patch_,
+                                 light_moved_ >= chain_.first};
+    auto& strongest = record_.strongest_flicker;
+    if (!strongest || flicker.worst > strongest->worst) strongest = flicker;
+    if (record_.flicker.size() < kMostSpans) record_.flicker.push_back(flicker);
 }
 
 /// Works out where the camera rests in the light of the hold's last half second, and looks back.
@@ -188,7 +191,7 @@ void VisibleStudy::judge() {
     const CallerSettings& caller = probe_.tuning().caller;
     rest_ = ChartView(shown_matrix(resting.registers(), caller));
     const ChartView target(shown_matrix(target_registers(probe_, frame), caller));
-    change_.stall = difference(target, *rest_);
+    change_.stall = {difference(target, *rest_), end};
     settled_gains_ = mean;
     matrix_way_ = {true, false, 0};
     const bool was_quick =
@@ -201,6 +204,8 @@ void VisibleStudy::judge() {
         back_ = patch_differences(*rest_, *before_);
     }
     overshoot_ = {};
+    farthest_ = 0.0F;
+    farthest_frame_ = first_;
     for (std::uint64_t n = std::max(first_, oldest); n <= end; ++n) {
         const Shown& shown = ring_[n % kRingFrames];
         compare_with_rest(shown, view_of(shown));
@@ -230,6 +235,9 @@ void VisibleStudy::compare_with_rest(const Shown& shown, const ChartView& view) 
     for (std::size_t i = 0; i < kPatchCount; ++i) {
         const float beyond = std::max(from_before[i] - there_[i], from_rest[i] - back_[i]);
         overshoot_[i] = std::max(overshoot_[i], beyond);
+        if (beyond <= farthest_) continue;
+        farthest_ = beyond;
+        farthest_frame_ = shown.number;
     }
 }
 
@@ -276,8 +284,10 @@ VisibleChange VisibleStudy::close_change() {
     change_.with_gains = verdict(gains_way_);
     if (is_judged_ && before_) {
         change_.size = in_short(there_, record_.limits.patch);
-        // A flash within the change is a light of its own, which the picture may go out to.
-        if (kinds_ < 2) change_.overshoot = in_short(overshoot_, record_.limits.patch);
+        // A flash within the change is a light of its own, which the picture may go out to; a picture
+        // that has not come to rest goes beyond no rest.
+        if (kinds_ < 2 && change_.matrix.state != VisibleSettling::moving)
+            change_.overshoot = {in_short(overshoot_, record_.limits.patch), farthest_frame_};
     }
     return std::exchange(change_, {});
 }
@@ -297,6 +307,9 @@ void VisibleStudy::begin_change(std::uint64_t first) {
 
 VisibleRecord VisibleStudy::finish() {
     end_flicker();
+    // Whether the light changed in the last frames is not known; that the picture stepped is.
+    for (const SeenDifference& seen : doubtful_steps_) keep_larger(record_.changing_step, seen);
+    doubtful_steps_.clear();
     return std::move(record_);
 }
 

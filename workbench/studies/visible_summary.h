@@ -35,6 +35,7 @@ struct SeenDifference {
     ChartDifference size;
     std::uint64_t frame = 0;
 };
+void keep_larger(SeenDifference& largest, const SeenDifference& seen);
 
 enum class VisibleSettling : std::uint8_t {
     not_measured,  ///< the light held for less than half a second
@@ -54,9 +55,9 @@ struct VisibleChange {
     VisibleWay matrix;      ///< white balance taken as perfect
     VisibleWay with_gains;  ///< not measured where the light itself moved for over five seconds
     SeenDifference step;    ///< largest from frame to frame
-    std::optional<ChartDifference> size;       ///< from the last frame before to rest
-    std::optional<ChartDifference> overshoot;  ///< beyond the larger of both ends, patch by patch
-    std::optional<ChartDifference> stall;      ///< rest against what the light asks for
+    std::optional<ChartDifference> size;  ///< from the last frame before to rest
+    SeenDifference overshoot;  ///< beyond the larger of both ends, patch by patch; not of one that moves on
+    SeenDifference stall;  ///< rest against what the light asks for; last frame it was read from
 };
 
 /// Swings that recur.
@@ -86,6 +87,7 @@ struct VisibleRecord {
     std::vector<VisibleFlicker> flicker;  ///< the first thousand
     std::uint64_t flicker_count = 0;
     std::uint64_t flicker_frames = 0;
+    std::optional<VisibleFlicker> strongest_flicker;  ///< of all, by its worst patch
 };
 
 /// Gathers what is visible, frame by frame, in memory that does not grow.
@@ -162,6 +164,8 @@ class VisibleStudy {
     std::uint64_t last_compared_ = 0;    ///< frame
     PatchDifferences there_{}, back_{};  ///< from before to rest, from rest to before
     PatchDifferences overshoot_{};
+    float farthest_ = 0.0F;             ///< of these
+    std::uint64_t farthest_frame_ = 0;  ///< in which it was seen
 
     std::vector<SeenDifference> doubtful_steps_;
     Turns<ChartView> turns_;
