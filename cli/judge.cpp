@@ -33,6 +33,7 @@ struct JudgeOptions {
     bool json = false;
     bool starter = false;
     bool force = false;
+    SummaryOptions measured_by;  ///< of the limits
 };
 
 constexpr std::size_t kMostTold = 50;  ///< broken limits in the text; JSON has all
@@ -47,7 +48,22 @@ std::string quoted(const std::string& word) {
     return text + "'";
 }
 
-/// What shows a broken limit.
+/// The options of `replay --summary` with which it measures as the limits do.
+std::string summary_flags(const SummaryOptions& options) {
+    const SummaryOptions usual;
+    std::string flags;
+    const auto add = [&](const char* name, double value, double standard) {
+        if (value != standard) flags += fmt::format(" {} {}", name, value);
+    };
+    add("--fps", options.frames_per_second, usual.frames_per_second);
+    add("--noise", options.noise_percent, usual.noise_percent);
+    add("--settled", options.visible.settled, usual.visible.settled);
+    add("--flicker-patch", options.visible.flicker_patch, usual.visible.flicker_patch);
+    add("--flicker-mean", options.visible.flicker_mean, usual.visible.flicker_mean);
+    return flags;
+}
+
+/// What shows a broken limit: what goes on over many frames the summary, else the frame.
 std::string command_for(const JudgeOptions& options, const Verdict& verdict,
                         const LimitVerdict& limit) {
     const std::string tuning = quoted(options.tuning);
@@ -61,13 +77,19 @@ std::string command_for(const JudgeOptions& options, const Verdict& verdict,
         case Measured::calibration_mean:
         case Measured::calibration_worst:
             return "";
+        case Measured::settling_frames:
+        case Measured::settling_seconds:
+        case Measured::flicker_strength:
+        case Measured::flicker_share:
+            return fmt::format("imgtune replay {} {} --summary --only ccm{}", tuning, log,
+                               summary_flags(options.measured_by));
+        case Measured::color_settling_frames:
+            return fmt::format("imgtune replay {} {} --summary{}", tuning, log,
+                               summary_flags(options.measured_by));
         default:
-            break;
+            return fmt::format("imgtune explain {} --log {} --frame {} --only ccm", tuning, log,
+                               limit.value->frame);
     }
-    if (limit.value && limit.value->frame != 0)
-        return fmt::format("imgtune explain {} --log {} --frame {}", tuning, log,
-                           limit.value->frame);
-    return fmt::format("imgtune replay {} {} --summary", tuning, log);
 }
 
 /// "3.41!": a value as it stands in the table.
@@ -169,8 +191,7 @@ std::string unmeasured_text(const Judgement& judgement) {
             text += fmt::format("{} is not measured in {}: {}\n", kind.name,
                                 counted(static_cast<std::size_t>(count), "log"), kind.unmeasured);
         }
-        if (of_tuning)
-            text += fmt::format("{} is not measured: {}\n", kind.name, kind.unmeasured);
+        if (of_tuning) text += fmt::format("{} is not measured: {}\n", kind.name, kind.unmeasured);
     }
     return text.empty() ? text : '\n' + text;
 }
@@ -194,7 +215,7 @@ std::string judgement_text(const Judgement& judgement, const JudgeOptions& optio
            judgement_totals(judgement);
 }
 
-int run_judge(const JudgeOptions& options) {
+int run_judge(JudgeOptions& options) {
     if (options.starter) {
         write_file("-", starter_limits());
         return kFine;
@@ -210,6 +231,7 @@ int run_judge(const JudgeOptions& options) {
     if (options.junit == "-" && options.json)
         throw BadInput("--junit - and --json both go to standard output; name a file for one");
     const Limits limits = require_limits(options.limits);
+    options.measured_by = limits.options;
     if (limits.needs_old() && options.old.empty()) {
         throw BadInput(options.limits +
                        ": no_worse_by compares with an old tuning; name it with --against");

@@ -1,15 +1,21 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "tests/workbench/model_logs.h"
 #include "tests/workbench/tuning_fixture.h"
+#include "workbench/files/text_file.h"
 #include "workbench/judging/judgement.h"
 #include "workbench/judging/junit.h"
 #include "workbench/judging/limits.h"
 #include "workbench/judging/log_measures.h"
 #include "workbench/judging/smoothing.h"
 #include "workbench/tuning/starter.h"
+#include "workbench/tuning/yaml_io.h"
 
 namespace imgtune::workbench {
 namespace {
@@ -176,7 +182,7 @@ TEST(LogMeasures, ANewMatrixAtOnceStepsAtTheChangeAndAnAverageSpreadsIt) {
         tuning.caller.weights = weights;
         LogMeasures measures(tuning, {true, false}, {});
         for (const Frame& frame : jump(60, 90)) measures.add(frame);
-        return measures.finish();
+        return measures_of(measures.finish());
     };
     const auto at = [](const Measures& measures, Measured measured) {
         const auto& measure = measures[static_cast<std::size_t>(measured)];
@@ -191,7 +197,10 @@ TEST(LogMeasures, ANewMatrixAtOnceStepsAtTheChangeAndAnAverageSpreadsIt) {
     EXPECT_EQ(at(at_once, Measured::steady_step).value, 0.0);
     EXPECT_LT(at(spread, Measured::visible_step).value,
               0.5 * at(at_once, Measured::visible_step).value);
-    EXPECT_GT(at(spread, Measured::settling_frames).value, 10.0);
+    EXPECT_GT(at(spread, Measured::settling_frames).value, 5.0);
+    EXPECT_EQ(at(spread, Measured::settling_frames).frame, 61U);
+    EXPECT_EQ(at(spread, Measured::settling_seconds).value,
+              at(spread, Measured::settling_frames).value / 30.0);
     EXPECT_GT(at(spread, Measured::error_at_rest).value, 0.0);
 }
 
@@ -199,10 +208,110 @@ TEST(LogMeasures, AChangeThatStillMovesCountsLongerThanItsHold) {
     Tuning tuning = starter_tuning();
     tuning.caller.weights = {1, 8, 8};
     LogMeasures measures(tuning, {true, false}, {});
-    for (const Frame& frame : jump(60, 20)) measures.add(frame);
-    const auto settle = measures.finish()[static_cast<std::size_t>(Measured::settling_frames)];
+    for (const Frame& frame : jump(60, 16)) measures.add(frame);
+    const Measures measured = measures_of(measures.finish());
+    const auto& settle = measured[static_cast<std::size_t>(Measured::settling_frames)];
     ASSERT_TRUE(settle);
-    EXPECT_EQ(settle->value, 20.0);  // held for 19 frames after the first
+    EXPECT_EQ(settle->value, 16.0);  // held for 15 frames after the first
+    // On its way to no rest, it overshoots none.
+    EXPECT_FALSE(measured[static_cast<std::size_t>(Measured::overshoot)]);
+}
+
+TEST(LogMeasures, WhatIsNotThereIsNotMeasured) {
+    Tuning tuning = starter_tuning();
+    const auto measured = [&](const std::vector<Frame>& log) {
+        LogMeasures measures(tuning, limits_of("limits: {visible_step: 2}").jobs_of(tuning), {});
+        for (const Frame& frame : log) measures.add(frame);
+        std::string names;
+        const Measures all = measures_of(measures.finish());
+        for (const LimitKind& kind : limit_kinds()) {
+            const bool has_value = all[static_cast<std::size_t>(kind.measured)].has_value();
+            if (kind.scope == LimitScope::log && has_value) names += std::string(kind.name) + ' ';
+        }
+        return names;
+    };
+    const std::string always =
+        "visible_step steady_step flicker_strength flicker_share clipped_share ";
+    EXPECT_EQ(measured(jump(10, 0)), always);
+    std::string with_rest = always;
+    EXPECT_EQ(measured(jump(40, 0)), with_rest.insert(always.find("flicker"), "error_at_rest "));
+    tuning.has_ccm = false;
+    EXPECT_EQ(measured(jump(60, 60)), "");
+    const Limits color = limits_of("limits: {color_settling_frames: 9}");
+    EXPECT_TRUE(color.jobs_of(tuning).color);
+    EXPECT_FALSE(color.jobs_of(tuning).ccm);
+}
+
+/// Logs of known light on a sample sensor, under the starter's limits.
+TEST(LogMeasures, BreaksTheLimitsThatTheLogWasMadeToBreak) {
+    Faults faults;
+    const std::string path = std::string(IMGTUNE_EXAMPLES) + "/imx477-polynomial.yaml";
+    const Tuning sample = read_yaml(read_text(path, std::size_t{1} << 20U), path, faults);
+    ASSERT_FALSE(faults.has_errors()) << faults.text();
+    const Locus locus = tuned_locus(sample);
+    const Limits limits = read_limits(starter_limits(), "starter", faults);
+    using Course = std::function<double(int)>;  // kelvin, by the frames after the first 90
+    const auto lamp = [](double from, double to) {
+        return [=](int n) { return n < 0 ? from : to; };
+    };
+    struct {
+        const char* name;
+        RingWeights weights;
+        double jitter;
+        Course kelvin;
+        const char* broken;
+    } const cases[] = {
+        {"jitter", {2, 1, 1}, 1.0, [](int) { return 4600.0; }, ""},
+        {"a lamp nobody minds", {2, 1, 1}, 0.3, lamp(5000, 4400), ""},
+        {"a sudden lamp", {2, 1, 1}, 0.3, lamp(6200, 3000), "visible_step "},
+        {"the same, spread", {1, 4, 3}, 0.0, lamp(6200, 3000), ""},
+        {"the same, dragged out",
+         {1, 8, 8},
+         0.0,
+         lamp(6200, 3000),
+         "settling_frames error_at_rest "},
+        {"LED lamp at 2 Hz",
+         {1, 1, 1},
+         0.3,
+         [](int n) { return n % 15 < 8 ? 4300.0 : 5200.0; },
+         "flicker_strength flicker_share "},
+        {"hunting at 5 Hz",
+         {1, 1, 1},
+         0.3,
+         [](int n) { return n % 6 < 3 ? 4300.0 : 5600.0; },
+         "flicker_strength flicker_share "},
+        {"a lamp that goes too far first",
+         {1, 1, 1},
+         0.3,
+         [](int n) {
+             const double beyond = std::exp(-(n - 12.0) * (n - 12.0) / 60.0);
+             return n < 0 ? 5200.0 : 5200.0 - 1000.0 * (1.0 - std::exp(-n / 6.0)) - 800.0 * beyond;
+         },
+         "overshoot "},
+        {"a sunset",
+         {2, 1, 1},
+         0.3,
+         [](int n) { return 6200.0 - 2600.0 * std::clamp(n / 400.0, 0.0, 1.0); },
+         ""},
+    };
+    for (const auto& [name, weights, jitter, kelvin, expected] : cases) {
+        for (const std::uint32_t seed : {1U, 2U, 3U}) {
+            Tuning tuning = sample;
+            tuning.caller.weights = weights;
+            ModelLog log(locus, seed);
+            log.jitter(jitter);
+            for (int n = -90; n < 500; ++n) log.show(kelvin(n), 100);
+            LogMeasures measures(tuning, limits.jobs_of(tuning), limits.options);
+            for (const Frame& frame : log.frames()) measures.add(frame);
+            const Verdict verdict = judge(limits.for_log(name), LimitScope::log,
+                                          measures_of(measures.finish()), nullptr);
+            std::string broken;
+            for (const LimitVerdict& limit : verdict.limits) {
+                if (limit.is_broken()) broken += kind_of(limit.measured).name + std::string(" ");
+            }
+            EXPECT_EQ(broken, expected) << name << ", seed " << seed;
+        }
+    }
 }
 
 TEST(Smoothing, TriesEveryShareOnceAndFindsTheSmallestStepThatMeetsTheWish) {
@@ -210,7 +319,7 @@ TEST(Smoothing, TriesEveryShareOnceAndFindsTheSmallestStepThatMeetsTheWish) {
     const auto tried = [](RingWeights weights, double settle, double step, double at_rest) {
         WeightsTried each;
         each.weights = weights;
-        each.reached = {settle, step, at_rest, 0.0, false};
+        each.reached = {settle, step, at_rest, 0.0};
         return each;
     };
     const std::vector<WeightsTried> all = {

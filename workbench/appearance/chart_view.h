@@ -9,6 +9,12 @@
 
 namespace imgtune::workbench {
 
+/// A colour difference is seen from here on: CIEDE2000, in one patch, and as the mean of the chart.
+/// Half of all observers see 0.8 side by side (Paravina et al., J. Esthet. Restor. Dent. 27 S1,
+/// 2015).
+inline constexpr double kVisibleWorst = 1.0;
+inline constexpr double kVisibleMean = 0.5;
+
 /// CIEDE2000 of each patch, in the order of chart_patches().
 using PatchDifferences = std::array<float, kPatchCount>;
 

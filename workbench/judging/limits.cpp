@@ -74,7 +74,7 @@ constexpr LimitKind kLimitKinds[kMeasuredCount] = {
 };
 
 std::string limit_line(const LimitKind& kind) {
-    return fmt::format("{}{:<24}# {}; {}\n", kind.started ? "  " : "  # ",
+    return fmt::format("{}{:<27}# {}; {}\n", kind.started ? "  " : "  # ",
                        fmt::format("{}: {}", kind.name, kind.starter), kind.unit, kind.meaning);
 }
 

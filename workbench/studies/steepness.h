@@ -20,12 +20,6 @@ namespace imgtune::workbench {
 /// Off against each other they are the gains of another CT, nearly.
 inline constexpr double kBesideLocus = 0.02;
 
-/// A colour difference is seen from here on: CIEDE2000, in one patch, and as the mean of the chart.
-/// Half of all observers see 0.8 side by side (Paravina et al., J. Esthet. Restor. Dent. 27 S1,
-/// 2015).
-inline constexpr double kVisibleWorst = 1.0;
-inline constexpr double kVisibleMean = 0.5;
-
 /// Two lights next to each other, and how differently the chart looks through their matrices.
 struct SteepPlace {
     struct Light {

@@ -51,8 +51,8 @@ struct SettlingTotals {
     std::optional<std::uint64_t> most_frames;
     FrameSpan slowest;  ///< the change that took so long
     /// The slowest once its light stood: frames from the change's last one on, which is what
-    /// smoothing adds to a light that moves for long. Of one that still moved when the light changed
-    /// again, the frames that this lasted, and one.
+    /// smoothing adds to a light that moves for long. Of one that still moved when the light
+    /// changed again, the frames that this lasted, and one.
     std::optional<std::uint64_t> most_behind;
     FrameSpan farthest_behind;  ///< that change
     bool still_moved = false;   ///< in it

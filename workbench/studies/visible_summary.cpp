@@ -284,8 +284,8 @@ VisibleChange VisibleStudy::close_change() {
     change_.with_gains = verdict(gains_way_);
     if (is_judged_ && before_) {
         change_.size = in_short(there_, record_.limits.patch);
-        // A flash within the change is a light of its own, which the picture may go out to; a picture
-        // that has not come to rest goes beyond no rest.
+        // A flash within the change is a light of its own, which the picture may go out to; a
+        // picture that has not come to rest goes beyond no rest.
         if (kinds_ < 2 && change_.matrix.state != VisibleSettling::moving)
             change_.overshoot = {in_short(overshoot_, record_.limits.patch), farthest_frame_};
     }

@@ -18,9 +18,10 @@ struct VisibleLimits {
     static constexpr double kLeast = 0.01;
     static constexpr double kMost = 100.0;
 
-    double flicker_mean = 0.5;   ///< a swing of the chart's mean, or ...
-    double flicker_patch = 1.0;  ///< ... of its worst patch, that counts as flicker when it recurs
-    double settled = 1.0;        ///< worst patch that still counts as at rest
+    double flicker_mean = kVisibleMean;  ///< a swing of the chart's mean, or ...
+    double flicker_patch =
+        kVisibleWorst;  ///< ... of its worst patch, that counts as flicker when it recurs
+    double settled = kVisibleWorst;  ///< worst patch that still counts as at rest
     std::size_t patch = kLightSkin;  ///< the one that is told by itself
 };
 
@@ -56,7 +57,8 @@ struct VisibleChange {
     VisibleWay with_gains;  ///< not measured where the light itself moved for over five seconds
     SeenDifference step;    ///< largest from frame to frame
     std::optional<ChartDifference> size;  ///< from the last frame before to rest
-    SeenDifference overshoot;  ///< beyond the larger of both ends, patch by patch; not of one that moves on
+    SeenDifference
+        overshoot;  ///< beyond the larger of both ends, patch by patch; not of one that moves on
     SeenDifference stall;  ///< rest against what the light asks for; last frame it was read from
 };
 
