@@ -54,7 +54,7 @@ Yes or no, by limits that logs must hold.
     $ printf 'format: imgtune-limits/1\nlimits: {visible_step: 0.5, clipped_share: {no_worse_by: 0}, check_errors: 0}\n' > strict.yaml
     $ imgtune judge a.yaml --against a.yaml --limits strict.yaml flash.csv short.csv | grep -o 'short.csv: cannot be judged.*\|imgtune explain .*\|^refused: 2 of 2 logs'
     short.csv: cannot be judged: short.csv:1: column 'cct' is missing
-    imgtune explain a.yaml --log flash.csv --frame 64
+    imgtune explain a.yaml --log flash.csv --frame 64 --only ccm
     refused: 2 of 2 logs
     $ imgtune judge a.yaml --limits strict.yaml flash.csv
     imgtune: strict.yaml: no_worse_by compares with an old tuning; name it with --against

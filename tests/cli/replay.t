@@ -129,7 +129,7 @@ A summary, as text and as JSON.
     settling          below 1 of rest: settled after 2 of 2, in 5 frames (0.2 s) (median), at most 6 frames (0.2 s) (change at frame 61-64)
       with the gains  settled after 2 of 2, in 5 frames (0.2 s) (median), at most 6 frames (0.2 s) (change at frame 61-64)
     overshoot         not measured in any change of light
-    rests short       none visible: at most 0.14 (change at frame 61)
+    rests short       none visible: at most 0.14, at frame 123
     $ imgtune replay imx477-polynomial.yaml imx477-flash-shot.csv --summary --json |
     >     python3 -c 'import json, sys; s = json.load(sys.stdin); print(s["frames"], sorted(s)[:4])'
     186 ['changes', 'changes_not_listed', 'changes_of_light', 'clipped']
