@@ -29,6 +29,30 @@ RealMatrix adjugate(const RealMatrix& m) {
             m[3] * m[7] - m[4] * m[6], m[1] * m[6] - m[0] * m[7], m[0] * m[4] - m[1] * m[3]};
 }
 
+/// Rounded once: the hue of a grey patch is what rounding leaves.
+const PatchLabs& chart_labs() {
+    static const PatchLabs kChart = [] {
+        PatchLabs chart;
+        for (std::size_t i = 0; i < kPatchCount; ++i) {
+            const Lab lab = to_lab(linear(chart_patches()[i]));
+            chart.lightness[i] = static_cast<float>(lab.lightness);
+            chart.a[i] = static_cast<float>(lab.a);
+            chart.b[i] = static_cast<float>(lab.b);
+        }
+        return chart;
+    }();
+    return kChart;
+}
+
+/// By a function of what is wanted and what is shown.
+template <class Compare>
+PatchDifferences compared(const ChartView& reference, const ChartView& actual, Compare compare) {
+    if (reference.matrix() == actual.matrix()) return {};  // to the last digit
+    if (!reference.has_inverse())
+        return compare(patch_labs(reference.matrix()), patch_labs(actual.matrix()));
+    return compare(chart_labs(), patch_labs(times(actual.matrix(), reference.inverse())));
+}
+
 }  // namespace
 
 ChartView::ChartView(const RealMatrix& matrix) : matrix_(matrix) {
@@ -50,22 +74,15 @@ ChartView::ChartView(const RealMatrix& matrix, const std::array<double, 3>& gain
       }()) {}
 
 PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual) {
-    if (reference.matrix() == actual.matrix()) return {};  // to the last digit
-    // Rounded once: the hue of a grey patch is what rounding leaves.
-    static const PatchLabs kChart = [] {
-        PatchLabs chart;
-        for (std::size_t i = 0; i < kPatchCount; ++i) {
-            const Lab lab = to_lab(linear(chart_patches()[i]));
-            chart.lightness[i] = static_cast<float>(lab.lightness);
-            chart.a[i] = static_cast<float>(lab.a);
-            chart.b[i] = static_cast<float>(lab.b);
-        }
-        return chart;
-    }();
-    if (!reference.has_inverse()) {
-        return ciede2000(patch_labs(reference.matrix()), patch_labs(actual.matrix()));
-    }
-    return ciede2000(kChart, patch_labs(times(actual.matrix(), reference.inverse())));
+    return compared(reference, actual, [](const PatchLabs& wanted, const PatchLabs& shown) {
+        return ciede2000(wanted, shown);
+    });
+}
+
+PatchDifferences patch_bounds(const ChartView& reference, const ChartView& actual) {
+    return compared(reference, actual, [](const PatchLabs& wanted, const PatchLabs& shown) {
+        return ciede2000_bounds(wanted, shown);
+    });
 }
 
 ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen) {
@@ -85,6 +102,14 @@ ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen) {
 ChartDifference chart_difference(const ChartView& reference, const ChartView& actual,
                                  std::size_t chosen) {
     return in_short(patch_differences(reference, actual), chosen);
+}
+
+std::optional<ChartDifference> chart_difference_from(const ChartView& reference,
+                                                     const ChartView& actual, std::size_t chosen,
+                                                     double mean, double worst) {
+    const ChartDifference most = in_short(patch_bounds(reference, actual), chosen);
+    if (most.mean < mean && most.worst < worst) return std::nullopt;
+    return chart_difference(reference, actual, chosen);
 }
 
 }  // namespace imgtune::workbench

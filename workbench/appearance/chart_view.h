@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 
 #include "workbench/appearance/patches.h"
 #include "workbench/appearance/real_matrix.h"
@@ -51,10 +52,19 @@ class ChartView {
 /// colours. A reference without an inverse takes the chart's values as the camera's.
 PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual);
 
+/// Above these, patch by patch, by up to twice that; for a fraction of the cost.
+PatchDifferences patch_bounds(const ChartView& reference, const ChartView& actual);
+
 ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen);
 
 ChartDifference chart_difference(const ChartView& reference, const ChartView& actual,
                                  std::size_t chosen);
+
+/// The same where it may be this large, in the mean or in one patch; nothing where it surely is
+/// smaller, for a fraction of the cost.
+std::optional<ChartDifference> chart_difference_from(const ChartView& reference,
+                                                     const ChartView& actual, std::size_t chosen,
+                                                     double mean, double worst);
 
 }  // namespace imgtune::workbench
 

@@ -23,7 +23,7 @@ class Turns {
     explicit Turns(std::uint64_t patience) : patience_(patience) {}
 
     /// The motion is at `now`; frames in which it stood still may be left out. `distance` takes two
-    /// points.
+    /// points, and a distance below which any smaller one may be told.
     template <class Distance>
     std::optional<Turn<Point>> next(std::uint64_t frame, const Point& now, Distance&& distance) {
         std::optional<Turn<Point>> turn;
@@ -32,10 +32,10 @@ class Turns {
         } else if (frame - active_ > patience_) {
             begin(frame, Point(*last_));
         }
-        const double way = distance(*pivot_, now);
+        const double way = distance(*pivot_, now, way_);
         if (way > way_) {
             go_to(frame, now, way);
-        } else if (const double back = distance(*farthest_, now); back >= 1.0) {
+        } else if (const double back = distance(*farthest_, now, 1.0); back >= 1.0) {
             if (way_ >= 1.0) turn = Turn<Point>{*pivot_, *farthest_, reached_};
             pivot_ = farthest_;
             way_when_reached_ = 0.0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "workbench/studies/resting.h"
@@ -13,6 +14,7 @@ namespace imgtune::workbench {
 namespace {
 
 constexpr std::size_t kMostSpans = 1000;
+constexpr double kAnyMean = std::numeric_limits<double>::infinity();
 constexpr std::size_t kRingFrames = 4096;
 constexpr std::uint64_t kHoldsToJudge = 4;     ///< half seconds of a light, where it holds so long
 constexpr double kSlowestFlicker = 0.5;        ///< times a second
@@ -104,12 +106,17 @@ void VisibleStudy::add(std::uint64_t number, const Frame& frame, const Camera& c
     if (before == nullptr || is_cold_start) return;
     ChartDifference step;
     if (!same_image) {
-        step = difference(*earlier, *view_);
-        if (const auto turn = turns_.next(number, *view_, [&](const auto& a, const auto& b) {
-                const ChartDifference d = difference(a, b);
-                return std::max(d.mean / record_.limits.flicker_mean,
-                                d.worst / record_.limits.flicker_patch);
-            })) {
+        step = step_from(*earlier, light, event);
+        if (const auto turn =
+                turns_.next(number, *view_, [&](const auto& a, const auto& b, double least) {
+                    const VisibleLimits& limits = record_.limits;
+                    const auto d =
+                        chart_difference_from(a, b, limits.patch, least * limits.flicker_mean,
+                                              least * limits.flicker_patch);
+                    return d ? std::max(d->mean / limits.flicker_mean,
+                                        d->worst / limits.flicker_patch)
+                             : 0.0;
+                })) {
             note_turn(*turn);
         }
     }
@@ -117,8 +124,24 @@ void VisibleStudy::add(std::uint64_t number, const Frame& frame, const Camera& c
     if (in_doubt || is_change_on() || same_gains(shown.gains, last.gains)) return;
     const auto error = gain_error(real_gains(shown.gains), real_gains(last.gains));
     if (!error) return;
-    keep_larger(record_.gain_step,
-                {difference(*earlier, ChartView(view_->matrix(), *error)), number});
+    const double least = record_.gain_step.frame == 0 ? 0.0 : record_.gain_step.size.worst;
+    const auto step_with_gains = chart_difference_from(*earlier, ChartView(view_->matrix(), *error),
+                                                       record_.limits.patch, kAnyMean, least);
+    if (step_with_gains) keep_larger(record_.gain_step, {*step_with_gains, number});
+}
+
+/// From the view before to this one. Nothing where that surely is no larger than what note_step()
+/// would compare it with.
+ChartDifference VisibleStudy::step_from(const ChartView& earlier, const LightWatch& light,
+                                        LightWatch::Event event) const {
+    const bool changing = event != LightWatch::Event::holds || is_change_on();
+    const double steady = record_.steady_step.size.worst;
+    const double in_change = change_.step.size.worst;
+    const double least = light.is_in_doubt() ? std::min(steady, in_change)
+                         : changing          ? in_change
+                                             : steady;
+    return chart_difference_from(earlier, *view_, record_.limits.patch, kAnyMean, least)
+        .value_or(ChartDifference{});
 }
 
 /// Steps of frames in doubt wait until it is known whether the light changed there.
@@ -206,38 +229,59 @@ void VisibleStudy::judge() {
     overshoot_ = {};
     farthest_ = 0.0F;
     farthest_frame_ = first_;
-    for (std::uint64_t n = std::max(first_, oldest); n <= end; ++n) {
+    // Backwards: the last frame beyond is what counts.
+    for (std::uint64_t n = end; n >= std::max(first_, oldest); --n) {
         const Shown& shown = ring_[n % kRingFrames];
         compare_with_rest(shown, view_of(shown));
     }
+    last_compared_ = end;
 }
 
+/// After all frames that have been compared so far, or before them.
 void VisibleStudy::compare_with_rest(const Shown& shown, const ChartView& view) {
-    const PatchDifferences from_rest = patch_differences(*rest_, view);
-    const ChartDifference off = in_short(from_rest, record_.limits.patch);
-    const auto note = [&](Way& way, double worst) {
-        if (worst < record_.limits.settled) return;
+    const double settled = record_.limits.settled;
+    const auto note = [&](Way& way) {
         way.was_beyond = true;
-        way.last_beyond = shown.number;
+        way.last_beyond = std::max(way.last_beyond, shown.number);
     };
     last_compared_ = shown.number;
-    note(matrix_way_, off.worst);
-    if (gains_way_.is_measured) {
-        const auto error = gain_error(recent_gains(shown.number), *settled_gains_);
-        if (!error) {
-            gains_way_.is_measured = false;
-        } else {
-            note(gains_way_, difference(*rest_, ChartView(view.matrix(), *error)).worst);
+    PatchDifferences from_rest = patch_bounds(*rest_, view);
+    bool may_overshoot = false;
+    if (before_) {
+        const PatchDifferences from_before = patch_bounds(*before_, view);
+        for (std::size_t i = 0; i < kPatchCount; ++i) {
+            may_overshoot = may_overshoot || from_before[i] - there_[i] > overshoot_[i] ||
+                            from_rest[i] - back_[i] > overshoot_[i];
         }
     }
-    if (!before_) return;
-    const PatchDifferences from_before = patch_differences(*before_, view);
+    const bool may_be_last = shown.number > matrix_way_.last_beyond &&
+                             in_short(from_rest, record_.limits.patch).worst >= settled;
+    if (may_overshoot || may_be_last) {
+        from_rest = patch_differences(*rest_, view);
+        if (in_short(from_rest, record_.limits.patch).worst >= settled) note(matrix_way_);
+    }
+    if (may_overshoot) note_overshoot(shown.number, from_rest, patch_differences(*before_, view));
+
+    if (!gains_way_.is_measured || shown.number < gains_way_.last_beyond) return;
+    const auto error = gain_error(recent_gains(shown.number), *settled_gains_);
+    if (!error) {
+        gains_way_.is_measured = false;
+        return;
+    }
+    const auto off = chart_difference_from(*rest_, ChartView(view.matrix(), *error),
+                                           record_.limits.patch, kAnyMean, settled);
+    if (off && off->worst >= settled) note(gains_way_);
+}
+
+void VisibleStudy::note_overshoot(std::uint64_t number, const PatchDifferences& from_rest,
+                                  const PatchDifferences& from_before) {
     for (std::size_t i = 0; i < kPatchCount; ++i) {
         const float beyond = std::max(from_before[i] - there_[i], from_rest[i] - back_[i]);
         overshoot_[i] = std::max(overshoot_[i], beyond);
-        if (beyond <= farthest_) continue;
+        const bool is_earlier = number < farthest_frame_;
+        if (beyond < farthest_ || (beyond == farthest_ && !is_earlier)) continue;
         farthest_ = beyond;
-        farthest_frame_ = shown.number;
+        farthest_frame_ = number;
     }
 }
 
@@ -335,9 +379,10 @@ void LightSwings::add(std::uint64_t number, const Frame& frame, const LightWatch
     for (const LightValues& values : recent_) {
         for (std::size_t k = 0; k < mean.size(); ++k) mean[k] += values[k] / 3.0;
     }
-    const auto turn = turns_.next(number, mean, [&](const LightValues& a, const LightValues& b) {
-        return light_distance(light, a, b);
-    });
+    const auto turn =
+        turns_.next(number, mean, [&](const LightValues& a, const LightValues& b, double) {
+            return light_distance(light, a, b);
+        });
     if (!turn) return;
     const bool extended = goes_on(*turn, light) && extend(chain_, turn->frame, patience_);
     if (!extended) {

@@ -126,12 +126,16 @@ class VisibleStudy {
 
     ChartDifference difference(const ChartView& before, const ChartView& now) const;
     ChartView view_of(const Shown& shown) const;
+    ChartDifference step_from(const ChartView& earlier, const LightWatch& light,
+                              LightWatch::Event event) const;
     void note_step(std::uint64_t number, const ChartDifference& step, const LightWatch& light,
                    LightWatch::Event event);
     void note_turn(const Turn<ChartView>& turn);
     void end_flicker();
     void judge();
     void compare_with_rest(const Shown& shown, const ChartView& view);
+    void note_overshoot(std::uint64_t number, const PatchDifferences& from_rest,
+                        const PatchDifferences& from_before);
     std::array<double, 3> recent_gains(std::uint64_t number) const;
     bool has_settled() const;
     bool is_change_on() const;
