@@ -44,15 +44,6 @@ const PatchLabs& chart_labs() {
     return kChart;
 }
 
-/// By a function of what is wanted and what is shown.
-template <class Compare>
-PatchDifferences compared(const ChartView& reference, const ChartView& actual, Compare compare) {
-    if (reference.matrix() == actual.matrix()) return {};  // to the last digit
-    if (!reference.has_inverse())
-        return compare(patch_labs(reference.matrix()), patch_labs(actual.matrix()));
-    return compare(chart_labs(), patch_labs(times(actual.matrix(), reference.inverse())));
-}
-
 }  // namespace
 
 ChartView::ChartView(const RealMatrix& matrix) : matrix_(matrix) {
@@ -74,15 +65,21 @@ ChartView::ChartView(const RealMatrix& matrix, const std::array<double, 3>& gain
       }()) {}
 
 PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual) {
-    return compared(reference, actual, [](const PatchLabs& wanted, const PatchLabs& shown) {
-        return ciede2000(wanted, shown);
-    });
+    if (reference.matrix() == actual.matrix()) return {};  // to the last digit
+    if (!reference.has_inverse())
+        return ciede2000(patch_labs(reference.matrix()), patch_labs(actual.matrix()));
+    return ciede2000(chart_labs(), patch_labs(times(actual.matrix(), reference.inverse())));
 }
 
 PatchDifferences patch_bounds(const ChartView& reference, const ChartView& actual) {
-    return compared(reference, actual, [](const PatchLabs& wanted, const PatchLabs& shown) {
-        return ciede2000_bounds(wanted, shown);
-    });
+    if (reference.matrix() == actual.matrix()) return {};
+    if (!reference.has_inverse()) {
+        const PatchLabs wanted = patch_labs(reference.matrix());
+        return ciede2000_bounds(wanted, patch_factors(wanted), patch_labs(actual.matrix()));
+    }
+    static const PatchFactors kFactors = patch_factors(chart_labs());
+    return ciede2000_bounds(chart_labs(), kFactors,
+                            patch_labs(times(actual.matrix(), reference.inverse())));
 }
 
 ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen) {

@@ -52,7 +52,7 @@ class ChartView {
 /// colours. A reference without an inverse takes the chart's values as the camera's.
 PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual);
 
-/// Above these, patch by patch, by up to twice that; for a fraction of the cost.
+/// Above these, patch by patch, by up to twice that and mostly less; for a fraction of the cost.
 PatchDifferences patch_bounds(const ChartView& reference, const ChartView& actual);
 
 ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen);

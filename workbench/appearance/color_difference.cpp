@@ -76,12 +76,19 @@ Lab lab_of(const Eigen::Vector3d& rgb) {
 }  // namespace
 
 RealMatrix to_relative_xyz(const RealMatrix& matrix) {
+    static constexpr auto kToWhite = [] {
+        RealMatrix shares{};
+        for (std::size_t row = 0; row < 3; ++row) {
+            const double white = kToXyz[row][0] + kToXyz[row][1] + kToXyz[row][2];
+            for (std::size_t k = 0; k < 3; ++k) shares[3 * row + k] = kToXyz[row][k] / white;
+        }
+        return shares;
+    }();
     RealMatrix product{};
     for (std::size_t row = 0; row < 3; ++row) {
-        const double white = kToXyz[row][0] + kToXyz[row][1] + kToXyz[row][2];
         for (std::size_t column = 0; column < 3; ++column) {
             for (std::size_t k = 0; k < 3; ++k) {
-                product[3 * row + column] += kToXyz[row][k] / white * matrix[3 * k + column];
+                product[3 * row + column] += kToWhite[3 * row + k] * matrix[3 * k + column];
             }
         }
     }

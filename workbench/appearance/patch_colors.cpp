@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstring>
 
-// Functions that are compiled twice, and chosen by the machine when the program starts: with vectors
-// twice as long where it has them. Results are the same, digit by digit. Sanitizers are not ready by
-// then.
+// Functions that are compiled twice, and chosen by the machine when the program starts: with
+// vectors twice as long where it has them. Results are the same, digit by digit. Sanitizers are not
+// ready by then.
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 #define IMGTUNE_SANITIZED
@@ -141,18 +141,37 @@ IMGTUNE_LONG_VECTORS PatchLabs patch_labs(const RealMatrix& matrix) {
     return labs;
 }
 
-/// Its three divisors are at least 1; a is stretched by 1.5 at most; squares of chroma and hue add
-/// up to those of a and b; the rotation is at most the sine of 60 degrees, twice, times their
-/// product.
-IMGTUNE_LONG_VECTORS PatchDifferences ciede2000_bounds(const PatchLabs& x, const PatchLabs& y) {
-    constexpr float kRotation = 1.867F;
+/// The mean chroma is at least half of this one. So a is stretched no more than it would be there,
+/// and the divisor of chroma is no smaller than there; those of lightness and hue are at least 1.
+/// Squares of chroma and hue add up to those of a and b. The rotation adds at most twice the sine
+/// of 60 degrees times their product: with chroma divided by d, the sum is at most the larger
+/// eigenvalue of (1/d^2, r/d; r/d, 1), r that sine, times those squares.
+PatchFactors patch_factors(const PatchLabs& x) {
+    constexpr float kRotation = 0.866025404F;
+    PatchFactors factors;
+    for (std::size_t i = 0; i < kPatchCount; ++i) {
+        const float chroma = std::sqrt(x.a[i] * x.a[i] + x.b[i] * x.b[i]) / 2.0F;
+        const float stretch = 1.5F - 0.5F * chroma_share(chroma);
+        factors.a[i] = stretch * stretch;
+        const float over = 1.0F / (1.0F + 0.045F * chroma);
+        const float half = (1.0F - over * over) / 2.0F;
+        factors.color[i] =
+            1.0F - half + std::sqrt(half * half + kRotation * kRotation * over * over);
+    }
+    return factors;
+}
+
+IMGTUNE_LONG_VECTORS PatchDifferences ciede2000_bounds(const PatchLabs& x,
+                                                       const PatchFactors& factors,
+                                                       const PatchLabs& y) {
     constexpr float kRounding = 1.002F;
     PatchDifferences bounds;
     for (std::size_t i = 0; i < kPatchCount; ++i) {
         const float lightness = y.lightness[i] - x.lightness[i];
-        const float a = 1.5F * (y.a[i] - x.a[i]);
+        const float a = y.a[i] - x.a[i];
         const float b = y.b[i] - x.b[i];
-        bounds[i] = kRounding * std::sqrt(lightness * lightness + kRotation * (a * a + b * b));
+        bounds[i] = kRounding * std::sqrt(lightness * lightness +
+                                          factors.color[i] * (factors.a[i] * a * a + b * b));
     }
     return bounds;
 }

@@ -22,8 +22,11 @@ std::optional<Measure> register_settling(const SummaryRecord& record, Job job);
 /// Runs a log from power-on and measures it, in memory that does not grow.
 class LogMeasures {
   public:
-    LogMeasures(const Tuning& tuning, Jobs jobs, const SummaryOptions& options)
-        : camera_(tuning, jobs), summary_(camera_, options) {}
+    LogMeasures(const Tuning& tuning, Jobs jobs, SummaryOptions options)
+        : camera_(tuning, jobs), summary_(camera_, [&] {
+              options.registers = jobs.color;  // no limit is about those of the matrix
+              return options;
+          }()) {}
 
     void add(const Frame& frame) {
         camera_.run(frame);

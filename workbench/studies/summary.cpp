@@ -76,7 +76,8 @@ Summary::Summary(const Camera& camera, const SummaryOptions& options)
       judge_(camera, motions_, frames_of_hold(options.frames_per_second)),
       visible_(camera, options.visible, options.frames_per_second),
       swings_(options.frames_per_second),
-      switches_(options.frames_per_second) {
+      switches_(options.frames_per_second),
+      with_registers_(options.registers) {
     record_.frames_per_second = options.frames_per_second;
     record_.noise_percent = options.noise_percent;
     record_.hold_frames = frames_of_hold(options.frames_per_second);
@@ -93,7 +94,7 @@ void Summary::add(std::uint64_t number, const Frame& frame, const Camera& camera
     }
     if (record_.jobs.ccm) note_clipping(number, frame);
     // Where the light changes, its hold before is judged by what the watch knew of it.
-    if (!judge_.is_judged()) before_ = watch_;
+    if (with_registers_ && !judge_.is_judged()) before_ = watch_;
     const Event event = watch_.next(frame);
     if (event == Event::begins) {
         if (record_.frames > 1) close_change(before_);
@@ -107,21 +108,23 @@ void Summary::add(std::uint64_t number, const Frame& frame, const Camera& camera
     const Phase phase = is_cold                 ? Phase::cold_start
                         : event == Event::holds ? Phase::light_holds
                                                 : Phase::light_moves;
-    const StepCause cause = switches_.next(number, frame, camera, !is_cold);
-    const bool turned = motions_.next(number, camera.registers(), phase, cause);
-    for (std::size_t job = 0; job < moved_.size(); ++job) {
-        moved_[job] = moved_[job] || motions_.moved()[job];
+    if (with_registers_) {
+        const StepCause cause = switches_.next(number, frame, camera, !is_cold);
+        const bool turned = motions_.next(number, camera.registers(), phase, cause);
+        for (std::size_t job = 0; job < moved_.size(); ++job) {
+            moved_[job] = moved_[job] || motions_.moved()[job];
+        }
+        if (turned && phase == Phase::light_holds) note_turn(number);
     }
-    if (turned && phase == Phase::light_holds) note_turn(number);
     swings_.add(number, frame, watch_);
     visible_.add(number, frame, camera, watch_, event, is_cold);
+    if (event != Event::holds) change_.last = number - watch_.held();
+    change_.held = watch_.held();
+    if (!with_registers_) return;
     if (event == Event::holds) {
         judge_.next();
-        change_.held = watch_.held();
         if (!judge_.is_judged() && watch_.held() >= record_.hold_frames) judge_.judge_by(watch_);
     } else {
-        change_.last = number - watch_.held();
-        change_.held = watch_.held();
         judge_.begin(camera.state(), watch_.held());
     }
 }
@@ -200,8 +203,10 @@ void Summary::note_turn(std::uint64_t number) {
 
 /// The light has changed again, or the log has ended.
 void Summary::close_change(const LightWatch& hold) {
-    if (!judge_.is_judged() && change_.held > 0) judge_.judge_by(hold);
-    tell_settling();
+    if (with_registers_) {
+        if (!judge_.is_judged() && change_.held > 0) judge_.judge_by(hold);
+        tell_settling();
+    }
     change_.visible = visible_.close_change();
     if (in_cold_start_) {
         record_.cold_start = change_;

@@ -29,6 +29,8 @@ struct SummaryOptions {
     /// of the light value.
     double noise_percent = 5.0;
     VisibleLimits visible = {};
+    /// How the registers move and settle, too; without it a third less work.
+    bool registers = true;
 };
 
 /// One change of light: the frames in which it moves, and how the picture follows it.
@@ -174,6 +176,7 @@ class Summary {
     LightSwings swings_;
     SwitchWatch switches_;
     SummaryRecord record_;
+    bool with_registers_;
     bool in_cold_start_ = true;  ///< the change being gathered is the first
     Clipping last_clipping_ = Clipping::none;
     std::uint64_t last_turn_ = 0;

@@ -246,21 +246,21 @@ void VisibleStudy::compare_with_rest(const Shown& shown, const ChartView& view) 
     };
     last_compared_ = shown.number;
     PatchDifferences from_rest = patch_bounds(*rest_, view);
-    bool may_overshoot = false;
-    if (before_) {
-        const PatchDifferences from_before = patch_bounds(*before_, view);
-        for (std::size_t i = 0; i < kPatchCount; ++i) {
-            may_overshoot = may_overshoot || from_before[i] - there_[i] > overshoot_[i] ||
-                            from_rest[i] - back_[i] > overshoot_[i];
-        }
-    }
+    const auto may_overshoot = [&](const PatchDifferences& from, const PatchDifferences& way) {
+        bool may = false;
+        for (std::size_t i = 0; i < kPatchCount; ++i) may |= from[i] - way[i] > overshoot_[i];
+        return may;
+    };
+    const bool may_go_back = before_ && may_overshoot(from_rest, back_);
     const bool may_be_last = shown.number > matrix_way_.last_beyond &&
                              in_short(from_rest, record_.limits.patch).worst >= settled;
-    if (may_overshoot || may_be_last) {
+    if (may_go_back || may_be_last) {
         from_rest = patch_differences(*rest_, view);
         if (in_short(from_rest, record_.limits.patch).worst >= settled) note(matrix_way_);
     }
-    if (may_overshoot) note_overshoot(shown.number, from_rest, patch_differences(*before_, view));
+    if (may_go_back) note_overshoot(shown.number, from_rest, back_);
+    if (before_ && may_overshoot(patch_bounds(*before_, view), there_))
+        note_overshoot(shown.number, patch_differences(*before_, view), there_);
 
     if (!gains_way_.is_measured || shown.number < gains_way_.last_beyond) return;
     const auto error = gain_error(recent_gains(shown.number), *settled_gains_);
@@ -273,10 +273,11 @@ void VisibleStudy::compare_with_rest(const Shown& shown, const ChartView& view) 
     if (off && off->worst >= settled) note(gains_way_);
 }
 
-void VisibleStudy::note_overshoot(std::uint64_t number, const PatchDifferences& from_rest,
-                                  const PatchDifferences& from_before) {
+/// The picture is so far from one end of the change, and the ends are a way apart.
+void VisibleStudy::note_overshoot(std::uint64_t number, const PatchDifferences& from,
+                                  const PatchDifferences& way) {
     for (std::size_t i = 0; i < kPatchCount; ++i) {
-        const float beyond = std::max(from_before[i] - there_[i], from_rest[i] - back_[i]);
+        const float beyond = from[i] - way[i];
         overshoot_[i] = std::max(overshoot_[i], beyond);
         const bool is_earlier = number < farthest_frame_;
         if (beyond < farthest_ || (beyond == farthest_ && !is_earlier)) continue;

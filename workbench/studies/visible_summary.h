@@ -134,8 +134,8 @@ class VisibleStudy {
     void end_flicker();
     void judge();
     void compare_with_rest(const Shown& shown, const ChartView& view);
-    void note_overshoot(std::uint64_t number, const PatchDifferences& from_rest,
-                        const PatchDifferences& from_before);
+    void note_overshoot(std::uint64_t number, const PatchDifferences& from,
+                        const PatchDifferences& way);
     std::array<double, 3> recent_gains(std::uint64_t number) const;
     bool has_settled() const;
     bool is_change_on() const;
