@@ -35,9 +35,15 @@ TEST(ChartView, AgreesWithTheReference) {
             const ChartDifference fast = chart_difference(ChartView(a), ChartView(b), kLightSkin);
             EXPECT_NEAR(fast.mean, slow.mean, 0.01);
             const PatchDifferences all = patch_differences(ChartView(a), ChartView(b));
+            const PatchDifferences bounds = ChartComparison(ChartView(a), ChartView(b)).bounds();
             for (std::size_t i = 0; i < kPatchCount; ++i) {
                 EXPECT_NEAR(all[i], slow.patches[i].difference, 0.01) << i;
+                EXPECT_GE(bounds[i], all[i]) << i;
             }
+            EXPECT_EQ(chart_difference_from(ChartView(a), ChartView(b), 0, fast.mean, 1e9)->mean,
+                      fast.mean);
+            EXPECT_EQ(chart_difference_from(ChartView(a), ChartView(b), 0, 1e9, fast.worst)->worst,
+                      fast.worst);
             EXPECT_EQ(fast.worst_patch, slow.largest_patch);
             EXPECT_FLOAT_EQ(static_cast<float>(fast.chosen), all[kLightSkin]);
         }
@@ -48,6 +54,7 @@ TEST(ChartView, AgreesWithTheReference) {
     const RealMatrix unity = {1, 0, 0, 0, 1, 0, 0, 0, 1};
     EXPECT_NEAR(chart_difference(ChartView(grey), ChartView(unity), 0).worst,
                 chart_error(grey, unity).largest, 0.01);
+    EXPECT_FALSE(chart_difference_from(ChartView(unity), ChartView(unity), 0, 1e-9, 1e-9));
 }
 
 TEST(ChartView, AGainThatIsOffTintsGreyAndEqualGainsDoNot) {

@@ -64,22 +64,28 @@ ChartView::ChartView(const RealMatrix& matrix, const std::array<double, 3>& gain
           return behind;
       }()) {}
 
-PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual) {
-    if (reference.matrix() == actual.matrix()) return {};  // to the last digit
-    if (!reference.has_inverse())
-        return ciede2000(patch_labs(reference.matrix()), patch_labs(actual.matrix()));
-    return ciede2000(chart_labs(), patch_labs(times(actual.matrix(), reference.inverse())));
+ChartComparison::ChartComparison(const ChartView& reference, const ChartView& actual)
+    : equal_(reference.matrix() == actual.matrix()), has_inverse_(reference.has_inverse()) {
+    if (equal_) return;
+    if (!has_inverse_) wanted_ = patch_labs(reference.matrix());
+    shown_ =
+        patch_labs(has_inverse_ ? times(actual.matrix(), reference.inverse()) : actual.matrix());
 }
 
-PatchDifferences patch_bounds(const ChartView& reference, const ChartView& actual) {
-    if (reference.matrix() == actual.matrix()) return {};
-    if (!reference.has_inverse()) {
-        const PatchLabs wanted = patch_labs(reference.matrix());
-        return ciede2000_bounds(wanted, patch_factors(wanted), patch_labs(actual.matrix()));
-    }
+PatchDifferences ChartComparison::differences() const {
+    if (equal_) return {};  // to the last digit
+    return ciede2000(has_inverse_ ? chart_labs() : wanted_, shown_);
+}
+
+PatchDifferences ChartComparison::bounds() const {
+    if (equal_) return {};
     static const PatchFactors kFactors = patch_factors(chart_labs());
-    return ciede2000_bounds(chart_labs(), kFactors,
-                            patch_labs(times(actual.matrix(), reference.inverse())));
+    if (has_inverse_) return ciede2000_bounds(chart_labs(), kFactors, shown_);
+    return ciede2000_bounds(wanted_, patch_factors(wanted_), shown_);
+}
+
+PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual) {
+    return ChartComparison(reference, actual).differences();
 }
 
 ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen) {
@@ -104,9 +110,16 @@ ChartDifference chart_difference(const ChartView& reference, const ChartView& ac
 std::optional<ChartDifference> chart_difference_from(const ChartView& reference,
                                                      const ChartView& actual, std::size_t chosen,
                                                      double mean, double worst) {
-    const ChartDifference most = in_short(patch_bounds(reference, actual), chosen);
-    if (most.mean < mean && most.worst < worst) return std::nullopt;
-    return chart_difference(reference, actual, chosen);
+    const ChartComparison comparison(reference, actual);
+    const PatchDifferences bounds = comparison.bounds();
+    double sum = 0.0;
+    bool may = false;
+    for (const float bound : bounds) {
+        sum += static_cast<double>(bound);
+        may = may || static_cast<double>(bound) >= worst;
+    }
+    if (!may && sum < mean * static_cast<double>(kPatchCount)) return std::nullopt;
+    return in_short(comparison.differences(), chosen);
 }
 
 }  // namespace imgtune::workbench

@@ -48,12 +48,32 @@ class ChartView {
     bool has_inverse_ = false;
 };
 
+/// Colours of all patches, a plane a component.
+struct PatchLabs {
+    alignas(16) std::array<float, kPatchCount> lightness;
+    alignas(16) std::array<float, kPatchCount> a;
+    alignas(16) std::array<float, kPatchCount> b;
+};
+
+/// Two views of one scene, ready to be compared; see patch_differences().
+class ChartComparison {
+  public:
+    ChartComparison(const ChartView& reference, const ChartView& actual);
+
+    PatchDifferences differences() const;
+    /// Above them, patch by patch, by up to twice that and mostly less; for a tenth of the cost.
+    PatchDifferences bounds() const;
+
+  private:
+    bool equal_;
+    bool has_inverse_;
+    PatchLabs wanted_;  ///< without an inverse alone
+    PatchLabs shown_;
+};
+
 /// What differs between two views of one scene: that which `reference` shows as the chart's own
 /// colours. A reference without an inverse takes the chart's values as the camera's.
 PatchDifferences patch_differences(const ChartView& reference, const ChartView& actual);
-
-/// Above these, patch by patch, by up to twice that and mostly less; for a fraction of the cost.
-PatchDifferences patch_bounds(const ChartView& reference, const ChartView& actual);
 
 ChartDifference in_short(const PatchDifferences& patches, std::size_t chosen);
 

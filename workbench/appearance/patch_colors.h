@@ -12,13 +12,6 @@
 
 namespace imgtune::workbench {
 
-/// Colours of all patches, a plane a component.
-struct PatchLabs {
-    alignas(16) std::array<float, kPatchCount> lightness;
-    alignas(16) std::array<float, kPatchCount> a;
-    alignas(16) std::array<float, kPatchCount> b;
-};
-
 /// The chart through a matrix.
 PatchLabs patch_labs(const RealMatrix& matrix);
 

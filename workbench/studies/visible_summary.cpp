@@ -245,7 +245,8 @@ void VisibleStudy::compare_with_rest(const Shown& shown, const ChartView& view) 
         way.last_beyond = std::max(way.last_beyond, shown.number);
     };
     last_compared_ = shown.number;
-    PatchDifferences from_rest = patch_bounds(*rest_, view);
+    const ChartComparison with_rest(*rest_, view);
+    PatchDifferences from_rest = with_rest.bounds();
     const auto may_overshoot = [&](const PatchDifferences& from, const PatchDifferences& way) {
         bool may = false;
         for (std::size_t i = 0; i < kPatchCount; ++i) may |= from[i] - way[i] > overshoot_[i];
@@ -255,12 +256,15 @@ void VisibleStudy::compare_with_rest(const Shown& shown, const ChartView& view) 
     const bool may_be_last = shown.number > matrix_way_.last_beyond &&
                              in_short(from_rest, record_.limits.patch).worst >= settled;
     if (may_go_back || may_be_last) {
-        from_rest = patch_differences(*rest_, view);
+        from_rest = with_rest.differences();
         if (in_short(from_rest, record_.limits.patch).worst >= settled) note(matrix_way_);
     }
     if (may_go_back) note_overshoot(shown.number, from_rest, back_);
-    if (before_ && may_overshoot(patch_bounds(*before_, view), there_))
-        note_overshoot(shown.number, patch_differences(*before_, view), there_);
+    if (before_) {
+        const ChartComparison with_before(*before_, view);
+        if (may_overshoot(with_before.bounds(), there_))
+            note_overshoot(shown.number, with_before.differences(), there_);
+    }
 
     if (!gains_way_.is_measured || shown.number < gains_way_.last_beyond) return;
     const auto error = gain_error(recent_gains(shown.number), *settled_gains_);
