@@ -10,6 +10,7 @@ export class Picture {
   private paint: ((g: CanvasRenderingContext2D, w: number, h: number, c: Colors) => void) | null = null;
   private rows: () => string[] = () => [];
   private readonly again = onFrame(() => this.redraw());
+  private width = 0; // of the canvas, in pixels of the style sheet
 
   constructor(
     private readonly name: string,
@@ -39,7 +40,10 @@ export class Picture {
       ),
       this.canvas,
     );
-    new ResizeObserver(this.again).observe(this.canvas);
+    new ResizeObserver(() => {
+      this.width = this.canvas.clientWidth;
+      this.again();
+    }).observe(this.canvas);
     matchMedia("(prefers-color-scheme: dark)").addEventListener("change", this.again);
     document.addEventListener("themechange", this.again);
   }
@@ -57,13 +61,9 @@ export class Picture {
   }
 
   private redraw(): void {
-    const width = this.canvas.clientWidth;
+    const width = (this.width ||= this.canvas.clientWidth);
     if (!this.paint || width === 0) return;
-    const scale = devicePixelRatio;
-    this.canvas.width = Math.round(width * scale);
-    this.canvas.height = Math.round(this.height * scale);
-    const g = this.canvas.getContext("2d")!;
-    g.scale(scale, scale);
+    const g = cleared(this.canvas, width, this.height);
     const c = colors();
     g.font = c.font;
     this.paint(g, width, this.height, c);
@@ -78,6 +78,22 @@ export class Picture {
     drawAll();
     this.canvas.toBlob((blob) => blob && download(this.name + ".png", blob, "image/png"));
   }
+}
+
+/** Empty, of this size in pixels of the style sheet, and drawn on in those. */
+export function cleared(canvas: HTMLCanvasElement, width: number, height: number): CanvasRenderingContext2D {
+  const scale = devicePixelRatio;
+  const size = [Math.round(width * scale), Math.round(height * scale)] as const;
+  const g = canvas.getContext("2d")!;
+  if (canvas.width === size[0] && canvas.height === size[1]) {
+    g.restore();
+    g.clearRect(0, 0, ...size);
+  } else {
+    [canvas.width, canvas.height] = size; // new memory
+  }
+  g.save(); // as it was made
+  g.scale(scale, scale);
+  return g;
 }
 
 /** Round steps for an axis from `low` to `high`, about `count` of them. */

@@ -28,7 +28,12 @@ export interface PlotOptions {
   turn?: (factor: number, x: number) => void; // the wheel with Ctrl, or two fingers
 }
 
-const mostSteps = 8192; // beyond it no step can be seen, and lines are thinned to the pixels
+const linear = uPlot.paths.linear!();
+const stepped = uPlot.paths.stepped!({ align: 1 });
+/** Steps while there is room to see them: more frames than pixels are a line. */
+const steps: uPlot.Series.PathBuilder = (u, line, from, to) =>
+  (to - from > u.bbox.width / devicePixelRatio ? linear : stepped)(u, line, from, to);
+const grouped = new Intl.NumberFormat();
 
 /** In a table; nothing where nothing was measured. */
 const shown = (value: number | null | undefined): string => (value === null || value === undefined || Number.isNaN(value) ? "" : String(value));
@@ -56,7 +61,7 @@ function fill(values: ArrayLike<number | null>): { values: ArrayLike<number | nu
 /** Half the width of the largest x, whose label may stand at the right end. */
 function lastLabelRoom(x: ArrayLike<number>): number {
   const digit = 7;
-  return 4 + (digit * (x[x.length - 1] ?? 0).toLocaleString().length) / 2;
+  return 4 + (digit * grouped.format(x[x.length - 1] ?? 0).length) / 2;
 }
 
 /** A plot that is redrawn with new lines, and keeps its place in the page. */
@@ -103,7 +108,6 @@ export class Plot {
     const same =
       this.plot !== null &&
       lines.length === this.lines.length &&
-      x.length > mostSteps === this.x.length > mostSteps &&
       lines.every((line, i) => line.label === this.lines[i]!.label && line.color === this.lines[i]!.color);
     this.x = x;
     this.lines = lines;
@@ -123,7 +127,8 @@ export class Plot {
   mark(x: number | null): void {
     this.marked = x;
     const at = this.plot && x !== null ? this.plot.valToPos(x, "x") : NaN;
-    this.upright.hidden = !(at >= 0 && at <= (this.plot?.over.clientWidth ?? 0));
+    const width = (this.plot?.bbox.width ?? 0) / devicePixelRatio;
+    this.upright.hidden = !(at >= 0 && at <= width);
     this.upright.style.transform = `translateX(${at}px)`;
   }
 
@@ -143,7 +148,6 @@ export class Plot {
     this.plot = null;
     if (this.lines.length === 0 || this.canvas.clientWidth === 0) return;
     const c = colors();
-    const long = this.x.length > mostSteps;
     const axis = { stroke: c.ink2, grid: { stroke: c.rule, width: 1 }, ticks: { stroke: c.rule, width: 1 }, font: c.font };
     const { group, choose, zoom, turn } = this.options;
     this.plot = new uPlot(
@@ -173,8 +177,8 @@ export class Plot {
             label: line.label,
             stroke: c[line.color],
             width: line.color === "target" || line.color === "quiet" ? 1 : 1.5,
-            ...(line.dash ? { dash: line.dash } : line.color === "target" && !long ? { dash: [4, 3] } : {}),
-            ...(line.steps && !long ? { paths: uPlot.paths.stepped!({ align: 1 }) } : {}),
+            ...(line.dash ? { dash: line.dash } : line.color === "target" ? { dash: [4, 3] } : {}),
+            ...(line.steps ? { paths: steps } : {}),
             gaps: (plot: uPlot, _line: number, _from: number, _to: number, nulls: [number, number][]) => [...nulls, ...this.gapsInPixels(plot, at)],
             points: { show: line.dots ?? false, size: 5, fill: c[line.color] },
           })),

@@ -15,7 +15,14 @@ export interface Colors {
   font: string;
 }
 
-export function colors(): Colors {
+let known: Colors | null = null; // asking the style sheet costs a layout
+const forget = (): void => void (known = null);
+document.addEventListener("themechange", forget);
+matchMedia("(prefers-color-scheme: dark)").addEventListener("change", forget);
+
+export const colors = (): Colors => (known ??= fromStyleSheet());
+
+function fromStyleSheet(): Colors {
   const style = getComputedStyle(document.documentElement);
   const of = (name: string): string => style.getPropertyValue("--" + name).trim();
   return {

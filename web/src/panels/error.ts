@@ -1,8 +1,8 @@
 import { formatHex } from "culori";
-import { button, fill, h } from "../dom";
+import { button, h } from "../dom";
 import { axes, line, Picture } from "../draw/canvas";
 import { whenDue } from "../draw/schedule";
-import type { Lab, Patches } from "../engine/api";
+import type { Lab } from "../engine/api";
 import type { SideName, State } from "../store";
 import { panel, type MakePanel } from "./panel";
 
@@ -11,7 +11,7 @@ const display = (lab: Lab): string => formatHex({ mode: "lab65", l: lab[0], a: l
 /** The 24 patches of the usual chart: how far a frame is from rest, or rest from what the light asks for. */
 export const errorPanel: MakePanel = (session) => {
   const { store } = session;
-  const charts = h("div", { class: "charts" });
+  const charts = (["a", "b"] as const).map((name) => chart(name, (patch) => store.set({ patch })));
   const note = h("p", { class: "note" });
   const arrows = new Picture("patches-ab", 260, "a* and b* of the patches");
   const show = (state: State): void => {
@@ -22,10 +22,10 @@ export const errorPanel: MakePanel = (session) => {
         ? "Left in each patch: where the camera rests in this light; right: this frame."
         : "Left in each patch: what the light asks for; right: where the camera comes to rest.") +
       (state.log ? " Choose a patch to see it over the log." : "");
-    fill(charts, ...(["a", "b"] as const).map((name) => chart(name, state, (patch) => store.set({ patch }))));
+    for (const each of charts) each.show(state);
     drawArrows(arrows, state);
   };
-  const element = panel("error", "Colour error", "", note, charts, arrows.element);
+  const element = panel("error", "Colour error", "", note, h("div", { class: "charts" }, ...charts.map((each) => each.element)), arrows.element);
   const again = whenDue(element, () => show(store.state));
   store.watch(["a", "b", "follow", "patch"], (state, before) => {
     const changed =
@@ -39,29 +39,41 @@ export const errorPanel: MakePanel = (session) => {
 
 const onLog = (state: State): boolean => state.follow === "log" && state.log !== null;
 
-function chart(name: SideName, state: State, choose: (patch: number | null) => void): HTMLElement | null {
-  const patches = state[name]?.selected?.patches;
-  if (!patches) return null;
-  const swatch = (lab: Lab): HTMLElement => {
-    const part = h("span", { class: "swatch", "aria-hidden": "true" });
-    part.style.background = display(lab);
-    return part;
+interface Chart {
+  element: HTMLElement;
+  show(state: State): void;
+}
+
+/** Made once: the patches of a live log change with every picture. */
+function chart(name: SideName, choose: (patch: number | null) => void): Chart {
+  const caption = h("figcaption");
+  const list = h("ol");
+  const element = h("figure", { class: "chart side-" + name }, caption, list);
+  const swatch = (): HTMLElement => h("span", { class: "swatch", "aria-hidden": "true" });
+  const items: { press: HTMLButtonElement; reference: HTMLElement; shown: HTMLElement; difference: HTMLElement }[] = [];
+  const add = (patch: string, i: number): void => {
+    const item = { press: button("", () => choose(items[i]!.press.getAttribute("aria-pressed") === "true" ? null : i)), reference: swatch(), shown: swatch(), difference: h("span", { class: "difference" }) };
+    item.press.className = "pair";
+    item.press.title = patch;
+    item.press.append(item.reference, item.shown, h("span", { class: "hidden" }, patch));
+    items.push(item);
+    list.append(h("li", {}, item.press, item.difference));
   };
-  const item = (patch: Patches["patches"][number], i: number): HTMLElement => {
-    const chosen = state.patch === i;
-    const press = button("", () => choose(chosen ? null : i));
-    press.className = "pair";
-    press.title = patch.name;
-    press.setAttribute("aria-pressed", String(chosen));
-    press.append(swatch(patch.reference), swatch(patch.shown), h("span", { class: "hidden" }, patch.name));
-    return h("li", {}, press, h("span", { class: "difference" }, patch.difference.toFixed(1)));
+  const show = (state: State): void => {
+    const patches = state[name]?.selected?.patches;
+    element.hidden = !patches;
+    if (!patches) return;
+    caption.textContent = `${name.toUpperCase()} · mean ${patches.mean.toFixed(2)}, largest ${patches.largest.toFixed(2)}`;
+    patches.patches.forEach((patch, i) => {
+      if (i === items.length) add(patch.name, i);
+      const { press, reference, shown, difference } = items[i]!;
+      press.setAttribute("aria-pressed", String(state.patch === i));
+      reference.style.background = display(patch.reference);
+      shown.style.background = display(patch.shown);
+      difference.textContent = patch.difference.toFixed(1);
+    });
   };
-  return h(
-    "figure",
-    { class: "chart side-" + name },
-    h("figcaption", {}, `${name.toUpperCase()} · mean ${patches.mean.toFixed(2)}, largest ${patches.largest.toFixed(2)}`),
-    h("ol", {}, ...patches.patches.map(item)),
-  );
+  return { element, show };
 }
 
 function drawArrows(picture: Picture, state: State): void {

@@ -4,7 +4,7 @@ import { frameOf, type Side, type SideName, type State } from "../store";
 import { panel, type MakePanel } from "./panel";
 
 const margin = { left: 44, top: 8, right: 10, bottom: 22 };
-const mostTrail = 4000;
+const mostTrail = 1200;
 
 interface CcmTold {
   clipped_gain?: number[];

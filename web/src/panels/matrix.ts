@@ -121,6 +121,24 @@ function steepText({ row, place }: Steep): string {
   return `${place.seen ? "steepest step" : "no step that is seen; steepest"} ${size}, ${where}${place.seen && place.jump ? ", a jump" : ""}`;
 }
 
+let shaded: { values: ArrayLike<number>; ink: string; image: HTMLCanvasElement } | null = null;
+
+/** A pixel a value, the first row at the bottom; kept, as the frame alone moves on it. */
+function shades(values: ArrayLike<number>, width: number, low: number, high: number, ink: string): HTMLCanvasElement {
+  if (shaded?.values === values && shaded.ink === ink) return shaded.image;
+  const image = document.createElement("canvas");
+  const rows = values.length / width;
+  [image.width, image.height] = [width, rows];
+  const g = image.getContext("2d")!;
+  g.fillStyle = ink;
+  for (let i = 0; i < values.length; ++i) {
+    g.globalAlpha = high === low ? 0.1 : 0.06 + (0.94 * (values[i]! - low)) / (high - low);
+    g.fillRect(i % width, rows - 1 - Math.floor(i / width), 1, 1);
+  }
+  shaded = { values, ink, image };
+  return image;
+}
+
 function drawMap(map: Picture, state: State): void {
   const grid = state.a!.grid!;
   const width = grid.cct.length;
@@ -144,17 +162,13 @@ function drawMap(map: Picture, state: State): void {
     (g, w, h, c) => {
       const box = { left: 44, top: 8, right: w - 10, bottom: h - 22 };
       const s = axes(g, c, box, { x: [grid.cct[0]!, grid.cct.at(-1)!], y: [grid.lv[0]!, grid.lv.at(-1)!] }, { x: "K", y: "LV" });
-      const cw = (box.right - box.left) / (width - 1);
-      const ch = (box.bottom - box.top) / (grid.lv.length - 1);
       g.save();
       g.beginPath();
       g.rect(box.left, box.top, box.right - box.left, box.bottom - box.top);
       g.clip();
-      for (let i = 0; i < values.length; ++i) {
-        g.globalAlpha = high === low ? 0.1 : 0.06 + (0.94 * (values[i]! - low)) / (high - low);
-        g.fillStyle = c.a;
-        g.fillRect(s.x(grid.cct[i % width]!) - cw / 2, s.y(grid.lv[Math.floor(i / width)]!) - ch / 2, cw + 0.6, ch + 0.6);
-      }
+      g.imageSmoothingEnabled = false;
+      const [cw, ch] = [(box.right - box.left) / (width - 1), (box.bottom - box.top) / (grid.lv.length - 1)];
+      g.drawImage(shades(values, width, low, high, c.a), box.left - cw / 2, box.top - ch / 2, cw * width, ch * grid.lv.length);
       g.restore();
       const frame = frameOf(state);
       g.strokeStyle = c.b;

@@ -1,4 +1,5 @@
 import { button, h, onFrame } from "../dom";
+import { cleared } from "../draw/canvas";
 import { colors } from "../draw/theme";
 import { factorOf, scaled } from "../draw/zoom";
 import { numberOf, type State } from "../store";
@@ -49,14 +50,12 @@ export const scrubber: MakePanel = (session) => {
     last = performance.now();
     requestAnimationFrame(tick);
   });
+  let width = 0; // of the strip
   const draw = onFrame(() => {
     const { log, frame, follow, zoom } = store.state;
-    const width = canvas.clientWidth;
+    width ||= canvas.clientWidth;
     if (!log || width === 0) return;
-    canvas.width = Math.round(width * devicePixelRatio);
-    canvas.height = Math.round(height * devicePixelRatio);
-    const g = canvas.getContext("2d")!;
-    g.scale(devicePixelRatio, devicePixelRatio);
+    const g = cleared(canvas, width, height);
     const c = colors();
     const x = (i: number): number => (i / Math.max(1, log.count - 1)) * (width - 1);
     g.globalAlpha = 0.25;
@@ -96,7 +95,10 @@ export const scrubber: MakePanel = (session) => {
     place.textContent = state.follow === "log" ? `frame ${numberOf(state)} / ${state.log.first - 1 + state.log.count} · LV ${state.log.columns.lv[state.frame]} · ${state.log.columns.cct[state.frame]} K` : "free light";
     draw();
   };
-  new ResizeObserver(draw).observe(canvas);
+  new ResizeObserver(() => {
+    width = canvas.clientWidth;
+    draw();
+  }).observe(canvas);
   document.addEventListener("themechange", draw);
   canvas.addEventListener("pointerdown", (event) => {
     const { log } = store.state;

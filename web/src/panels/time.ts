@@ -28,6 +28,7 @@ export const timePanel: MakePanel = (session) => {
   };
   input.addEventListener("change", add);
   const facts = h("div", { class: "facts" });
+  let told: unknown[] = []; // there
   const plots = (): Plot[] => [...visible.plots, ...Array.from(rows.values(), (row) => row.plot)];
   const zoomTo = (zoom: State["zoom"]): void => store.set({ zoom });
   const scale = (factor: number, at = numberOf(store.state)): void => {
@@ -132,7 +133,9 @@ export const timePanel: MakePanel = (session) => {
       if (lines.length > 0) row.plot.draw(x, lines, field + unitOf(field) + motionOf(state, field));
     }
     visible.show(state, x);
-    fill(facts, ...factsOf(state));
+    const summaries = [state.a?.summary, state.b?.summary];
+    if (summaries.some((each, i) => each !== told[i])) fill(facts, ...factsOf(state));
+    told = summaries;
   };
   const element = panel(
     "time",

@@ -27,7 +27,13 @@ export const whyPanel: MakePanel = (session) => {
       content,
       ...Object.entries(told as Record<string, Json>).map(([key, value]) => {
         const isOpen = wanted !== "" || (first ? key === "ccm" || key === "frame" : open.has(key));
-        return h("details", { open: isOpen, "data-key": key }, h("summary", {}, key), facts(value, key, wanted));
+        const group = h("details", { open: isOpen, "data-key": key }, h("summary", {}, key));
+        const tell = (): void => {
+          if (group.open && !group.querySelector("table")) group.append(facts(value, key, wanted));
+        };
+        group.addEventListener("toggle", tell);
+        tell();
+        return group;
       }),
     );
   };
