@@ -16,8 +16,6 @@
 #include "workbench/text/counted.h"
 #include "workbench/text/shown_text.h"
 #include "workbench/tuning/comments.h"
-#include "workbench/tuning/edit_text.h"
-#include "workbench/tuning/fields.h"
 #include "workbench/tuning/yaml_io.h"
 
 namespace imgtune::cli {
@@ -139,28 +137,11 @@ std::string answer_text(const Smoothing& answer, const Tuning& tuning) {
     return text;
 }
 
-std::vector<TextEdit> edits_of(const Smoothing& answer) {
-    std::vector<TextEdit> edits;
-    if (answer.weights) {
-        edits.push_back(
-            {{"caller", "weights"}, fmt::format("[{}]", weights_text(answer.weights->weights))});
-    }
-    for (std::size_t i = 0; i < kColorSteps; ++i) {
-        if (!answer.steps[i]) continue;
-        for (const std::size_t slot : kSmoothedSlots) {
-            edits.push_back(
-                {{"color", "tuning", kSlotNames[slot], field_of(static_cast<ColorStep>(i))},
-                 std::to_string(answer.steps[i]->size)});
-        }
-    }
-    return edits;
-}
-
 void write_tuning(const SmoothOptions& options, const Tuning& tuning, const std::string& yaml,
                   const Smoothing& answer) {
     const Tuning changed = with_smoothing(tuning, answer);
     if (!yaml.empty()) {
-        if (const auto text = edited_text(yaml, edits_of(answer), changed)) {
+        if (const auto text = text_with_smoothing(yaml, tuning, answer)) {
             write_file(options.output, *text);
             return;
         }

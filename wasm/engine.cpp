@@ -28,6 +28,10 @@ const std::pair<const char*, Engine::Method> Engine::kCommands[] = {
     {"visible", &Engine::visible},
     {"patchOverLog", &Engine::patch_over_log},
     {"diff", &Engine::diff},
+    {"tryWeights", &Engine::try_weights},
+    {"tryStep", &Engine::try_step},
+    {"chooseSmoothing", &Engine::choose_smoothing},
+    {"smoothedText", &Engine::smoothed_text},
 };
 
 Answer Engine::run(const std::string& command, const Json& arguments, std::string_view bytes) {
@@ -54,6 +58,7 @@ void Engine::forget_runs() {
     states_.clear();
     columns_ = {};
     visible_ = {};
+    rests_ = {};
     summary_ = nullptr;
     running_.reset();
     live_.reset();

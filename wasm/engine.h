@@ -58,9 +58,16 @@ class Engine {
     Answer grid(const Json& arguments, std::string_view bytes);
     /// Where a small change of the light changes the colours most.
     Answer steepest(const Json& arguments, std::string_view bytes);
-    /// The chart through a frame's matrix, against the matrix at rest in its light; of a light,
-    /// through the matrix at rest, against what the light asks for.
+    /// The chart through a frame's matrix, against the matrix at rest in the light held, or, "held"
+    /// false, in the frame's own; of a light, through the matrix at rest, against what it asks for.
     Answer patches(const Json& arguments, std::string_view bytes);
+
+    // The smoothing that meets a wish over the log: choices are tried in parts, which workers
+    // share.
+    Answer try_weights(const Json& arguments, std::string_view bytes);
+    Answer try_step(const Json& arguments, std::string_view bytes);
+    Answer choose_smoothing(const Json& arguments, std::string_view bytes);
+    Answer smoothed_text(const Json& arguments, std::string_view bytes);
 
     /// As after power-on.
     const Camera& camera() const;
@@ -85,6 +92,7 @@ class Engine {
     std::vector<CameraState> states_;  ///< before every kFramesBetweenStates-th frame
     Columns columns_;
     VisibleColumns visible_;
+    RestOverLog rests_;
     Json summary_;
     std::unique_ptr<Run> running_;
     std::unique_ptr<Run> live_;  ///< a run without an end

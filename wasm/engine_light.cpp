@@ -74,26 +74,29 @@ Answer Engine::steepest(const Json&, std::string_view) {
 
 Answer Engine::patches(const Json& arguments, std::string_view) {
     require_ccm();
-    Registers reference;
-    Registers shown;
+    RealMatrix reference{};
+    RealMatrix shown{};
+    bool held = false;
     if (arguments.contains("frame")) {
         const auto number = arguments.at("frame").get<std::size_t>();
         const Frame& frame = frames_.at(number - first_frame_);
         Camera camera = camera_before(number);
         camera.run(frame);
-        shown = camera.registers();
-        run_to_rest(camera, frame);
-        reference = camera.registers();
+        shown = matrix_of(camera.registers());
+        const RealMatrix* const rest = (live_ ? live_->rests : rests_).at(number);
+        held = rest != nullptr;
+        if (!held) run_to_rest(camera, frame);
+        reference = held ? *rest : matrix_of(camera.registers());
     } else {
         const Frame frame = frame_of(arguments.at("light"));
         Camera camera = this->camera();
-        reference = target_registers(camera, frame);
+        reference = matrix_of(target_registers(camera, frame));
         run_to_rest(camera, frame);
-        shown = camera.registers();
+        shown = matrix_of(camera.registers());
     }
-    const ChartError error = chart_error(matrix_of(reference), matrix_of(shown));
     Answer answer;
-    answer.json = chart_json(error);
+    answer.json = chart_json(chart_error(reference, shown));
+    answer.json["held"] = held;
     return answer;
 }
 

@@ -103,10 +103,13 @@ Answer Engine::append(const Json& arguments, std::string_view bytes) {
     answer.json["seenFrom"] = {{"mean", kVisibleMean}, {"worst", kVisibleWorst}};
     answer.json["patches"] = nullptr;
     if (tuning().has_ccm) {
+        const RealMatrix* const held = live_->rests.at(first_frame_ + frames_.size() - 1);
         Camera resting = live_->camera;
-        run_to_rest(resting, newest);
-        answer.json["patches"] = chart_json(
-            chart_error(matrix_of(resting.registers()), matrix_of(live_->camera.registers())));
+        if (held == nullptr) run_to_rest(resting, newest);
+        answer.json["patches"] =
+            chart_json(chart_error(held != nullptr ? *held : matrix_of(resting.registers()),
+                                   matrix_of(live_->camera.registers())));
+        answer.json["patches"]["held"] = held != nullptr;
     }
     answer.json["explanation"] = to_json(explain_frame(before, newest));
     answer.json["done"] = begin + added.size();

@@ -59,6 +59,7 @@ Answer Engine::replay(const Json& arguments, std::string_view) {
         states_ = std::move(running_->states);
         columns_ = std::move(running_->columns);
         visible_ = std::move(running_->visible);
+        rests_ = std::move(running_->rests);
         summary_ = to_json(running_->summary.finish());
         running_.reset();
     }

@@ -1,7 +1,9 @@
 #ifndef IMGTUNE_WASM_RUN_H
 #define IMGTUNE_WASM_RUN_H
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <string>
@@ -84,6 +86,35 @@ struct VisibleColumns {
     static constexpr float kNotMeasured = std::numeric_limits<float>::quiet_NaN();
 };
 
+/// The matrix at rest in the light held, where one is known.
+class RestOverLog {
+  public:
+    void add(std::size_t frame, const std::optional<ChartView>& rest) {
+        const bool same = rest ? !matrices_.empty() && matrices_.back() == rest->matrix() : !known_;
+        if (same && rest.has_value() == known_) return;
+        known_ = rest.has_value();
+        if (!same) matrices_.push_back(rest->matrix());
+        begins_.push_back({frame, known_ ? matrices_.size() : 0});
+    }
+
+    const RealMatrix* at(std::size_t frame) const {
+        const auto after = std::upper_bound(
+            begins_.begin(), begins_.end(), frame,
+            [](std::size_t wanted, const Begin& begin) { return wanted < begin.frame; });
+        if (after == begins_.begin() || std::prev(after)->rest == 0) return nullptr;
+        return &matrices_[std::prev(after)->rest - 1];
+    }
+
+  private:
+    struct Begin {
+        std::size_t frame = 0;
+        std::size_t rest = 0;  ///< in matrices_, from 1; 0: none
+    };
+    std::vector<Begin> begins_;
+    std::vector<RealMatrix> matrices_;
+    bool known_ = false;
+};
+
 /// A log's frames, one after the other.
 struct Run {
     Run(const Camera& start, std::vector<Field> fields)
@@ -97,7 +128,9 @@ struct Run {
         camera.run(frame);
         summary.add(before + ++frames, frame, camera);
         columns.add(camera);
-        visible.add(watch.next(frame, camera));
+        const VisibleFrame seen = watch.next(frame, camera);
+        visible.add(seen);
+        rests.add(before + frames - 1, seen.from_rest ? watch.rest() : std::nullopt);
     }
 
     Camera camera;
@@ -105,6 +138,7 @@ struct Run {
     VisibleWatch watch;
     Columns columns;
     VisibleColumns visible;
+    RestOverLog rests;
     std::vector<CameraState> states;
     std::size_t before = 0;  ///< frames that it does not know, for their numbers
     std::size_t frames = 0;

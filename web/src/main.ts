@@ -15,6 +15,7 @@ import { gainPanel } from "./panels/gain";
 import { lightPanel } from "./panels/light";
 import { matrixPanel } from "./panels/matrix";
 import { scrubber } from "./panels/scrubber";
+import { smoothingPanel } from "./panels/smoothing";
 import { timePanel } from "./panels/time";
 import { tuningPanel } from "./panels/tuning";
 import { whyPanel } from "./panels/why";
@@ -85,7 +86,7 @@ async function main(): Promise<void> {
     h(
       "main",
       {},
-      ...[lightPanel, matrixPanel, gainPanel, timePanel, errorPanel, enginePanel, whyPanel, tuningPanel, comparePanel].map(
+      ...[lightPanel, matrixPanel, gainPanel, timePanel, errorPanel, smoothingPanel, enginePanel, whyPanel, tuningPanel, comparePanel].map(
         (make) => make(session).element,
       ),
     ),

@@ -1,8 +1,9 @@
 // What the page does: loads, runs, and fetches what the panels show. Late answers are dropped.
-import { EngineClosed, EngineError, type At, type Frame, type FrameLog, type NamedBytes, type TuningInfo } from "./engine/api";
+import { EngineClosed, EngineError, type At, type Frame, type FrameLog, type NamedBytes, type TuningInfo, type Weights, type Wish } from "./engine/api";
 import { shortened } from "./dom";
 import { within } from "./draw/zoom";
 import { Engine } from "./engine/engine";
+import { SmoothingSearch } from "./smoothing";
 import { frameOf, fromAddress, toAddress, type Selected, type Side, type SideName, type Store } from "./store";
 
 const addressPause = 200; // ms without a change
@@ -24,6 +25,7 @@ export class Session {
   private logFile: NamedBytes | null = null;
   private loadingLog = false;
   private gainsAsked = 0;
+  private readonly smoothing: SmoothingSearch;
 
   constructor(
     readonly store: Store,
@@ -41,6 +43,7 @@ export class Session {
         state.b?.summary !== before.b?.summary;
       if (moved || other || tuned || state.follow !== before.follow) refresh();
     });
+    this.smoothing = new SmoothingSearch(store, newEngine);
     store.watch(["patch"], () => {
       for (const name of sideNames) void this.fetchPatch(name).catch((error: unknown) => this.unanswered(error));
     });
@@ -133,7 +136,7 @@ export class Session {
   }
 
   /** Loads and runs in an engine of its own, so that a bad tuning harms nothing and the panels change once. */
-  private async useTuning(name: SideName, files: NamedBytes[], text?: string): Promise<void> {
+  private async useTuning(name: SideName, files: NamedBytes[], text?: string, typed = text !== undefined): Promise<void> {
     this.coming[name]?.close(); // its caller learns that it was closed
     const engine = this.newEngine();
     this.coming[name] = engine;
@@ -169,7 +172,7 @@ export class Session {
         files,
         text: opened,
         saved: text === undefined ? opened : (this.store.state[name]?.saved ?? opened),
-        edited: text !== undefined,
+        edited: typed,
         plane,
         grid,
         steepest: null,
@@ -182,7 +185,7 @@ export class Session {
       this.engines[name] = engine;
       this.store.set({
         [name]: side,
-        ...(name === "a" && text === undefined ? { draft: null } : {}),
+        ...(name === "a" && !typed ? { draft: null } : {}),
         ...(log && !ran.columns.size ? { follow: "light" } : {}),
       });
     } finally {
@@ -414,6 +417,36 @@ export class Session {
       freeGain: true,
       light: { ...this.store.state.light, awb_r: r, full_r: r, awb_b: b, full_b: b, awb_g: 512, full_g: 512 },
     });
+  }
+
+  /** Tries every choice over the log, in workers of their own. */
+  async findSmoothing(wish: Wish): Promise<void> {
+    const { a } = this.store.state;
+    if (!a || !this.logFile) return;
+    await this.smoothing.find(wish, a, this.logFile).catch((error: unknown) => this.unanswered(error));
+  }
+
+  cancelSmoothing(): void {
+    this.smoothing.cancel();
+  }
+
+  /** Writes weights and steps, where they are given, into the tuning's text; the panels follow. */
+  async useSmoothing(weights: Weights | null, steps: (number | null)[]): Promise<void> {
+    const { a, draft } = this.store.state;
+    if (!a) return;
+    if (draft !== null && draft !== a.text) {
+      this.fault("The smoothing cannot be written into the tuning", "Its text has errors: fix them first.");
+      return;
+    }
+    try {
+      const { text } = await this.engines.a.smoothedText(a.text, weights, steps);
+      const name = a.files[0]?.name ?? "tuning.yaml";
+      const bytes = new TextEncoder().encode(text);
+      await this.smoothing.keep(() => this.useTuning("a", [{ name: name.endsWith(".bin") ? "tuning.yaml" : name, bytes }], text, false), weights);
+      await this.complete("a");
+    } catch (error) {
+      this.unanswered(error);
+    }
   }
 
   /** Edits that are in no file yet. */

@@ -10,11 +10,14 @@ import type {
   MatrixGrid,
   NamedBytes,
   Patches,
+  Smoothing,
   PatchOverLog,
   Steepness,
   TuningInfo,
   Values,
   Visible,
+  Weights,
+  Wish,
 } from "./engine/api";
 
 import type { Zoom } from "./draw/zoom";
@@ -59,6 +62,14 @@ export interface LiveState {
   verify: Json; // how phone and desk agree so far; null: not told yet
 }
 
+/** The search for the smoothing that meets a wish. */
+export interface SmoothingState {
+  wish: Wish;
+  running: { done: number; total: number } | null;
+  answer: Smoothing | null; // of the tuning and log that are there
+  loaded: Weights | null; // of the answer's, into the tuning
+}
+
 export interface Fault {
   title: string;
   text: string;
@@ -87,6 +98,7 @@ export interface State {
   draft: string | null; // that text, once it was edited
   busy: { text: string; done: number; total: number } | null;
   live: LiveState | null;
+  smoothing: SmoothingState;
 }
 
 export const initialState: State = {
@@ -125,6 +137,7 @@ export const initialState: State = {
   draft: null,
   busy: null,
   live: null,
+  smoothing: { wish: { settle: 25, step: 1.2, at_rest: 1 }, running: null, answer: null, loaded: null },
 };
 
 export class Store {

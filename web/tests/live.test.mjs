@@ -8,10 +8,11 @@ import { after, before, test } from "node:test";
 import { chromium } from "playwright-core";
 
 const { PAGE, IMGTUNE, EXAMPLES } = process.env;
-const slack = Number(process.env.LIVE_SLACK ?? 3); // as in page.test.mjs
 const framesPerSecond = 120;
 const seconds = 8;
 const limits = { pictures: 25, median: 60, most: 100 }; // a second; ms from a frame's last line to its picture, 95 %
+const tries = 3; // others' work comes and goes
+const mostLoad = 3; // a machine busier than that shows nothing
 const tuning = join(EXAMPLES, "imx708-blend.yaml");
 const folder = mkdtempSync(join(tmpdir(), "imgtune-live-"));
 const tool = (...args) => execFileSync(IMGTUNE, args, { maxBuffer: 1 << 28, stdio: ["ignore", "pipe", "pipe"] }).toString();
@@ -65,10 +66,40 @@ const until = async (page, holds, argument) => {
     await page.waitForTimeout(20);
   }
 };
+/** How many times longer than alone two cores' work takes now: 1 on an idle machine. Ours does not count: it has ended. */
+async function load() {
+  const spin = `const from = performance.now(), used = process.cpuUsage();
+    while (performance.now() < from + 500);
+    const { user, system } = process.cpuUsage(used);
+    console.log((1000 * (performance.now() - from)) / (user + system));`;
+  const one = async () => {
+    const child = spawn(process.execPath, ["-e", spin], { stdio: ["ignore", "pipe", "inherit"] });
+    let told = "";
+    for await (const data of child.stdout) told += data;
+    return Number(told);
+  };
+  const [first, second] = await Promise.all([one(), one()]);
+  return Math.max(1, (first + second) / 2);
+}
+
 const newest = (page, count) => until(page, (n) => window.imgtune.store.state.live.received >= n, count);
 
 test("120 frames a second are followed, in time, and every one is run", async (t) => {
   const texts = frameTexts();
+  for (let i = 1; ; ++i) {
+    const before = await load();
+    const { perSecond, median, most } = await followInTime(texts);
+    const slower = Math.min(mostLoad, Math.max(before, await load()));
+    const told = `${perSecond.toFixed(1)} pictures a second; from line to picture ${median.toFixed(0)} ms (median), ${most.toFixed(0)} ms (95 %); the machine alone is ${slower.toFixed(2)} times slower than idle`;
+    t.diagnostic(told);
+    // What waits for a core keeps the next one waiting, too: times grow faster than the work.
+    const late = slower ** 2;
+    if (perSecond * slower > limits.pictures && median < limits.median * late && most < limits.most * late) return;
+    assert.ok(i < tries, told);
+  }
+});
+
+async function followInTime(texts) {
   const { child, ended, page, complaints, told } = await follow(texts);
   await page.evaluate(() => {
     window.pictures = [];
@@ -101,10 +132,6 @@ test("120 frames a second are followed, in time, and every one is run", async (t
   const from = begin + 2000;
   const drawn = pictures.filter(([, at]) => at > from);
   const perSecond = (1000 * (drawn.length - 1)) / (drawn.at(-1)[1] - drawn[0][1]);
-  t.diagnostic(`${perSecond.toFixed(1)} pictures a second; from line to picture ${median.toFixed(0)} ms (median), ${most.toFixed(0)} ms (95 %)`);
-  assert.ok(perSecond * slack > limits.pictures, `${perSecond} pictures a second`);
-  assert.ok(median < limits.median * slack, `median ${median} ms`);
-  assert.ok(most < limits.most * slack, `95 % within ${most} ms`);
 
   // Every frame was run: the last registers are those of a replay of what was recorded.
   child.stdin.end();
@@ -119,10 +146,11 @@ test("120 frames a second are followed, in time, and every one is run", async (t
     (wanted) => String(Array.from(document.querySelectorAll('[data-coefficient^="a"]'), (cell) => cell.textContent)) === wanted,
     String(last.slice(columns.indexOf("c0"), columns.indexOf("c0") + 9)),
   );
-  assert.match(await page.locator("#live .verdict").textContent(), new RegExp(`equal: ${sent.length} frames`));
+  await until(page, (text) => document.querySelector("#live .verdict").textContent.includes(text), `equal: ${sent.length} frames`);
   assert.deepEqual(complaints, []);
   await page.context().close();
-});
+  return { perSecond, median, most };
+}
 
 test("one may stop, go back, look, and return, and a second page follows as well", async () => {
   const texts = frameTexts();

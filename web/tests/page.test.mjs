@@ -492,6 +492,35 @@ test("a patch of the chart is shown over the log", async () => {
   await done();
 });
 
+test("the smoothing that the command line finds is found, can be cancelled, and a click loads it", async () => {
+  await start();
+  const tuning = join(EXAMPLES, "imx477-polynomial.yaml");
+  await page.getByRole("spinbutton", { name: "Settled within, frames" }).fill("30");
+  await page.getByRole("button", { name: "Find", exact: true }).click();
+  await page.getByRole("button", { name: "Cancel the search" }).click();
+  assert.deepEqual(await page.evaluate(() => [window.imgtune.store.state.smoothing.running, window.imgtune.store.state.smoothing.answer]), [null, null]);
+  await page.getByRole("button", { name: "Find", exact: true }).click();
+  const told = JSON.parse(execFileSync("/bin/sh", ["-c", '"$0" smooth "$1" "$2" --settle 30 --json; true', IMGTUNE, tuning, join(EXAMPLES, "imx477-walk.csv")]).toString());
+  await until(() => window.imgtune.store.state.smoothing.answer !== null);
+  const found = await page.evaluate(() => window.imgtune.store.state.smoothing.answer);
+  const inTenths = (key, value) => (typeof value === "number" && key !== "tried" ? Math.round(10 * value) / 10 : value);
+  const plain = (answer) => JSON.parse(JSON.stringify(answer, inTenths));
+  assert.deepEqual(plain(found), plain(told));
+  assert.ok(found.front.length > 2);
+  await drawn();
+  const { weights } = found.front[0];
+  await page.getByRole("button", { name: `Use weights ${weights.join(", ")}`, exact: true }).first().click();
+  await until((text) => window.imgtune.store.state.a.text.includes(text), `weights: [${weights.join(", ")}]`);
+  const text = await page.evaluate(() => window.imgtune.store.state.a.text);
+  assert.equal(text.replace(/weights: \[.*?\]/, ""), readFileSync(tuning, "utf8").replace(/weights: \[.*?\]/, ""));
+  await until((wanted) => document.querySelector("#tuning .editor").shadowRoot.textContent.includes(wanted), `weights: [${weights.join(", ")}]`);
+  assert.ok(await page.evaluate(() => window.imgtune.session.unsaved() && window.imgtune.store.state.smoothing.answer !== null));
+  await page.getByRole("button", { name: "Use these steps" }).click();
+  await until((size) => window.imgtune.store.state.a.text.includes(`lum_speed: ${size}`), told.color_steps.lum_speed.size);
+  page.on("dialog", (dialog) => void dialog.accept());
+  await done();
+});
+
 test("the browser asks before a reload drops edits, until they are in a file", async () => {
   await start();
   const asked = [];

@@ -1,5 +1,7 @@
 #include "workbench/judging/smoothing.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <iterator>
 #include <limits>
@@ -8,6 +10,7 @@
 #include <utility>
 
 #include "workbench/judging/log_measures.h"
+#include "workbench/tuning/edit_text.h"
 
 namespace imgtune::workbench {
 
@@ -193,6 +196,25 @@ Tuning with_smoothing(const Tuning& tuning, const Smoothing& chosen) {
             speed(changed.pca[slot], static_cast<ColorStep>(i)) = chosen.steps[i]->size;
     }
     return changed;
+}
+
+std::optional<std::string> text_with_smoothing(const std::string& yaml, const Tuning& tuning,
+                                               const Smoothing& chosen) {
+    std::vector<TextEdit> edits;
+    if (chosen.weights) {
+        const RingWeights& weights = chosen.weights->weights;
+        edits.push_back({{"caller", "weights"},
+                         fmt::format("[{}, {}, {}]", weights[0], weights[1], weights[2])});
+    }
+    for (std::size_t i = 0; i < kColorSteps; ++i) {
+        if (!chosen.steps[i]) continue;
+        for (const std::size_t slot : kSmoothedSlots) {
+            edits.push_back(
+                {{"color", "tuning", kSlotNames[slot], field_of(static_cast<ColorStep>(i))},
+                 std::to_string(chosen.steps[i]->size)});
+        }
+    }
+    return edited_text(yaml, edits, with_smoothing(tuning, chosen));
 }
 
 }  // namespace imgtune::workbench

@@ -110,6 +110,10 @@ void choose_weights(std::vector<WeightsTried> tried, Smoothing& answer);
 /// The tuning with what was chosen.
 Tuning with_smoothing(const Tuning& tuning, const Smoothing& chosen);
 
+/// The same in its text, with everything else as it was; none where a value cannot be replaced.
+std::optional<std::string> text_with_smoothing(const std::string& yaml, const Tuning& tuning,
+                                               const Smoothing& chosen);
+
 }  // namespace imgtune::workbench
 
 #endif

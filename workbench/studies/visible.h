@@ -43,6 +43,9 @@ class VisibleWatch {
     /// The camera has run this frame.
     VisibleFrame next(const Frame& frame, const Camera& camera);
 
+    /// Where the camera rests in the light held, once that is known.
+    const std::optional<ChartView>& rest() const { return rest_; }
+
   private:
     void judge_hold(const CameraState& state);
 

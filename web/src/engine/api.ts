@@ -126,6 +126,7 @@ export interface Patches {
   patches: { name: string; reference: Lab; shown: Lab; difference: number }[]; // CIEDE2000
   mean: number;
   largest: number;
+  held: boolean; // of a frame: against rest in the light held; else, while the light moves, in the frame's own
 }
 
 /** What a viewer sees of each frame of the log, in CIEDE2000; NaN: not measured. */
@@ -152,6 +153,40 @@ export interface Appended {
   visible: Visible; // of the frames appended
   patches: Patches | null;
   explanation: Json;
+}
+
+export type Weights = [number, number, number];
+/** What one asks of the smoothing: frames, and CIEDE2000 of the patch that shows it most. */
+export interface Wish {
+  settle: number;
+  step: number;
+  at_rest: number;
+}
+/** Weights of the matrix average and what they reach over the log; null: nothing to measure. */
+export interface WeightsTried {
+  weights: Weights;
+  settle: number | null;
+  step: number | null;
+  at_rest: number | null;
+  steady_step: number | null;
+  never_rests: boolean;
+}
+export interface Smoothing {
+  wish: Wish & { steady_step: number };
+  met: boolean;
+  tried: number;
+  before?: WeightsTried; // these four where the tuning has matrices
+  chosen?: WeightsTried;
+  binds?: string;
+  front?: WeightsTried[];
+  color_steps: Record<string, { size: number; settle: number | null } | null>;
+}
+/** A step of the colour engine: its size, and in how many frames the registers settle with it. */
+export interface StepTried {
+  all: number;
+  size: number;
+  settle: number | null;
+  neverRests: boolean;
 }
 
 export interface FieldDifference {

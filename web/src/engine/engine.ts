@@ -17,10 +17,14 @@ import {
   type Patches,
   type PatchOverLog,
   type Progress,
+  type Smoothing,
   type Steepness,
+  type StepTried,
   type TuningInfo,
   type Values,
   type Visible,
+  type Weights,
+  type Wish,
 } from "./api";
 import type { Request, Response } from "./protocol";
 
@@ -220,6 +224,28 @@ export class Engine {
     const { blobs } = await this.send("patchOverLog", { patch });
     const [step, rest] = blobs.map((blob) => new Float32Array(blob));
     return { patch, step: step!, rest: rest! };
+  }
+
+  /** What choices of the average's weights reach over the log, five values each; the first is the tuning as it is. */
+  async tryWeights(begin: number, count: number): Promise<{ all: number; reached: Float64Array }> {
+    const { ok, blobs } = await this.send("tryWeights", { begin, count });
+    return { all: (ok as { all: number }).all, reached: new Float64Array(blobs[0]!) };
+  }
+
+  /** Of one of the colour engine's three steps, the size at a place of the list. */
+  async tryStep(step: number, at: number): Promise<StepTried> {
+    return (await this.send("tryStep", { step, at })).ok as StepTried;
+  }
+
+  async chooseSmoothing(wish: Wish, reached: Float64Array, steps: (StepTried | null)[]): Promise<Smoothing> {
+    const bytes = new Uint8Array(reached.buffer, reached.byteOffset, reached.byteLength);
+    return (await this.send("chooseSmoothing", { wish, steps }, bytes)).ok as Smoothing;
+  }
+
+  /** The tuning's text with these weights and steps in it; null: as they are. */
+  async smoothedText(text: string, weights: Weights | null, steps: (number | null)[]): Promise<{ text: string; comments: boolean }> {
+    const { ok, blobs } = await this.send("smoothedText", { weights, steps }, new TextEncoder().encode(text));
+    return { text: new TextDecoder().decode(blobs[0]!), comments: (ok as { comments: boolean }).comments };
   }
 
   async diff(other: NamedBytes[]): Promise<FieldDifference[]> {

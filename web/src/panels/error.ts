@@ -19,7 +19,9 @@ export const errorPanel: MakePanel = (session) => {
     note.textContent =
       "The matrix alone, on white-balanced linear RGB, in CIEDE2000. " +
       (onLog(state)
-        ? "Left in each patch: where the camera rests in this light; right: this frame."
+        ? state.a?.selected?.patches?.held === false
+          ? "The light moves; left in each patch: where the camera would rest in this frame's light; right: this frame."
+          : "Left in each patch: where the camera rests in the light held; right: this frame."
         : "Left in each patch: what the light asks for; right: where the camera comes to rest.") +
       (state.log ? " Choose a patch to see it over the log." : "");
     for (const each of charts) each.show(state);

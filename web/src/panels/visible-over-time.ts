@@ -4,7 +4,7 @@ import { startEnds } from "./summary";
 
 type Kind = "rest" | "step";
 const told: Record<Kind, string> = {
-  rest: "CIEDE2000 from where the camera rests in this light",
+  rest: "CIEDE2000 from where the camera rests in the light held",
   step: "CIEDE2000 from the frame before",
 };
 
