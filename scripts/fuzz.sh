@@ -10,7 +10,7 @@ scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build libcli11-dev libyaml
 seconds=${1:-7}
 targets=("${@:2}")
 if [ ${#targets[@]} -eq 0 ]; then
-    targets=(smooth_ccm smooth_color blocks readers logcat_reader picture_reader)
+    targets=(smooth_ccm smooth_color blocks readers logcat_reader picture_reader http_request)
 fi
 cmake --preset asan
 cmake --build --preset asan --target "${targets[@]/#/fuzz_}"

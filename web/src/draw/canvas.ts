@@ -143,7 +143,7 @@ export function axes(
     line(g, px, box.top, px, box.bottom);
     const text = labelled(across, i, labels.x);
     const half = g.measureText(text).width / 2;
-    g.fillText(text, Math.max(half, Math.min(px, g.canvas.width / devicePixelRatio - half)), box.bottom + 3);
+    g.fillText(text, Math.max(box.left + half - 6, Math.min(px, g.canvas.width / devicePixelRatio - half)), box.bottom + 3);
   });
   g.textAlign = "right";
   g.textBaseline = "middle";
