@@ -277,7 +277,7 @@ void add_judge(const Verbs& verbs) {
     verb.option("--junit", options->junit,
                 "write the verdicts as JUnit XML, too; - is standard output, instead")
         .type_name("FILE");
-    verb.option("--jobs", options->workers, "logs that run at the same time (0: one a core)")
+    verb.option("--workers", options->workers, "logs that run at the same time (0: one a core)")
         .shows_default()
         .range(0U, 64U);
     verb.flag("--json", options->json, "as JSON");

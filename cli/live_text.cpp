@@ -114,8 +114,8 @@ std::vector<std::string> change_rows(const char* name, const LightChange& change
     std::vector<std::string> rows{
         row(name, fmt::format("{}{}; {}", start ? "start, " : "", frames, held))};
     if (change.held == 0) return rows;
-    if (jobs.ccm) rows.push_back(row("", "matrix " + settled_text(change.settling[0])));
-    if (jobs.color) rows.push_back(row("", "colour " + settled_text(change.settling[1])));
+    if (jobs.ccm) rows.push_back(row("", "matrix " + settled_text(change.settling[kCcmJob])));
+    if (jobs.color) rows.push_back(row("", "colour " + settled_text(change.settling[kColorJob])));
     return rows;
 }
 

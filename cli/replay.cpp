@@ -216,7 +216,7 @@ void add_replay(const Verbs& verbs) {
         "-O,--output-folder", options->folder,
         "folder for the rows of several logs, NAME.csv each; rows of earlier runs are replaced");
     folder.excludes(output);
-    verb.option("--jobs", options->workers, "logs that run at the same time (0: one a core)")
+    verb.option("--workers", options->workers, "logs that run at the same time (0: one a core)")
         .shows_default()
         .range(0U, 64U);
     verb.option("--only", options->only, "run one job alone").one_of({"ccm", "color"});

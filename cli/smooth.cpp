@@ -208,7 +208,7 @@ void add_smooth(const Verbs& verbs) {
                 "noise that is no change of light, as for replay --summary")
         .shows_default()
         .range(0.0, SummaryOptions::kMostNoisePercent);
-    verb.option("--jobs", options->request.workers,
+    verb.option("--workers", options->request.workers,
                 "choices that run at the same time (0: one a core)")
         .shows_default()
         .range(0U, 64U);

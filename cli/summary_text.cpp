@@ -18,10 +18,6 @@ namespace {
 constexpr std::array<const char*, 2> kJobNames = {"matrix", "colour"};
 constexpr std::size_t kMostShown = 12;
 
-bool runs(const SummaryRecord& record, std::size_t job) {
-    return job == 0 ? record.jobs.ccm : record.jobs.color;
-}
-
 std::string text_of(const FrameSpan& frames) {
     return frames.first == frames.last ? fmt::format("{}", frames.first)
                                        : fmt::format("{}-{}", frames.first, frames.last);
@@ -262,7 +258,7 @@ std::string change_row(const SummaryRecord& record, const std::string& frames,
             seen.overshoot.frame != 0 ? fmt::format("{:.2f}", seen.overshoot.size.worst) : "-");
     }
     for (std::size_t job = 0; job < change.settling.size(); ++job) {
-        if (runs(record, job)) row += fmt::format("{:>15}", text_of(change.settling[job]));
+        if (runs(record.jobs, job)) row += fmt::format("{:>15}", text_of(change.settling[job]));
     }
     std::string stalls = stall_of(change.settling[0]);
     const std::string color = stall_of(change.settling[1]);
@@ -277,8 +273,8 @@ std::string changes_text(const SummaryRecord& record) {
     out += fmt::format("{:<20}{:>9}", "change at frame", "held for");
     if (record.jobs.ccm)
         out += fmt::format("{:>14}{:>14}{:>10}", "seen", "with gains", "overshoot");
-    if (runs(record, 0)) out += fmt::format("{:>15}", "matrix");
-    if (runs(record, 1)) out += fmt::format("{:>15}", "colour");
+    if (runs(record.jobs, kCcmJob)) out += fmt::format("{:>15}", "matrix");
+    if (runs(record.jobs, kColorJob)) out += fmt::format("{:>15}", "colour");
     out += "   registers that rest short of their target\n";
     out += change_row(
         record, "start " + text_of(FrameSpan{record.cold_start->first, record.cold_start->last}),

@@ -99,7 +99,7 @@ int run_sweep(const SweepOptions& options) {
     const SweepGrid grid{
         options.cct.empty() ? tuned_range(tuning) : read_range("--cct", options.cct),
         read_range("--lv", options.lv), options.flash, options.scene};
-    const Locus locus =
+    const LightLocus locus =
         options.gains.empty() ? tuned_locus(tuning) : read_locus(FrameFile(options.gains).log());
     if (options.gains.empty()) tell_assumption(options.tuning, assumed_locus(tuning));
     const Sweep sweep = run_sweep(tuning, jobs, grid, locus);

@@ -73,8 +73,8 @@ std::vector<Field> Engine::fields(const Json& names) const {
             const auto at = std::find(names_[job].begin(), names_[job].end(), name);
             if (at == names_[job].end()) continue;
             const auto k = static_cast<std::size_t>(at - names_[job].begin());
-            if (job == 0) field.coefficient = k;
-            if (job == 1) field.color = &color_fields()[k];
+            if (job == kCcmJob) field.coefficient = k;
+            if (job == kColorJob) field.color = &color_fields()[k];
         }
         if (!field.coefficient && field.color == nullptr) throw BadInput("no field " + name);
         found.push_back(field);

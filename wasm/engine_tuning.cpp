@@ -72,7 +72,7 @@ Answer Engine::plane(const Json&, std::string_view) {
     const CoefficientCodec codec(tuning().caller.int_bits, tuning().caller.frac_bits);
     const auto count = static_cast<std::size_t>(std::clamp(ccm.i4NumCT, 1, 8));
     Json rows = Json::array();
-    for (const std::size_t row : {kNormalRow, kLowLightRow, kFlashRow}) {
+    for (const std::size_t row : {kRowNormal, kRowLowLight, kRowFlash}) {
         Json points = Json::array();
         for (std::size_t ct = 0; ct < count; ++ct) {
             const AWB_GAIN_T& gain = ccm.rCTAWBGain[row][ct];

@@ -80,7 +80,7 @@ std::uint32_t* words_of(Tuning& tuning, Part part) {
             return reinterpret_cast<std::uint32_t*>(&tuning.ccm);
         case Part::color:
             return tuning.color[0][0].u4Word;
-        case Part::pca:
+        case Part::color_tuning:
             return &tuning.pca[0].u4RatioHighLV;
         default:
             return nullptr;
@@ -207,7 +207,7 @@ py::object words(const py::object& self, const std::string& part) {
     if (part == "color") {
         return guarded(py::array(type, {4, 5, 117}, {}, words_of(tuning, Part::color), self));
     }
-    return guarded(py::array(type, {4, 17}, {}, words_of(tuning, Part::pca), self));
+    return guarded(py::array(type, {4, 17}, {}, words_of(tuning, Part::color_tuning), self));
 }
 
 bool same(const Tuning& a, const Tuning& b) {

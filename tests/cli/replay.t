@@ -68,7 +68,7 @@ A value keeps its sign, and what is odd about a log is told once each kind.
 Several logs at once; one that fails does not keep the others back.
 
     $ cp short.csv second.csv; printf 'lv,cct\n' > broken.csv
-    $ imgtune replay imx477-polynomial.yaml short.csv broken.csv second.csv -O out --jobs 2
+    $ imgtune replay imx477-polynomial.yaml short.csv broken.csv second.csv -O out --workers 2
     imgtune: broken.csv:1: the gain is missing: columns 'awb_r', 'awb_g', 'awb_b' or 'full_r', 'full_g', 'full_b'
     [2]
     $ ls out; cmp out/short.csv out/second.csv
@@ -80,8 +80,8 @@ Several logs at once; one that fails does not keep the others back.
     $ mkdir twin; cp short.csv twin; imgtune replay imx477-polynomial.yaml short.csv twin/short.csv -O out
     imgtune: short.csv and twin/short.csv would both be written to out/short.csv; run them separately
     [2]
-    $ imgtune replay imx477-polynomial.yaml short.csv -O out --jobs 65
-    --jobs: 65: allowed are 0 to 64
+    $ imgtune replay imx477-polynomial.yaml short.csv -O out --workers 65
+    --workers: 65: allowed are 0 to 64
     Run with --help for more information.
     [2]
     $ imgtune replay imx477-polynomial.yaml short.csv -O .

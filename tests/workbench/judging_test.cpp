@@ -248,7 +248,7 @@ TEST(LogMeasures, BreaksTheLimitsThatTheLogWasMadeToBreak) {
     const std::string path = std::string(IMGTUNE_EXAMPLES) + "/imx477-polynomial.yaml";
     const Tuning sample = read_yaml(read_text(path, std::size_t{1} << 20U), path, faults);
     ASSERT_FALSE(faults.has_errors()) << faults.text();
-    const Locus locus = tuned_locus(sample);
+    const LightLocus locus = tuned_locus(sample);
     const Limits limits = read_limits(starter_limits(), "starter", faults);
     using Course = std::function<double(int)>;  // kelvin, by the frames after the first 90
     const auto lamp = [](double from, double to) {

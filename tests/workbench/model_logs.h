@@ -15,7 +15,7 @@ namespace imgtune::workbench {
 /// locus. One seed gives one log, everywhere.
 class ModelLog {
   public:
-    ModelLog(const Locus& locus, std::uint32_t seed) : locus_(locus), random_(seed) {}
+    ModelLog(const LightLocus& locus, std::uint32_t seed) : locus_(locus), random_(seed) {}
 
     /// What is drawn at random of a log, a whole number from `least` to `most`.
     int draw(int least, int most) {
@@ -58,7 +58,7 @@ class ModelLog {
         return static_cast<std::uint32_t>(value * off + 0.5);
     }
 
-    Locus locus_;
+    LightLocus locus_;
     std::mt19937 random_;
     double jitter_ = 0.0;
     std::vector<Frame> frames_;

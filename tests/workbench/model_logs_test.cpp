@@ -50,7 +50,7 @@ class Tally {
 struct Sensor {
     std::string name;
     Tuning tuning;
-    Locus locus;
+    LightLocus locus;
 };
 
 Sensor sensor(const std::string& name) {
@@ -59,7 +59,7 @@ Sensor sensor(const std::string& name) {
     Tuning tuning = read_yaml(
         read_text(std::string(IMGTUNE_EXAMPLES) + "/" + file, std::size_t{1} << 20U), file, faults);
     EXPECT_FALSE(faults.has_errors()) << faults.text();
-    Locus locus = tuned_locus(tuning);
+    LightLocus locus = tuned_locus(tuning);
     return {name, std::move(tuning), std::move(locus)};
 }
 

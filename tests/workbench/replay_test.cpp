@@ -206,7 +206,7 @@ TEST(FrameCheck, TellsOddValuesOnce) {
 }
 
 TEST(Locus, IsLinearInMiredAndEndsAtItsEnds) {
-    const Locus locus(
+    const LightLocus locus(
         {{2500, {500, 512, 1000}}, {5000, {1000, 512, 500}}, {2500, {600, 512, 1000}}});
     EXPECT_EQ(locus.at(2400).i4R, 500);
     EXPECT_EQ(locus.at(4000).i4R, 857);  // 250 mired: 1 / (1/4 / 600 + 3/4 / 1000)

@@ -44,7 +44,7 @@ Tuning build(const Built& built) {
     tuning.ccm.i4NumFlash = 0;
     const CoefficientCodec codec(3, 9);
     for (std::size_t row = 0; row < 2; ++row) {
-        const std::string strong = row == kNormalRow || built.strong_low_light == nullptr
+        const std::string strong = row == kRowNormal || built.strong_low_light == nullptr
                                        ? built.strong_normal
                                        : built.strong_low_light;
         for (std::size_t i = 0; i < built.gains.size(); ++i) {
@@ -79,12 +79,12 @@ TEST(Steepness, FindsWhatIsKnownByConstruction) {
         std::int32_t at_red;  ///< ... at this gain; else less than a fifth of it
     };
     const Row rows[] = {
-        {"one matrix", {"0000", nullptr, kFour}, kNormalRow, false, 0},
-        {"the highest differs", {"0001", nullptr, kFour}, kNormalRow, true, 1200},
-        {"all but the highest differ", {"1110", nullptr, kFour}, kNormalRow, true, 1200},
-        {"in low light", {"0000", "0001", kFour}, kLowLightRow, true, 1200},
+        {"one matrix", {"0000", nullptr, kFour}, kRowNormal, false, 0},
+        {"the highest differs", {"0001", nullptr, kFour}, kRowNormal, true, 1200},
+        {"all but the highest differ", {"1110", nullptr, kFour}, kRowNormal, true, 1200},
+        {"in low light", {"0000", "0001", kFour}, kRowLowLight, true, 1200},
         {"three points blend", {"001", nullptr, {kFour[0], kFour[1], kFour[3]}}, 0, false, 0},
-        {"the third leads to it", {"0011", nullptr, kFour}, kNormalRow, false, 0},
+        {"the third leads to it", {"0011", nullptr, kFour}, kRowNormal, false, 0},
     };
     for (const Row& row : rows) {
         const Steepness found = find_steepest(build(row.built));

@@ -117,11 +117,11 @@ ISP_CCM_POLY22_T drawn_to(ISP_CCM_POLY22_T polynomial, const NSIspTuning::ISP_CC
 /// @param flash the calibrated matrix in the light of the flash
 void fill_derived_rows(Tuning& tuning, const std::vector<TunedPoint>& points, CcmFit fit,
                        const RealMatrix& flash, const ImportChoices& choices) {
-    fill_row(tuning, kLowLightRow, points, [&choices](const RealMatrix& matrix) {
+    fill_row(tuning, kRowLowLight, points, [&choices](const RealMatrix& matrix) {
         return desaturate(matrix, choices.low_light_saturation);
     });
     const auto matrices =
-        fill_row(tuning, kFlashRow, points, [&choices, &flash](const RealMatrix& matrix) {
+        fill_row(tuning, kRowFlash, points, [&choices, &flash](const RealMatrix& matrix) {
             return mix(matrix, flash, choices.flash_share);
         });
     if (fit == CcmFit::lights) {

@@ -41,6 +41,13 @@ struct Jobs {
     bool color = true;
 };
 
+/// Where each stands in what is kept of both.
+enum JobIndex : std::size_t { kCcmJob, kColorJob };
+
+constexpr bool runs(Jobs jobs, std::size_t job) {
+    return job == kCcmJob ? jobs.ccm : jobs.color;
+}
+
 /// What the library makes of a frame.
 struct Registers {
     NSIspTuning::ISP_NVRAM_CCM_T ccm{};

@@ -32,8 +32,8 @@ std::int32_t between_gains(std::int32_t a, std::int32_t b, double share_of_b) {
 bool has_kelvin(const Tuning& tuning) {
     std::uint32_t before = 0;
     for (std::size_t t = 0; t < tuned_count(tuning); ++t) {
-        if (tuning.kelvin[kNormalRow][t] <= before) return false;
-        before = tuning.kelvin[kNormalRow][t];
+        if (tuning.kelvin[kRowNormal][t] <= before) return false;
+        before = tuning.kelvin[kRowNormal][t];
     }
     return true;
 }
@@ -54,12 +54,12 @@ std::size_t tuned_count(const Tuning& tuning) {
     return static_cast<std::size_t>(std::clamp(tuning.ccm.i4NumCT, 1, 8));
 }
 
-Locus::Locus(std::vector<Point> points) : points_(std::move(points)) {
+LightLocus::LightLocus(std::vector<Point> points) : points_(std::move(points)) {
     std::stable_sort(points_.begin(), points_.end(),
                      [](const Point& a, const Point& b) { return a.kelvin < b.kelvin; });
 }
 
-AWB_GAIN_T Locus::at(double kelvin) const {
+AWB_GAIN_T LightLocus::at(double kelvin) const {
     if (kelvin <= points_.front().kelvin) return points_.front().gain;
     if (kelvin >= points_.back().kelvin) return points_.back().gain;
     const auto [upper, share] = place_in_mired(std::span<const Point>(points_), kelvin);
@@ -69,20 +69,20 @@ AWB_GAIN_T Locus::at(double kelvin) const {
             between_gains(a.i4B, b.i4B, share)};
 }
 
-Locus tuned_locus(const Tuning& tuning, std::size_t row) {
+LightLocus tuned_locus(const Tuning& tuning, std::size_t row) {
     auto grid = tuning.caller.ct_grid;
     std::sort(grid.begin(), grid.end());
     for (std::uint32_t& kelvin : grid) kelvin = std::max(kelvin, 1U);
     const bool own = has_kelvin(tuning);
-    std::vector<Locus::Point> points;
+    std::vector<LightLocus::Point> points;
     for (std::size_t t = 0; t < tuned_count(tuning); ++t) {
         AWB_GAIN_T gain = tuning.ccm.rCTAWBGain[row][t];
         gain.i4G = 512;  // not tuned: the library does not read it
         const double kelvin =
-            own ? tuning.kelvin[kNormalRow][t] : spread_over(grid, t, tuned_count(tuning));
+            own ? tuning.kelvin[kRowNormal][t] : spread_over(grid, t, tuned_count(tuning));
         points.push_back({kelvin, gain});
     }
-    return Locus(std::move(points));
+    return LightLocus(std::move(points));
 }
 
 std::string assumed_locus(const Tuning& tuning) {
@@ -95,8 +95,8 @@ std::string assumed_locus(const Tuning& tuning) {
         *lowest, *highest);
 }
 
-Locus read_locus(FrameLog& log) {
-    std::vector<Locus::Point> points;
+LightLocus read_locus(FrameLog& log) {
+    std::vector<LightLocus::Point> points;
     for (Frame frame; log.next(frame);) {
         if (points.size() == kMostPoints) {
             throw BadInput(log.name() + ": more than 100000 gains; take fewer frames",
@@ -107,7 +107,7 @@ Locus read_locus(FrameLog& log) {
     if (points.empty()) {
         throw BadInput(log.name() + ": no frame to take a gain from", {log.name()});
     }
-    return Locus(std::move(points));
+    return LightLocus(std::move(points));
 }
 
 }  // namespace imgtune::workbench

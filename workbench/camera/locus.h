@@ -15,14 +15,14 @@ namespace imgtune::workbench {
 
 /// The AWB gain that goes with a colour temperature: between known points the ratios that it
 /// balances, 512 / gain, are linear in mired; beyond them it is that of the nearest end.
-class Locus {
+class LightLocus {
   public:
     struct Point {
         double kelvin;
         AWB_GAIN_T gain;
     };
 
-    explicit Locus(std::vector<Point> points);  ///< at least one, in any order
+    explicit LightLocus(std::vector<Point> points);  ///< at least one, in any order
 
     AWB_GAIN_T at(double kelvin) const;
 
@@ -36,14 +36,14 @@ class Locus {
 std::size_t tuned_count(const Tuning& tuning);
 
 /// The tuned gains of a LV row at the kelvin of the normal row's points.
-Locus tuned_locus(const Tuning& tuning, std::size_t row = kNormalRow);
+LightLocus tuned_locus(const Tuning& tuning, std::size_t row = kRowNormal);
 
 /// What tuned_locus assumes where the points have no kelvin: that they are spread evenly over the
 /// grid of tuned CTs, the first at its lowest, the last at its highest. Empty where all have one.
 std::string assumed_locus(const Tuning& tuning);
 
 /// The CTs and AWB gains of a frame log.
-Locus read_locus(FrameLog& log);
+LightLocus read_locus(FrameLog& log);
 
 }  // namespace imgtune::workbench
 

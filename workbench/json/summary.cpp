@@ -120,15 +120,11 @@ Json to_json(const VisibleChange& change) {
     return json;
 }
 
-bool runs(const SummaryRecord& record, std::size_t job) {
-    return job == 0 ? record.jobs.ccm : record.jobs.color;
-}
-
 Json to_json(const SummaryRecord& record, const LightChange& change) {
     Json json = {{"first", change.first}, {"last", change.last}, {"held", change.held}};
     if (record.jobs.ccm) json["visible"] = to_json(change.visible);
     for (std::size_t job = 0; job < kJobKeys.size(); ++job) {
-        if (runs(record, job)) json[kJobKeys[job]] = to_json(change.settling[job]);
+        if (runs(record.jobs, job)) json[kJobKeys[job]] = to_json(change.settling[job]);
     }
     return json;
 }
@@ -263,7 +259,7 @@ Json to_json(const SummaryRecord& record) {
         json["cold_start"]["frames_to_rest"] = record.cold_start_frames;
     }
     for (std::size_t job = 0; job < kJobKeys.size(); ++job) {
-        if (runs(record, job)) json["settling"][kJobKeys[job]] = to_json(record.settling[job]);
+        if (runs(record.jobs, job)) json["settling"][kJobKeys[job]] = to_json(record.settling[job]);
     }
     json["changes"] = Json::array();
     for (const LightChange& change : record.changes) {

@@ -26,8 +26,8 @@ constexpr std::int64_t kMostCoefficient = (std::int64_t{2} << kCoefficientBits) 
 bool is_always_read(const Record& record, const FieldDefinition& field) {
     const RecordDefinition* const kind = record.definition;
     if (kind == &kCallerRecord || kind == &kCcmHeadRecord) return true;
-    return kind == &kSmoothingRecord &&
-           record.first_word / record.definition->words != kOutdoorSlot &&
+    return kind == &kColorTuningRecord &&
+           record.first_word / record.definition->words != kSlotOutdoor &&
            !field.name.starts_with("u4Outdoor");
 }
 
@@ -39,8 +39,8 @@ std::string shared_name(const LayoutNode& node) {
     const RecordDefinition* const kind = node.record->definition;
     if (kind == &kPolynomialRecord) return "polynomial";
     if (kind == &kColorImageRecord) return "colour_image";
-    if (kind != &kSmoothingRecord) return "";
-    return node.name == kSlotNames[kOutdoorSlot] ? "smoothing_not_read" : "smoothing";
+    if (kind != &kColorTuningRecord) return "";
+    return node.name == kSlotNames[kSlotOutdoor] ? "smoothing_not_read" : "smoothing";
 }
 
 std::string description_of(const FieldDefinition& field) {

@@ -30,7 +30,7 @@ enum class ColorStep : std::size_t { luma, hue, saturation };
 inline constexpr std::size_t kColorSteps = 3;
 const char* field_of(ColorStep step);  ///< "lum_speed"
 /// Whose steps are chosen: a flash shot takes its values as tuned, and outdoor is not read.
-inline constexpr std::size_t kSmoothedSlots[] = {kNormalSlot, kSceneSlot};
+inline constexpr std::size_t kSmoothedSlots[] = {kSlotNormal, kSlotScene};
 /// Steps that are tried, ascending.
 std::span<const std::uint32_t> color_step_sizes();
 

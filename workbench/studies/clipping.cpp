@@ -7,7 +7,7 @@ namespace imgtune::workbench {
 Clipping find_clipping(const Tuning& tuning, const Frame& frame) {
     const auto& state = frame.state;
     const AWB_GAIN_T& gain = tuning.caller.full_gain == 1 ? state.rAWBFullGain : state.rAWBGain;
-    const auto& row = tuning.ccm.rCTAWBGain[state.u4FlashMode != 0 ? kFlashRow : kNormalRow];
+    const auto& row = tuning.ccm.rCTAWBGain[state.u4FlashMode != 0 ? kRowFlash : kRowNormal];
     const AWB_GAIN_T& lowest = row[0];
     const AWB_GAIN_T& highest = row[tuned_ct_count(tuning.ccm.i4NumCT) - 1];
     if (gain.i4B > lowest.i4B || gain.i4R < lowest.i4R) return Clipping::low;

@@ -22,7 +22,7 @@ class DemoWalk {
   private:
     double noise();
 
-    Locus locus_;
+    LightLocus locus_;
     double frames_per_second_;
     std::uint64_t frame_ = 0;
     std::uint32_t random_ = 1;

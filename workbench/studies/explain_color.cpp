@@ -98,8 +98,8 @@ Interpolation find_interpolation(const ColorExplanation& told, const Tuning& tun
     param.u4OutdoorBase = static_cast<std::uint32_t>(told.outdoor_base);
     for (BlockFunction* blend :
          {InterParamByLVPartialY, InterParamByLVPartialH, InterParamByLVPartialS}) {
-        blend(param, tuning.color[kOutdoorSlot][upper], images[upper], found.upper);
-        blend(param, tuning.color[kOutdoorSlot][lower], images[lower], found.lower);
+        blend(param, tuning.color[kSlotOutdoor][upper], images[upper], found.upper);
+        blend(param, tuning.color[kSlotOutdoor][lower], images[lower], found.lower);
     }
     return found;
 }

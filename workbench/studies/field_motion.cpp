@@ -32,12 +32,12 @@ bool FieldMotions::next(std::uint64_t number, const Registers& registers, Phase 
     moved_ = {jobs_.ccm && (!started_ || differs(registers.ccm, last_.ccm)),
               jobs_.color && (!started_ || differs(registers.color, last_.color))};
     bool turned = false;
-    if (moved_[0]) {
+    if (moved_[kCcmJob]) {
         last_.ccm = registers.ccm;
         read(registers, 0, kFirstColorField, now_);
         turned = note(0, kFirstColorField, number, phase, StepCause::smoothing);
     }
-    if (moved_[1]) {
+    if (moved_[kColorJob]) {
         last_.color = registers.color;
         read(registers, kFirstColorField, motions_.size(), now_);
         const StepCause map_cause =

@@ -49,8 +49,8 @@ void HoldJudge::judge_by(const LightWatch& watch) {
     Camera camera = probe_;
     camera.set_state(start_);
     const Rest rest = run_to_rest(camera, light);
-    jobs_[0].still = rest.ccm.still;
-    jobs_[1].still = rest.color.still;
+    jobs_[kCcmJob].still = rest.ccm.still;
+    jobs_[kColorJob].still = rest.color.still;
     resting_ = motions_.values_of(camera.registers());
     for (std::size_t k = 0; k < bands_.size(); ++k) {
         bands_[k] = {std::min(target_[k], resting_[k]), std::max(target_[k], resting_[k])};
@@ -95,8 +95,8 @@ void HoldJudge::compare(const std::vector<std::int64_t>& values) {
         std::optional<std::uint64_t>& since = jobs_[job].rests_since;
         if (since && compared_ - *since >= frames_at_rest_) continue;
         bool outside = false;
-        const std::size_t end = job == 0 ? kFirstColorField : values.size();
-        for (std::size_t k = job == 0 ? 0 : kFirstColorField; k < end && !outside; ++k) {
+        const std::size_t end = job == kCcmJob ? kFirstColorField : values.size();
+        for (std::size_t k = job == kCcmJob ? 0 : kFirstColorField; k < end && !outside; ++k) {
             outside = is_outside(k);
         }
         if (outside) {
@@ -110,14 +110,13 @@ void HoldJudge::compare(const std::vector<std::int64_t>& values) {
 
 std::span<const RestingBand> HoldJudge::bands(std::size_t job) const {
     const std::span<const RestingBand> all(bands_);
-    return job == 0 ? all.first(kFirstColorField) : all.subspan(kFirstColorField);
+    return job == kCcmJob ? all.first(kFirstColorField) : all.subspan(kFirstColorField);
 }
 
 std::array<JobSettling, 2> HoldJudge::verdicts() const {
     std::array<JobSettling, 2> verdicts;
-    const std::array<bool, 2> runs{probe_.jobs().ccm, probe_.jobs().color};
     for (std::size_t job = 0; job < verdicts.size(); ++job) {
-        if (!runs[job]) continue;
+        if (!runs(probe_.jobs(), job)) continue;
         JobSettling& verdict = verdicts[job];
         if (!judged_) {
             verdict.state = Settling::not_held;
@@ -129,8 +128,8 @@ std::array<JobSettling, 2> HoldJudge::verdicts() const {
             verdict.state = jobs_[job].rests_since ? Settling::settled : Settling::moving;
             verdict.frames = jobs_[job].rests_since;
         }
-        const std::size_t begin = job == 0 ? 0 : kFirstColorField;
-        const std::size_t end = job == 0 ? kFirstColorField : bands_.size();
+        const std::size_t begin = job == kCcmJob ? 0 : kFirstColorField;
+        const std::size_t end = job == kCcmJob ? kFirstColorField : bands_.size();
         std::int64_t farthest = 0;
         for (std::size_t k = begin; k < end; ++k) {
             const std::int64_t stall = std::abs(target_[k] - resting_[k]);

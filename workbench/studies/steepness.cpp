@@ -35,9 +35,9 @@ struct SeenLight {
 
 /// The rows that the library takes matrices from.
 std::vector<std::size_t> used_rows(const Tuning& tuning) {
-    std::vector<std::size_t> rows{kNormalRow};
-    if (tuning.ccm.i4NumLV >= 2) rows.push_back(kLowLightRow);
-    if (tuning.ccm.i4NumFlash != 0) rows.push_back(kFlashRow);
+    std::vector<std::size_t> rows{kRowNormal};
+    if (tuning.ccm.i4NumLV >= 2) rows.push_back(kRowLowLight);
+    if (tuning.ccm.i4NumFlash != 0) rows.push_back(kRowFlash);
     return rows;
 }
 
@@ -64,7 +64,7 @@ class Shown {
         Frame frame;
         frame.state.u4RealLV = light.lv;
         frame.state.rAWBGain = frame.state.rAWBFullGain = light.gain;
-        frame.state.u4FlashMode = row == kFlashRow ? 1 : 0;
+        frame.state.u4FlashMode = row == kRowFlash ? 1 : 0;
         aim(camera_, frame);
         return {light, ChartView(shown_matrix(camera_.registers(), tuning().caller))};
     }
@@ -78,7 +78,7 @@ class LightLine {
   public:
     LightLine(Shown& shown, std::size_t row, double beside)
         : shown_(shown),
-          locus_(tuned_locus(shown.tuning(), row == kFlashRow ? kFlashRow : kNormalRow)),
+          locus_(tuned_locus(shown.tuning(), row == kRowFlash ? kRowFlash : kRowNormal)),
           row_(row),
           beside_(beside) {}
 
@@ -109,7 +109,7 @@ class LightLine {
                 std::clamp(std::round(*value * (1.0 + beside_)), -2147483648.0, 2147483647.0));
         }
         return shown_.see(row_,
-                          {kelvin, gain, row_ == kLowLightRow ? kLowLightFull : kLowLightEnd});
+                          {kelvin, gain, row_ == kRowLowLight ? kLowLightFull : kLowLightEnd});
     }
 
     static bool are_neighbours(const SteepPlace& place) {
@@ -137,7 +137,7 @@ class LightLine {
     }
 
     Shown& shown_;
-    Locus locus_;
+    LightLocus locus_;
     std::size_t row_;
     double beside_;
 };
@@ -145,14 +145,14 @@ class LightLine {
 /// From low light to normal light, at each tuned gain.
 std::optional<SteepPlace> steepest_over_lv(Shown& shown) {
     std::optional<SteepPlace> steepest;
-    const Locus locus = tuned_locus(shown.tuning());
-    for (const Locus::Point& point : locus.points()) {
+    const LightLocus locus = tuned_locus(shown.tuning());
+    for (const LightLocus::Point& point : locus.points()) {
         SteepLight light{point.kelvin, point.gain, kLowLightFull};
-        SeenLight before = shown.see(kNormalRow, light);
+        SeenLight before = shown.see(kRowNormal, light);
         while (light.lv < kLowLightEnd) {
             ++light.lv;
-            const SeenLight here = shown.see(kNormalRow, light);
-            keep_steeper(steepest, between(kNormalRow, before, here));
+            const SeenLight here = shown.see(kRowNormal, light);
+            keep_steeper(steepest, between(kRowNormal, before, here));
             before = here;
         }
     }
@@ -197,12 +197,12 @@ bool has_matrices(const Tuning& tuning) {
 std::optional<double> off_points(Shown& shown, const Tuning& wanted) {
     double sum = 0.0;
     std::size_t count = 0;
-    const std::vector<Locus::Point> points = tuned_locus(wanted).points();
+    const std::vector<LightLocus::Point> points = tuned_locus(wanted).points();
     for (std::size_t i = 0; i < points.size(); ++i) {
-        const RealMatrix matrix = tuned_matrix(wanted, kNormalRow, i);
+        const RealMatrix matrix = tuned_matrix(wanted, kRowNormal, i);
         if (matrix == RealMatrix{}) continue;
         const SeenLight here =
-            shown.see(kNormalRow, {points[i].kelvin, points[i].gain, kLowLightEnd});
+            shown.see(kRowNormal, {points[i].kelvin, points[i].gain, kLowLightEnd});
         sum += chart_difference(ChartView(matrix), here.view, kLightSkin).mean;
         ++count;
     }

@@ -82,7 +82,7 @@ std::vector<std::uint32_t> tuned_range(const Tuning& tuning) {
     return values;
 }
 
-Sweep run_sweep(const Tuning& tuning, Jobs jobs, const SweepGrid& grid, const Locus& locus) {
+Sweep run_sweep(const Tuning& tuning, Jobs jobs, const SweepGrid& grid, const LightLocus& locus) {
     const std::size_t count = grid.cct.size() * grid.lv.size();
     if (count > kMostSweepPoints) {
         throw BadInput(

@@ -50,7 +50,7 @@ struct Sweep {
 };
 
 /// The gains follow the locus. Throws BadInput for more than kMostSweepPoints points.
-Sweep run_sweep(const Tuning& tuning, Jobs jobs, const SweepGrid& grid, const Locus& locus);
+Sweep run_sweep(const Tuning& tuning, Jobs jobs, const SweepGrid& grid, const LightLocus& locus);
 
 /// The slopes of each job that was run.
 std::vector<SweepSlopes> slopes_of(const Sweep& sweep, const CallerSettings& caller);

@@ -80,11 +80,11 @@ std::string image_of(const TracedCall& call, const LineDifference& difference,
         const bool second = std::any_of(call.lines.begin(), end, [&](const std::string& earlier) {
             return trace_label(earlier) == line.label;
         });
-        return fmt::format("color.images.{}.{}", high ? kSlotNames[kOutdoorSlot] : slot,
+        return fmt::format("color.images.{}.{}", high ? kSlotNames[kSlotOutdoor] : slot,
                            second ? lower : upper);
     }
     const std::string either =
-        trace.has(color_label::kOutdoor) ? slot + "|" + kSlotNames[kOutdoorSlot] : slot;
+        trace.has(color_label::kOutdoor) ? slot + "|" + kSlotNames[kSlotOutdoor] : slot;
     if (line.stage == Stage::none && upper != lower) {
         return fmt::format("color.images.{}.{}|{}", either, upper, lower);
     }
@@ -95,13 +95,13 @@ LikelyCause color_cause(const TracedCall& call, const LineDifference& difference
     const TraceLine line = parse_trace_line(call.lines[difference.line]);
     if (line.label == color_label::kSmoothing) {
         const std::string slot = slot_of(Trace(call.lines));
-        if (slot.empty() || difference.value >= kSmoothingRecord.fields.size()) {
+        if (slot.empty() || difference.value >= kColorTuningRecord.fields.size()) {
             return {TraceCause::tuning, "", false};
         }
-        return {
-            TraceCause::tuning,
-            fmt::format("color.tuning.{}.{}", slot, kSmoothingRecord.fields[difference.value].name),
-            true};
+        return {TraceCause::tuning,
+                fmt::format("color.tuning.{}.{}", slot,
+                            kColorTuningRecord.fields[difference.value].name),
+                true};
     }
     if (line.color == nullptr || difference.value >= line.values.size()) return {};
     const bool map = line.stage == Stage::none;

@@ -161,8 +161,8 @@ void Verifier::note_use(const TracedCall& call, const ColorInputs& inputs) {
     const Trace trace(call.lines);
     if (call.job == TracedJob::ccm) {
         const bool flash = trace.integer(ccm_label::kFlash) != 0;
-        used_.rows[flash ? kFlashRow : kNormalRow] = true;
-        used_.rows[kLowLightRow] |= trace.has(ccm_label::kLowLightWeight);
+        used_.rows[flash ? kRowFlash : kRowNormal] = true;
+        used_.rows[kRowLowLight] |= trace.has(ccm_label::kLowLightWeight);
         used_.polynomial[flash ? 1 : 0] |= trace.has(ccm_label::kPolynomial);
         return;
     }
@@ -174,14 +174,14 @@ void Verifier::note_use(const TracedCall& call, const ColorInputs& inputs) {
     for (const std::int64_t index : {inputs.upper_index, inputs.lower_index}) {
         const auto ct = static_cast<std::size_t>(std::clamp<std::int64_t>(index, 0, 4));
         used_.images[slot][ct] = true;
-        used_.images[kOutdoorSlot][ct] |= trace.has(color_label::kOutdoor);
+        used_.images[kSlotOutdoor][ct] |= trace.has(color_label::kOutdoor);
     }
 }
 
 Verification Verifier::result() const {
     Verification all = result_;
     if (all.ccm_calls > 0) {
-        for (const std::size_t row : {kNormalRow, kLowLightRow, kFlashRow}) {
+        for (const std::size_t row : {kRowNormal, kRowLowLight, kRowFlash}) {
             if (!used_.rows[row]) all.unused.push_back(fmt::format("ccm.rows.{}", kRowNames[row]));
         }
         for (const std::size_t i : {0U, 1U}) {
@@ -190,7 +190,7 @@ Verification Verifier::result() const {
         }
     }
     for (std::size_t slot = 0; all.color_calls > 0 && slot < used_.images.size(); ++slot) {
-        if (slot != kOutdoorSlot && !used_.slots[slot]) {
+        if (slot != kSlotOutdoor && !used_.slots[slot]) {
             all.unused.push_back(fmt::format("color.tuning.{}", kSlotNames[slot]));
         }
         const auto& images = used_.images[slot];

@@ -45,8 +45,8 @@ bool read_color(const TracedCall& call, Values& values, ColorInputs& inputs) {
     const auto slot = static_cast<std::size_t>(light[1]);
     values[kCct] = temperatures[0];
     values[kLv] = light[0];
-    values[kFlash] = slot == kFlashSlot ? 1 : 0;
-    if (slot != kFlashSlot) values[kScene] = slot == kSceneSlot ? 1 : 0;
+    values[kFlash] = slot == kSlotFlash ? 1 : 0;
+    if (slot != kSlotFlash) values[kScene] = slot == kSlotScene ? 1 : 0;
     values[kProfile] = light[2];
     values[kCapture] = light[3];
     inputs = {temperatures[2], temperatures[1], temperatures[3],

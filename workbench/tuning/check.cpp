@@ -29,9 +29,9 @@ void Checked::report(Fault fault) {
 }
 
 bool Checked::is_row_used(std::size_t row) const {
-    return row == kNormalRow ||
-           (row == kLowLightRow && ccm().i4NumLV >= 2 && !is_suppressed("ccm.i4NumLV")) ||
-           (row == kFlashRow && ccm().i4NumFlash != 0 && !is_suppressed("ccm.i4NumFlash"));
+    return row == kRowNormal ||
+           (row == kRowLowLight && ccm().i4NumLV >= 2 && !is_suppressed("ccm.i4NumLV")) ||
+           (row == kRowFlash && ccm().i4NumFlash != 0 && !is_suppressed("ccm.i4NumFlash"));
 }
 
 std::size_t Checked::filled_points(std::size_t row) const {

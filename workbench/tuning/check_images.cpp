@@ -100,7 +100,7 @@ void check_slot(Checked& checked, std::size_t slot) {
         check_knots(checked, image, path);
         check_luma(checked, image, path);
         check_hue(checked, image, path);
-        if (slot == kOutdoorSlot || std::equal(first.u4Word, first.u4Word + 4, image.u4Word)) {
+        if (slot == kSlotOutdoor || std::equal(first.u4Word, first.u4Word + 4, image.u4Word)) {
             continue;
         }
         checked.report({.code = "T212",
@@ -116,7 +116,7 @@ void check_copies(Checked& checked) {
     const auto& images = checked.tuning().color;
     for (std::size_t a = 0; a < 4; ++a) {
         for (std::size_t b = a + 1; b < 4; ++b) {
-            if ((b == kOutdoorSlot && !checked.uses_outdoor()) ||
+            if ((b == kSlotOutdoor && !checked.uses_outdoor()) ||
                 std::memcmp(images[a], images[b], sizeof(images[a])) != 0) {
                 continue;
             }
@@ -134,7 +134,7 @@ void check_copies(Checked& checked) {
 void check_images(Checked& checked) {
     if (!checked.tuning().has_color) return;
     for (std::size_t slot = 0; slot < 4; ++slot) {
-        if (slot != kOutdoorSlot || checked.uses_outdoor()) check_slot(checked, slot);
+        if (slot != kSlotOutdoor || checked.uses_outdoor()) check_slot(checked, slot);
     }
     check_copies(checked);
 }

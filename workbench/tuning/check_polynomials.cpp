@@ -218,9 +218,9 @@ void check_polynomials(Checked& checked) {
         return;
     }
     const ISP_NVRAM_MULTI_CCM_STRUCT& ccm = checked.ccm();
-    const Block blocks[] = {{ccm.rCCMPoly22, "ccm.rCCMPoly22", kNormalRow},
-                            {ccm.rCCMPoly22, "ccm.rCCMPoly22", kLowLightRow},
-                            {ccm.rCCMPoly22Flash, "ccm.rCCMPoly22Flash", kFlashRow}};
+    const Block blocks[] = {{ccm.rCCMPoly22, "ccm.rCCMPoly22", kRowNormal},
+                            {ccm.rCCMPoly22, "ccm.rCCMPoly22", kRowLowLight},
+                            {ccm.rCCMPoly22Flash, "ccm.rCCMPoly22Flash", kRowFlash}};
     for (const Block& block : blocks) {
         if (!checked.is_row_used(block.row) || checked.is_row_missing(block.row) ||
             block.poly.i4R_STD == 0 || block.poly.i4B_STD == 0 ||
@@ -228,7 +228,7 @@ void check_polynomials(Checked& checked) {
             continue;
         }
         // The low-light row shares the polynomial of the normal one.
-        const bool off = block.row != kLowLightRow && check_against_tuned(checked, block);
+        const bool off = block.row != kRowLowLight && check_against_tuned(checked, block);
         if (!off) check_ends(checked, block);
     }
 }

@@ -28,13 +28,13 @@ bool is_used(const Checked& checked, const FieldRef& field) {
     if (kind == &kPolynomialRecord) {
         const bool flash = field.record->path == "ccm.rCCMPoly22Flash";
         return tuning.ccm.i4Method == kPolynomialMethod &&
-               (!flash || checked.is_row_used(kFlashRow));
+               (!flash || checked.is_row_used(kRowFlash));
     }
-    if (kind == &kSmoothingRecord) {
+    if (kind == &kColorTuningRecord) {
         const std::size_t slot = field.record->first_word / 17;
         const bool outdoor = field.definition->name.starts_with("u4Outdoor");
-        return slot != kOutdoorSlot &&
-               (!outdoor || (slot == kNormalSlot && checked.uses_outdoor()));
+        return slot != kSlotOutdoor &&
+               (!outdoor || (slot == kSlotNormal && checked.uses_outdoor()));
     }
     return true;
 }

@@ -14,8 +14,8 @@ using Matrix = NSIspTuning::ISP_CCM_T;
 // ---- how many points there are
 
 void report_missing(Checked& checked, std::size_t row) {
-    const bool low_light = row == kLowLightRow;
-    const bool flash = row == kFlashRow;
+    const bool low_light = row == kRowLowLight;
+    const bool flash = row == kRowFlash;
     checked.report(
         {.code = low_light ? "T105"
                  : flash   ? "T106"
@@ -45,7 +45,7 @@ void check_counts(Checked& checked, const std::vector<std::size_t>& rows) {
     const auto declared = static_cast<std::size_t>(checked.ccm().i4NumCT);
     std::size_t fewest = 8;
     std::size_t most = 0;
-    std::size_t fullest = kNormalRow;
+    std::size_t fullest = kRowNormal;
     for (const std::size_t row : rows) {
         const std::size_t filled = checked.filled_points(row);
         fewest = std::min(fewest, filled);

@@ -61,12 +61,12 @@ void check_saturation_target(Checked& checked, std::size_t slot, std::size_t sou
 }
 
 void check_outdoor(Checked& checked) {
-    const ISP_NVRAM_PCA_PARAM_T& p = checked.tuning().pca[kNormalSlot];
+    const ISP_NVRAM_PCA_PARAM_T& p = checked.tuning().pca[kSlotNormal];
     if (p.u4OutdoorLV_Start >= p.u4OutdoorLV_End &&
-        !checked.is_suppressed(slot_path(kNormalSlot, "u4OutdoorLV_End"))) {
+        !checked.is_suppressed(slot_path(kSlotNormal, "u4OutdoorLV_End"))) {
         const bool equal = p.u4OutdoorLV_Start == p.u4OutdoorLV_End;
         checked.report({.code = equal ? "T215" : "T203",
-                        .path = slot_path(kNormalSlot, "u4OutdoorLV_Start"),
+                        .path = slot_path(kSlotNormal, "u4OutdoorLV_Start"),
                         .message = fmt::format("is {}, and u4OutdoorLV_End {}; it must be below",
                                                p.u4OutdoorLV_Start, p.u4OutdoorLV_End),
                         .value = std::to_string(p.u4OutdoorLV_Start),
@@ -76,7 +76,7 @@ void check_outdoor(Checked& checked) {
     }
     if (p.u4OutdoorBase == 0) {
         checked.report({.code = "T204",
-                        .path = slot_path(kNormalSlot, "u4OutdoorBase"),
+                        .path = slot_path(kSlotNormal, "u4OutdoorBase"),
                         .message = "is 0; it must be above while u4OutdoorEnable is set",
                         .value = "0",
                         .allowed = "1..29343",
@@ -89,11 +89,11 @@ void check_outdoor(Checked& checked) {
 
 void check_smoothing(Checked& checked) {
     if (!checked.tuning().has_color) return;
-    for (std::size_t slot = 0; slot < kOutdoorSlot; ++slot) {
+    for (std::size_t slot = 0; slot < kSlotOutdoor; ++slot) {
         check_ratio_thresholds(checked, slot);
         check_saturation_target(checked, slot, slot);
-        if (slot == kNormalSlot && checked.uses_outdoor()) {
-            check_saturation_target(checked, slot, kOutdoorSlot);
+        if (slot == kSlotNormal && checked.uses_outdoor()) {
+            check_saturation_target(checked, slot, kSlotOutdoor);
         }
     }
     if (checked.uses_outdoor()) check_outdoor(checked);

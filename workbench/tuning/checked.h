@@ -51,7 +51,7 @@ class Checked {
     /// A coefficient of 1.0.
     std::int32_t unity() const;
 
-    bool uses_outdoor() const { return tuning_.pca[kNormalSlot].u4OutdoorEnable != 0; }
+    bool uses_outdoor() const { return tuning_.pca[kSlotNormal].u4OutdoorEnable != 0; }
 
   private:
     const Tuning& tuning_;

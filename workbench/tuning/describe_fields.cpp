@@ -48,7 +48,7 @@ std::string describe_fields() {
         {&kPolynomialRecord,
          "`ccm.rCCMPoly22`, from word 681, and `ccm.rCCMPoly22Flash`, from "
          "word 1065"},
-        {&kSmoothingRecord, "`color.tuning.*`"},
+        {&kColorTuningRecord, "`color.tuning.*`"},
         {&kColorImageRecord, "each of `color.images.*`"},
     };
     std::string text;

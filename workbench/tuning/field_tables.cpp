@@ -184,7 +184,7 @@ std::vector<FieldDefinition> polynomial_fields() {
     return fields;
 }
 
-std::vector<FieldDefinition> smoothing_fields() {
+std::vector<FieldDefinition> color_tuning_fields() {
     return {
         scaled(kRatioUnity,
                word("u4RatioHighLV", 0, "16 = x1", "saturation ratio in bright light", &kRatio)),
@@ -277,7 +277,7 @@ const RecordDefinition kKelvinRecord{"tuned CT", 1, kelvin_fields(), true, true}
 const RecordDefinition kGainRecord{"tuned gain", 3, gain_fields(), true, true};
 const RecordDefinition kMatrixRecord{"tuned matrix", 6, matrix_fields(), true, true};
 const RecordDefinition kPolynomialRecord{"polynomial", 37, polynomial_fields(), false, true};
-const RecordDefinition kSmoothingRecord{"colour smoothing", 17, smoothing_fields()};
+const RecordDefinition kColorTuningRecord{"colour tuning", 17, color_tuning_fields()};
 const RecordDefinition kColorImageRecord{"colour image", 117, color_image_fields()};
 
 }  // namespace imgtune::workbench

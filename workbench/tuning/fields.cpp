@@ -28,7 +28,7 @@ T* words_of(std::conditional_t<std::is_const_v<T>, const Tuning, Tuning>& t, Par
             return reinterpret_cast<T*>(&t.ccm);
         case Part::color:
             return reinterpret_cast<T*>(&t.color);
-        case Part::pca:
+        case Part::color_tuning:
             return reinterpret_cast<T*>(&t.pca);
     }
     return nullptr;
@@ -58,7 +58,7 @@ std::size_t part_words(Part part) {
             return sizeof(Tuning::ccm) / 4;
         case Part::color:
             return sizeof(Tuning::color) / 4;
-        case Part::pca:
+        case Part::color_tuning:
             return sizeof(Tuning::pca) / 4;
     }
     return 0;
@@ -119,7 +119,7 @@ const std::vector<Record>& records() {
         list.push_back({&kPolynomialRecord, Part::ccm, 681, "ccm.rCCMPoly22"});
         list.push_back({&kPolynomialRecord, Part::ccm, 1065, "ccm.rCCMPoly22Flash"});
         for (std::size_t slot = 0; slot < 4; ++slot) {
-            list.push_back({&kSmoothingRecord, Part::pca, 17 * slot,
+            list.push_back({&kColorTuningRecord, Part::color_tuning, 17 * slot,
                             fmt::format("color.tuning.{}", kSlotNames[slot])});
         }
         for (std::size_t slot = 0; slot < 4; ++slot) {

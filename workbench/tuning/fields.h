@@ -18,8 +18,9 @@
 namespace imgtune::workbench {
 
 /// The parts of a Tuning that are made of 32-bit words.
-enum class Part { caller, kelvin, ccm, color, pca };
-inline constexpr Part kParts[] = {Part::caller, Part::kelvin, Part::ccm, Part::color, Part::pca};
+enum class Part { caller, kelvin, ccm, color, color_tuning };
+inline constexpr Part kParts[] = {Part::caller, Part::kelvin, Part::ccm, Part::color,
+                                  Part::color_tuning};
 
 std::size_t part_words(Part part);
 std::uint32_t load_word(const Tuning& tuning, Part part, std::size_t word);
@@ -85,7 +86,7 @@ extern const RecordDefinition kKelvinRecord;
 extern const RecordDefinition kGainRecord;
 extern const RecordDefinition kMatrixRecord;
 extern const RecordDefinition kPolynomialRecord;
-extern const RecordDefinition kSmoothingRecord;
+extern const RecordDefinition kColorTuningRecord;
 extern const RecordDefinition kColorImageRecord;
 
 inline constexpr const char* kRowNames[8] = {"normal", "low_light", "row2",  "row3",
@@ -93,13 +94,13 @@ inline constexpr const char* kRowNames[8] = {"normal", "low_light", "row2",  "ro
 inline constexpr const char* kSlotNames[4] = {"normal", "scene", "flash", "outdoor"};
 
 /// Those that the library picks by name.
-inline constexpr std::size_t kNormalRow = 0;
-inline constexpr std::size_t kLowLightRow = 1;
-inline constexpr std::size_t kFlashRow = 6;
-inline constexpr std::size_t kNormalSlot = 0;
-inline constexpr std::size_t kSceneSlot = 1;
-inline constexpr std::size_t kFlashSlot = 2;
-inline constexpr std::size_t kOutdoorSlot = 3;
+inline constexpr std::size_t kRowNormal = 0;
+inline constexpr std::size_t kRowLowLight = 1;
+inline constexpr std::size_t kRowFlash = 6;
+inline constexpr std::size_t kSlotNormal = 0;
+inline constexpr std::size_t kSlotScene = 1;
+inline constexpr std::size_t kSlotFlash = 2;
+inline constexpr std::size_t kSlotOutdoor = 3;
 
 /// Coefficients of a matrix that a tuning chooses freely; the diagonals close the rows.
 inline constexpr std::array<std::size_t, 6> kOffDiagonals = {1, 2, 3, 5, 6, 7};

@@ -19,7 +19,7 @@ struct ImageFile {
 
 constexpr ImageFile kCcmFile{Part::ccm, "ccm.bin", "ccm"};
 constexpr ImageFile kColorFile{Part::color, "color.bin", "color"};
-constexpr ImageFile kPcaFile{Part::pca, "pca.bin", "color.tuning"};
+constexpr ImageFile kColorTuningFile{Part::color_tuning, "pca.bin", "color.tuning"};
 constexpr const char* kCallerFile = "caller.yaml";
 
 void add_fault(Faults& faults, const std::string& file, std::string message) {
@@ -81,7 +81,7 @@ std::string part_bytes(const Tuning& tuning, Part part) {
 }  // namespace
 
 std::vector<std::string> stored_image_names() {
-    return {kCcmFile.name, kColorFile.name, kPcaFile.name, kCallerFile};
+    return {kCcmFile.name, kColorFile.name, kColorTuningFile.name, kCallerFile};
 }
 
 Tuning from_images(const std::vector<StoredImage>& images, const std::string& folder,
@@ -94,9 +94,9 @@ Tuning from_images(const std::vector<StoredImage>& images, const std::string& fo
     faults.set_place("", folder, 0);
     tuning.has_ccm = read_part(images, folder, kCcmFile, faults, tuning);
     tuning.has_color = read_part(images, folder, kColorFile, faults, tuning);
-    const bool has_pca = read_part(images, folder, kPcaFile, faults, tuning);
+    const bool has_pca = read_part(images, folder, kColorTuningFile, faults, tuning);
     if (tuning.has_color != has_pca) {
-        add_fault(faults, path_of(folder, has_pca ? kColorFile.name : kPcaFile.name),
+        add_fault(faults, path_of(folder, has_pca ? kColorFile.name : kColorTuningFile.name),
                   "missing; color.bin and pca.bin stand together");
     } else if (!tuning.has_ccm && !tuning.has_color) {
         add_fault(faults, folder,
@@ -108,7 +108,7 @@ Tuning from_images(const std::vector<StoredImage>& images, const std::string& fo
 
 std::string stored_fields(const std::string& bytes) {
     const ImageFile* image = nullptr;
-    for (const ImageFile* each : {&kCcmFile, &kColorFile, &kPcaFile}) {
+    for (const ImageFile* each : {&kCcmFile, &kColorFile, &kColorTuningFile}) {
         if (bytes.size() == 4 * part_words(each->part)) image = each;
     }
     if (image == nullptr) return "";
@@ -134,7 +134,7 @@ std::vector<StoredImage> to_images(const Tuning& tuning) {
     };
     take(kCcmFile, tuning.has_ccm);
     take(kColorFile, tuning.has_color);
-    take(kPcaFile, tuning.has_color);
+    take(kColorTuningFile, tuning.has_color);
     images.push_back({kCallerFile, write_settings(tuning)});
     return images;
 }

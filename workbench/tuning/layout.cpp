@@ -75,7 +75,7 @@ void add_record(LayoutNode& root, const Record& record, Layout layout) {
         leaf.optional = definition.optional;
     }
     const bool image = record.definition == &kColorImageRecord;
-    const bool smoothing = record.definition == &kSmoothingRecord;
+    const bool smoothing = record.definition == &kColorTuningRecord;
     top.has_other_bits = image || record.definition == &kCcmHeadRecord;
     top.record = &record;
     top.optional = record.definition->optional;

@@ -9,7 +9,7 @@
 #include "workbench/tuning/layout.h"
 #include "workbench/tuning/yaml_io.h"
 #include "workbench/tuning/yaml_nodes.h"
-#include "workbench/tuning/yaml_values.h"
+#include "workbench/tuning/yaml_value_reader.h"
 
 namespace imgtune::workbench {
 

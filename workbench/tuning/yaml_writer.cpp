@@ -8,7 +8,7 @@
 #include "workbench/tuning/layout.h"
 #include "workbench/tuning/likeness.h"
 #include "workbench/tuning/yaml_io.h"
-#include "workbench/tuning/yaml_text.h"
+#include "workbench/tuning/yaml_value_writer.h"
 
 namespace imgtune::workbench {
 
@@ -245,7 +245,7 @@ class Writer {
         if (out_[dash] == '\n') out_.replace(dash, indent + 3, 1, ' ');
     }
 
-    ValueText text_;
+    ValueWriter text_;
     bool comments_;
     std::string out_;
     std::set<std::string> noted_;

@@ -1,5 +1,5 @@
-#ifndef IMGTUNE_WORKBENCH_TUNING_YAML_TEXT_H
-#define IMGTUNE_WORKBENCH_TUNING_YAML_TEXT_H
+#ifndef IMGTUNE_WORKBENCH_TUNING_YAML_VALUE_WRITER_H
+#define IMGTUNE_WORKBENCH_TUNING_YAML_VALUE_WRITER_H
 
 #include <string>
 #include <vector>
@@ -12,9 +12,9 @@ namespace imgtune::workbench {
 std::string quoted(const std::string& text);
 
 /// The texts of a tuning's values and what of them needs to be written.
-class ValueText {
+class ValueWriter {
   public:
-    explicit ValueText(const Tuning& tuning) : tuning_(tuning) {}
+    explicit ValueWriter(const Tuning& tuning) : tuning_(tuning) {}
 
     const Tuning& tuning() const { return tuning_; }
 

@@ -1,4 +1,4 @@
-#include "workbench/tuning/yaml_text.h"
+#include "workbench/tuning/yaml_value_writer.h"
 
 #include <fmt/format.h>
 
@@ -25,7 +25,7 @@ std::string quoted(const std::string& text) {
     return out + '"';
 }
 
-std::string ValueText::value(const FieldRef& field) const {
+std::string ValueWriter::value(const FieldRef& field) const {
     const std::int64_t value = field.read(tuning_);
     for (const Choice& choice : field.definition->choices) {
         if (choice.value == value) return choice.name;
@@ -40,7 +40,7 @@ std::string ValueText::value(const FieldRef& field) const {
     return std::to_string(value);
 }
 
-std::string ValueText::field_text(const Record& record, const FieldDefinition& definition) const {
+std::string ValueWriter::field_text(const Record& record, const FieldDefinition& definition) const {
     std::string first = value({&record, &definition, 0});
     if (definition.count == 0) return first;
     std::string text = '[' + first;
@@ -53,7 +53,7 @@ std::string ValueText::field_text(const Record& record, const FieldDefinition& d
     return level ? first : text + ']';
 }
 
-std::string ValueText::flow(const LayoutNode& node) const {
+std::string ValueWriter::flow(const LayoutNode& node) const {
     if (node.kind == LayoutKind::field) return field_text(node.own_record(), *node.definition);
     if (node.kind == LayoutKind::values) {
         const std::vector<FieldDefinition>& definitions = node.own_record().definition->fields;
@@ -74,7 +74,7 @@ std::string ValueText::flow(const LayoutNode& node) const {
     return list ? '[' + text + ']' : '{' + text + '}';
 }
 
-bool ValueText::is_zero(const LayoutNode& node) const {
+bool ValueWriter::is_zero(const LayoutNode& node) const {
     if (node.kind == LayoutKind::map || node.kind == LayoutKind::list) {
         return std::all_of(node.children.begin(), node.children.end(),
                            [this](const LayoutNode& child) { return is_zero(child); });
@@ -88,7 +88,7 @@ bool ValueText::is_zero(const LayoutNode& node) const {
     return true;
 }
 
-bool ValueText::is_shown(const LayoutNode& node) const {
+bool ValueWriter::is_shown(const LayoutNode& node) const {
     if (base_ != nullptr) {
         if (node.kind == LayoutKind::field) {
             return !same_field(tuning_, *node.definition, *node.record, *base_);
@@ -100,7 +100,7 @@ bool ValueText::is_shown(const LayoutNode& node) const {
     return !node.optional || has_defaults || !is_zero(node);
 }
 
-std::vector<const LayoutNode*> ValueText::shown_children(const LayoutNode& node) const {
+std::vector<const LayoutNode*> ValueWriter::shown_children(const LayoutNode& node) const {
     std::vector<const LayoutNode*> shown;
     std::size_t needed = 0;
     for (const LayoutNode& child : node.children) {
@@ -112,7 +112,7 @@ std::vector<const LayoutNode*> ValueText::shown_children(const LayoutNode& node)
     return shown;
 }
 
-std::vector<std::string> ValueText::other_bits(const LayoutNode& node) const {
+std::vector<std::string> ValueWriter::other_bits(const LayoutNode& node) const {
     std::vector<std::string> lines;
     if (!node.has_other_bits) return lines;
     for (const OpaqueWord& word : opaque_words()) {

@@ -1,4 +1,4 @@
-#include "workbench/tuning/yaml_values.h"
+#include "workbench/tuning/yaml_value_reader.h"
 
 #include <fmt/format.h>
 
