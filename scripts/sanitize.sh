@@ -8,7 +8,8 @@ scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build pkg-config libgtest-
 
 cmake --preset asan -DIMGTUNE_UNITY=8
 cmake --build --preset asan
-ctest --preset asan -j "$(nproc)"
+# The forms of a log are many runs of what the sessions run, too.
+ctest --preset asan -j "$(nproc)" -E logcat_forms
 
 cmake --preset tsan -DIMGTUNE_UNITY=8
 cmake --build --preset tsan --target threads_test platform_test

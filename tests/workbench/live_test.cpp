@@ -390,6 +390,7 @@ TEST(Watch, ARowComesWithinMillisecondsOfItsLine) {
                          nullptr};
     pid_t child = 0;
     ASSERT_EQ(posix_spawn(&child, IMGTUNE_TOOL, &files, nullptr, arguments, environ), 0);
+    posix_spawn_file_actions_destroy(&files);
     close(to[0]);
     close(from[1]);
     const std::vector<std::string> logs =
