@@ -62,3 +62,34 @@ Yes or no, by limits that logs must hold.
     $ imgtune judge --starter > limits.yaml; imgtune judge a.yaml --limits limits.yaml flash.csv > told.txt
     $ sed 's/visible_step/visible_stp/' limits.yaml > bad.yaml; imgtune judge a.yaml --limits bad.yaml flash.csv 2>&1 | grep -c 'did you mean'
     2
+
+The worst log first, each broken limit with its frame, and commands that work as they stand.
+
+    $ cp $EXAMPLES/imx477-hunting-awb.csv hunting.csv; cp $EXAMPLES/imx477-dusk.csv dusk.csv
+    $ imgtune judge a.yaml --limits limits.yaml dusk.csv hunting.csv flash.csv
+    log            frames  verdict        step      steady      settle     at rest   overshoot     flicker   flicker %   clipped %
+    hunting.csv       300  refused         1.5           0           -           -           -        2.13!       92.3!          0
+    flash.csv         186  accepted       3.85           0                   0.136           -           0           0           0
+    dusk.csv          420  accepted      0.199      0.0825           0       0.136       0.288           0           0           0
+    a.yaml: accepted, steepest 0.494, errors 0, warnings 0
+    
+    hunting.csv: flicker_strength is 2.125 CIEDE2000 at frame 21, red, 5.0 times a second until frame 297; allowed is 1
+        imgtune replay a.yaml hunting.csv --summary --only ccm
+    hunting.csv: flicker_share is 92.33 percent at frame 21; allowed is 1
+        imgtune replay a.yaml hunting.csv --summary --only ccm
+    
+    settling_frames is not measured in 1 log: no change of light before light that holds for half a second, or no matrices
+    error_at_rest is not measured in 1 log: no light holds for half a second, or no matrices
+    overshoot is not measured in 2 logs: no change of light before light that holds for half a second, a flash in each, or no matrices
+    
+    refused: 1 of 3 logs refused, 906 frames in all; broken: flicker_strength 1, flicker_share 1
+    [1]
+    $ imgtune judge a.yaml --limits strict.yaml --against a.yaml flash.csv hunting.csv | grep '^    imgtune' | while read -r command; do eval "$command" > shown.txt || echo "$command"; done
+    $ sed 's/^fps: 30/fps: 60/; s/^flicker_patch: 1/flicker_patch: 3/; s/^flicker_mean: 0.5/flicker_mean: 2/' limits.yaml > wide.yaml
+    $ imgtune judge a.yaml --limits wide.yaml hunting.csv | head -n 2
+    log            frames  verdict        step      steady      settle     at rest   overshoot     flicker   flicker %   clipped %
+    hunting.csv       300  refused         1.5         1.5!          -       0.123           -           0           0           0
+    $ echo 'flicker_mean: 0' >> strict.yaml; imgtune judge a.yaml --limits strict.yaml hunting.csv
+    imgtune: the limits cannot be used
+    strict.yaml:3: error: flicker_mean is 0; allowed are 0.01..100 [T101]
+    [2]

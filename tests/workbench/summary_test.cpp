@@ -177,8 +177,10 @@ TEST(Turns, AreThereAndBackByOne) {
     std::string told;
     const auto show = [&](std::initializer_list<double> values) {
         for (const double value : values) {
-            const auto turn =
-                turns.next(++frame, value, [](double a, double b) { return std::abs(a - b); });
+            const auto turn = turns.next(++frame, value, [](double a, double b, double least) {
+                const double distance = std::abs(a - b);
+                return distance < least ? 0.0 : distance;  // as one may that only bounds it
+            });
             if (turn) told += std::to_string(turn->frame) + ' ';
         }
     };

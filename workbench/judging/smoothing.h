@@ -29,8 +29,9 @@ std::vector<RingWeights> ring_weights();
 enum class ColorStep : std::size_t { luma, hue, saturation };
 inline constexpr std::size_t kColorSteps = 3;
 const char* field_of(ColorStep step);  ///< "lum_speed"
-/// Whose steps are chosen: a flash shot takes its values as tuned, and outdoor is not read.
-inline constexpr std::size_t kSmoothedSlots[] = {kSlotNormal, kSlotScene};
+/// Whose steps are chosen: a flash shot takes its values as tuned. Outdoor is not read, but a
+/// tuning may say that it is like normal, and goes on to be.
+inline constexpr std::size_t kSmoothedSlots[] = {kSlotNormal, kSlotScene, kSlotOutdoor};
 /// Steps that are tried, ascending.
 std::span<const std::uint32_t> color_step_sizes();
 
