@@ -80,7 +80,7 @@ The worst log first, each broken limit with its frame, and commands that work as
     
     settling_frames is not measured in 1 log: no change of light before light that holds for half a second, or no matrices
     error_at_rest is not measured in 1 log: no light holds for half a second, or no matrices
-    overshoot is not measured in 2 logs: no change of light before light that holds for half a second, a flash in each, or no matrices
+    overshoot is not measured in 2 logs: the picture came to rest after no change of light but those with a flash, or no matrices
     
     refused: 1 of 3 logs refused, 906 frames in all; broken: flicker_strength 1, flicker_share 1
     [1]

@@ -39,8 +39,7 @@ constexpr LimitKind kLimitKinds[kMeasuredCount] = {
      true},
     {Measured::overshoot, "overshoot", "overshoot", "CIEDE2000",
      "how far a patch goes beyond both ends of a change of light",
-     "no change of light before light that holds for half a second, a flash in each, or no "
-     "matrices",
+     "the picture came to rest after no change of light but those with a flash, or no matrices",
      LimitScope::log, kMostDifference, 1.0, true},
     {Measured::flicker_strength, "flicker_strength", "flicker", "CIEDE2000",
      "strongest swings that recur 0.5 to 15 times a second: their mean, in the patch that shows "
