@@ -32,30 +32,21 @@ Every share of the weights is tried; what is chosen, what binds, and what there 
 
 The tuning differs in these values alone; comments and layout stay, and a result is not overwritten.
 
-    $ diff phone.yaml smoother.yaml
-    >   weights: [1, 5, 2]  # new matrix, ring entry 0, ring entry 1
-    >       lum_speed: 1   # largest steps a frame
-    >       hue_speed: 1
-    >       lum_speed: 1
+    $ diff phone.yaml smoother.yaml | sed 's/^>/+/'
     12c12
     <   weights: [2, 1, 1]  # new matrix, ring entry 0, ring entry 1
     ---
-    >   weights: [1, 5, 2]  # new matrix, ring entry 0, ring entry 1
+    +   weights: [1, 5, 2]  # new matrix, ring entry 0, ring entry 1
     75,76c75,76
     <       lum_speed: 4   # largest steps a frame
     <       hue_speed: 2
     ---
-    >       lum_speed: 1   # largest steps a frame
-    >       hue_speed: 1
+    +       lum_speed: 1   # largest steps a frame
+    +       hue_speed: 1
     88c88
     <       lum_speed: 6
     ---
-    >       lum_speed: 1
-    /bin/bash: line 9: weights:: command not found
-    /bin/bash: line 10: lum_speed:: command not found
-    /bin/bash: line 11: hue_speed:: command not found
-    /bin/bash: line 12: lum_speed:: command not found
-    [127]
+    +       lum_speed: 1
     $ imgtune smooth phone.yaml walk.csv dusk.csv -o smoother.yaml
     imgtune: smoother.yaml: already exists; choose another file or pass --force
     [2]
