@@ -112,6 +112,7 @@ Answer Engine::append(const Json& arguments, std::string_view bytes) {
         answer.json["patches"]["held"] = held != nullptr;
     }
     answer.json["explanation"] = to_json(explain_frame(before, newest));
+    answer.json["explanation"].erase("registers");  // the most of it, and told as columns
     answer.json["done"] = begin + added.size();
     return answer;
 }

@@ -86,6 +86,19 @@ void read_values(std::string_view rest, TraceLine& line) {
     }
 }
 
+/// A line without its values.
+TraceLine parse_label(std::string_view text) {
+    TraceLine line;
+    line.text = text;
+    line.label = trace_label(text);
+    if (const std::size_t end = function_end(text); end > 3) {
+        line.function = text.substr(1, end - 2);
+        if (line.function.ends_with("()")) line.function.remove_suffix(2);
+        find_color_line(line);
+    }
+    return line;
+}
+
 }  // namespace
 
 std::optional<std::int64_t> TraceValue::integer() const {
@@ -114,14 +127,7 @@ std::string_view trace_label(std::string_view text) {
 }
 
 TraceLine parse_trace_line(std::string_view text) {
-    TraceLine line;
-    line.text = text;
-    line.label = trace_label(text);
-    if (const std::size_t end = function_end(text); end > 3) {
-        line.function = text.substr(1, end - 2);
-        if (line.function.ends_with("()")) line.function.remove_suffix(2);
-        find_color_line(line);
-    }
+    TraceLine line = parse_label(text);
     read_values(text.substr(label_end(text)), line);
     return line;
 }
@@ -212,9 +218,10 @@ std::optional<TraceLine> Trace::find(std::string_view kind) const {
 
 std::optional<TraceLine> Trace::find(const ColorLine& row, Stage stage) const {
     for (const std::string& text : lines_) {
-        if (!text.starts_with('[')) continue;
-        TraceLine line = parse_trace_line(text);
-        if (line.color == &row && line.stage == stage && !line.by_lv) return line;
+        // A call has some 200 lines, and is asked for each of them.
+        if (!text.starts_with('[') || text.find(row.block) == std::string::npos) continue;
+        const TraceLine line = parse_label(text);
+        if (line.color == &row && line.stage == stage && !line.by_lv) return parse_trace_line(text);
     }
     return std::nullopt;
 }
@@ -244,10 +251,8 @@ double Trace::real(std::string_view kind) const {
 
 std::int64_t Trace::named(std::string_view function, std::string_view key) const {
     for (const std::string& text : lines_) {
-        if (!text.starts_with('[')) continue;
-        const TraceLine line = parse_trace_line(text);
-        if (line.function != function) continue;
-        if (const auto number = line.integer(key)) return *number;
+        if (!text.starts_with('[') || parse_label(text).function != function) continue;
+        if (const auto number = parse_trace_line(text).integer(key)) return *number;
     }
     return 0;
 }
