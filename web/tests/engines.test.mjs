@@ -8,9 +8,9 @@ import { join } from "node:path";
 import { after, test } from "node:test";
 import { pathToFileURL } from "node:url";
 import { browsers, inFreshBrowser } from "./browsers.mjs";
+import { room } from "./load.mjs";
 
 const { PAGE, IMGTUNE, EXAMPLES, BROWSERS } = process.env;
-const slack = 3; // as in page.test.mjs
 const frames = 100_000;
 const limits = {
   // ms: until ready, 100,000 frames with their summary, a slider's move
@@ -49,6 +49,7 @@ async function start(browser, hash = "") {
 }
 const list = {
   async "starts, and is accessible"(browser, limits) {
+    const slack = await room();
     const from = Date.now();
     await start(browser);
     assert.ok(Date.now() - from < limits.ready * slack, `ready after ${Date.now() - from} ms`);
@@ -151,6 +152,7 @@ const list = {
     assert.ok(await browser.evaluate(() => window.given));
     await until(browser, () => window.imgtune.store.state.busy === null);
     assert.deepEqual(await browser.evaluate(() => [window.imgtune.store.state.follow, window.imgtune.store.state.a.columns.size]), ["light", 0]);
+    const slack = await room();
     const took = await browser.evaluate(async () => {
       const from = performance.now();
       await window.imgtune.session.loadLog(window.long);
