@@ -89,9 +89,15 @@ const list = {
 
   async "follows a drag and an edit"(browser) {
     await start(browser, "#follow=light");
-    const box = await browser.evaluate(() => {
-      const { x, y } = document.querySelector("#gain canvas").getBoundingClientRect();
-      return { x, y };
+    const box = await browser.evaluate(async () => {
+      const canvas = document.querySelector("#gain canvas");
+      for (let was = NaN; ; ) {
+        canvas.scrollIntoView({ block: "center" });
+        const { x, y } = canvas.getBoundingClientRect();
+        if (y === was) return { x, y };
+        was = y; // panels may still find their places
+        await new Promise((later) => setTimeout(later, 400));
+      }
     });
     await browser.drag([[box.x + 200, box.y + 120], [box.x + 180, box.y + 130], [box.x + 160, box.y + 140]]);
     await until(browser, () => window.imgtune.store.state.freeGain);

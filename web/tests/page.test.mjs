@@ -93,7 +93,12 @@ beforeEach(() => (complaints = []));
 test("a dragged gain gives the command line's matrix", async () => {
   await start("#follow=light");
   const canvas = page.locator("#gain canvas");
-  const box = await canvas.boundingBox();
+  let box = null; // where it stays: panels may still find their places
+  for (let was = NaN; box?.y !== was || box === null; await page.waitForTimeout(200)) {
+    was = box?.y ?? NaN;
+    await canvas.scrollIntoViewIfNeeded();
+    box = await canvas.boundingBox();
+  }
   await page.mouse.move(box.x + 200, box.y + 120);
   await page.mouse.down();
   await page.mouse.move(box.x + 160, box.y + 140, { steps: 4 });
