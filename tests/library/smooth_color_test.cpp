@@ -162,6 +162,14 @@ TEST(SmoothColor, BypassSwitchesNeedEnableAndTheMapTakesItsOwnBitBack) {
     fakes::properties["debug.smooth_color.lock"] = "1";
     caller.run();
     EXPECT_EQ(caller.result.u4Word[71] & 1, 1U) << "locked: nothing takes it back";
+    fakes::properties["debug.smooth_color.lock"] = "10";
+    caller.run();
+    EXPECT_EQ(caller.result.u4Word[71] & 1, 0U) << "1 alone locks";
+    caller.table[0][0].u4Word[0] = 0;
+    caller.run();
+    EXPECT_EQ(caller.result.u4Word[0], 0x0000000cU) << "luma and saturation are set, hue is not";
+    fakes::properties["debug.smooth_color.lock"] = "1";
+    caller.table[0][0].u4Word[0] = 0xffefffffU;
     fakes::properties["debug.smooth_color.enable"] = "2";
     caller.run();
     EXPECT_EQ(caller.result.u4Word[0], 0xffefffffU);

@@ -86,7 +86,7 @@ TEST(Fields, PlacesOfTheStoredFormat) {
         {"ccm.rows.low_light.2.gain.B", Part::ccm, 457, 0, 32},
         {"ccm.rCCMPoly22.i4P00[8]", Part::ccm, 699, 0, 32},
         {"ccm.rCCMPoly22Flash.i4P01[8]", Part::ccm, 1101, 0, 32},
-        {"color.tuning.outdoor.u4OutdoorBase", Part::pca, 67, 0, 32},
+        {"color.tuning.outdoor.u4OutdoorBase", Part::color_tuning, 67, 0, 32},
         {"color.images.normal.0.control.LSP_enable", Part::color, 0, 20, 1},
         {"color.images.normal.1.Global.B", Part::color, 121, 16, 11},
         {"color.images.normal.0.Luma.PY[15]", Part::color, 13, 16, 8},

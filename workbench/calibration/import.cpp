@@ -6,9 +6,9 @@
 #include <cmath>
 
 #include "ccm/codec.h"
-#include "ccm/tuned_rows.h"
 #include "workbench/calibration/conversion.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {
 

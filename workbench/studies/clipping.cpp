@@ -1,6 +1,7 @@
 #include "workbench/studies/clipping.h"
 
 #include "ccm/tuned_rows.h"
+#include "workbench/tuning/fields.h"
 
 namespace imgtune::workbench {
 
