@@ -89,7 +89,7 @@ A wish that nothing meets: the nearest, and why.
 
 The answer is the same for any number of cores.
 
-    $ cmp <(imgtune smooth phone.yaml walk.csv --json --jobs 1) <(imgtune smooth phone.yaml walk.csv --json --jobs 3)
+    $ cmp <(imgtune smooth phone.yaml walk.csv --json --workers 1) <(imgtune smooth phone.yaml walk.csv --json --workers 3)
     $ imgtune smooth phone.yaml walk.csv --json | grep -A 6 '"chosen"'
       "chosen": {
         "weights": [
