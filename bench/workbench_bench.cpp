@@ -22,7 +22,7 @@ enum Course : std::int64_t { kStill, kJitter, kWalk };
 /// temperature that jitter by 0.5 %; and so jittering while the light goes from 6200 to 3000 K and
 /// back every four seconds.
 std::vector<Frame> light_of(const Tuning& tuning, std::int64_t course) {
-    const Locus locus = tuned_locus(tuning);
+    const LightLocus locus = tuned_locus(tuning);
     std::mt19937 random(1);
     std::vector<Frame> frames;
     for (int n = 0; n < 1800; ++n) {
