@@ -15,15 +15,17 @@ Imports: what is not said is said by the calibration, the rows are divided, and 
     $ python3 - <<END
     > import json
     > c = json.load(open("calibrated.json"))
-    > for m in next(a["rpi.ccm"] for a in c["algorithms"] if "rpi.ccm" in a)["ccms"]: m["ccm"][0] += 0.1
-    > json.dump(c, open("calibrated.json", "w"))
+    > for m in c["rpi.ccm"]["ccms"]: m["ccm"][0] += 0.1
+    > json.dump(c, open("off.json", "w"))
     > END
-    Traceback (most recent call last):
-      File "<stdin>", line 3, in <module>
-    KeyError: 'algorithms'
-    [1]
-    $ $IMPORT -o divide.yaml --force >/dev/null; $IMPORT -o diagonal.yaml --rows diagonal >/dev/null; imgtune diff divide.yaml diagonal.yaml | head -n 4
-    the tunings are equal
+    $ for rows in divide diagonal; do ${IMPORT/calibrated/off} --rows $rows -o $rows.yaml --force 2>&1 >/dev/null | head -n 1; done
+    off.json:1: warning: a row of the matrix at 2360 K sums to 1.1000, not 1; each row was divided by its sum [C110]
+    off.json:1: warning: a row of the matrix at 2360 K sums to 1.1000, not 1; the diagonal takes what is missing [C110]
+    $ imgtune diff divide.yaml diagonal.yaml | head -n 4
+    ccm.rows.normal.0.matrix[0]: 820 -> 851
+    ccm.rows.normal.0.matrix[1]: -110 -> -121
+    ccm.rows.normal.0.matrix[2]: -198 -> -218
+    ccm.rows.normal.1.matrix[0]: 1050 -> 1105
     $ $IMPORT -o low.yaml --low-light-saturation 1 --flash-share 0 >low.txt; grep 'low light\|flash' low.txt
     low light     saturation 1
     flash         0 of the way to the matrix at 4000 K, nearest 5600 K
