@@ -166,6 +166,11 @@ test("one may stop, go back, look, and return, and a second page follows as well
   send(5);
   await until(page, () => window.imgtune.store.state.a.columns.get("c1")?.length === window.imgtune.store.state.log.count);
 
+  // What is told so far: changes of light with how soon they were no longer seen, and visible steps.
+  await until(page, () => {
+    const { changes, visible } = window.imgtune.store.state.a.summary ?? { changes: [] };
+    return changes.length > 0 && changes[0].visible !== undefined && visible.changing_step.frame > 0;
+  });
   const second = await page.context().newPage();
   await second.goto(address);
   await second.waitForSelector("html[data-ready]");

@@ -170,6 +170,12 @@ SummaryRecord Summary::so_far() const {
     for (std::size_t job = 0; job < settle_counts_.size(); ++job) {
         record.settling[job].median_frames = settle_counts_[job].median();
     }
+    for (const LightChange& change : waiting_) {
+        if (swings_.cover({change.first, change.last})) continue;
+        ++record.change_count;
+        if (record.changes.size() < kMostListed) record.changes.push_back(change);
+    }
+    record.visible = VisibleStudy(visible_).finish();
     return record;
 }
 

@@ -137,8 +137,8 @@ class Summary {
     const LightChange& change();
     bool in_cold_start() const { return in_cold_start_; }  ///< that change is the start
 
-    /// What finish() would tell but for the change at hand, the last few before it, and what a
-    /// viewer sees; the gathering goes on.
+    /// What finish() would tell but for the change at hand; the last few before it are listed and
+    /// not yet counted, as they may turn out to be swings. The gathering goes on.
     SummaryRecord so_far() const;
 
   private:
