@@ -99,7 +99,10 @@ def _leave_interrupts_to_the_parent() -> None:
 
 
 def _in_processes(tasks: Sequence[tuple], workers: int) -> Iterator[tuple[int, list[Row]]]:
-    """Runs the tasks; what a process that died had taken is run again."""
+    """Runs the tasks; what a process that died had taken is run again.
+
+    Each process has one task, none waits in a pipe: one that nobody reads would hold up the end.
+    """
     left = set(range(len(tasks)))
     for _ in range(_ATTEMPTS):
         pool = concurrent.futures.ProcessPoolExecutor(
@@ -107,14 +110,24 @@ def _in_processes(tasks: Sequence[tuple], workers: int) -> Iterator[tuple[int, l
         )
         before = set(multiprocessing.active_children())
         try:
-            try:
-                running = {pool.submit(_rows, *tasks[i]): i for i in sorted(left)}
-            except BrokenProcessPool:
-                continue
-            for future in concurrent.futures.as_completed(running):
-                if not isinstance(future.exception(), BrokenProcessPool):
-                    left.discard(running[future])
-                    yield running[future], future.result()
+            waiting = sorted(left, reverse=True)
+            running: dict[concurrent.futures.Future, int] = {}
+            while waiting or running:
+                while waiting and len(running) < workers:
+                    try:
+                        running[pool.submit(_rows, *tasks[waiting[-1]])] = waiting[-1]
+                    except BrokenProcessPool:
+                        waiting.clear()
+                        break
+                    waiting.pop()
+                done, _ = concurrent.futures.wait(
+                    running, return_when=concurrent.futures.FIRST_COMPLETED
+                )
+                for future in done:
+                    i = running.pop(future)
+                    if not isinstance(future.exception(), BrokenProcessPool):
+                        left.discard(i)
+                        yield i, future.result()
         except BaseException:  # an interrupt, or nobody wants more: what runs is not waited for
             pool.shutdown(wait=False, cancel_futures=True)
             for process in set(multiprocessing.active_children()) - before:

@@ -290,7 +290,7 @@ def test_calibrations_come_and_go_as_with_the_command_line(tmp_path):
         ((gains[::-1], matrices), "red does not rise"),
         ((gains, matrices[:-1]), "4 matrices for 5 gains"),
         ((gains, matrices / 512), "whole numbers, not float64"),
-        ((gains + [0, 0, 40000], matrices), "40[0-9]{3}; allowed are -?[0-9]+..32767"),
+        ((gains + [0, 0, 40000], matrices), "the value 4[0-9]{4}; allowed are 1..32767"),
         ((gains, matrices * 0 - 4096), "-4096; allowed are -4095..4096"),
     ]:
         with pytest.raises(imgtune.InputError, match=text):
