@@ -8,8 +8,8 @@ scripts/setup.sh clang libclang-rt-14-dev cmake ninja-build pkg-config libgtest-
 
 cmake --preset asan -DIMGTUNE_UNITY=8
 cmake --build --preset asan
-# The forms of a log are many runs of what the sessions run, too.
-ctest --preset asan -j "$(nproc)" -E logcat_forms
+# The forms of a log, and the search for a smoothing, are many runs of what other tests run, too.
+ctest --preset asan -j "$(nproc)" -E 'cli.(logcat_forms|smooth)$'
 
 cmake --preset tsan -DIMGTUNE_UNITY=8
 cmake --build --preset tsan --target threads_test platform_test

@@ -20,13 +20,12 @@ namespace {
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 /// What a choice reaches, as it goes from worker to page and back.
-constexpr std::size_t kReachedValues = 5;
+constexpr std::size_t kReachedValues = 4;
 
 void put_reached(std::vector<double>& row, const Reached& reached) {
     for (const auto& value : {reached.settle, reached.step, reached.at_rest, reached.flicker}) {
         row.push_back(value.value_or(kNone));
     }
-    row.push_back(reached.never_rests ? 1.0 : 0.0);
 }
 
 std::vector<Reached> reached_in(std::string_view bytes) {
@@ -37,7 +36,7 @@ std::vector<Reached> reached_in(std::string_view bytes) {
         const auto value = [&](std::size_t k) {
             return std::isnan(values[at + k]) ? std::nullopt : std::optional(values[at + k]);
         };
-        rows.push_back({value(0), value(1), value(2), value(3), values[at + 4] != 0.0});
+        rows.push_back({value(0), value(1), value(2), value(3)});
     }
     return rows;
 }
@@ -76,7 +75,7 @@ Answer Engine::try_step(const Json& arguments, std::string_view) {
     const std::span<const std::uint32_t> sizes = color_step_sizes();
     const auto at = arguments.at("at").get<std::size_t>();
     if (at >= sizes.size()) throw BadInput("no such step");
-    const Reached reached = reached_by(tuning(), step, sizes[at], frames_, SummaryOptions{});
+    const StepReached reached = reached_by(tuning(), step, sizes[at], frames_, SummaryOptions{});
     Answer answer;
     answer.json = {{"all", sizes.size()},
                    {"size", sizes[at]},

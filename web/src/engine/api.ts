@@ -168,11 +168,10 @@ export interface WeightsTried {
   settle: number | null;
   step: number | null;
   at_rest: number | null;
-  steady_step: number | null;
-  never_rests: boolean;
+  flicker: number | null;
 }
 export interface Smoothing {
-  wish: Wish & { steady_step: number };
+  wish: Wish & { flicker: number };
   met: boolean;
   tried: number;
   before?: WeightsTried; // these four where the tuning has matrices

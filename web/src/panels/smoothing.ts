@@ -78,8 +78,8 @@ export const smoothingPanel: MakePanel = (session) => {
         }
       },
       () => [
-        "weights,frames,step,at_rest,steady_step",
-        ...points.map((each) => [each.weights.join(" "), each.settle, each.step, each.at_rest, each.steady_step].join(",")),
+        "weights,frames,step,at_rest,flicker",
+        ...points.map((each) => [each.weights.join(" "), each.settle, each.step, each.at_rest, each.flicker].join(",")),
       ],
     );
   };
@@ -90,8 +90,8 @@ export const smoothingPanel: MakePanel = (session) => {
       { class: same(each.weights, loaded) ? "chosen" : undefined },
       h("th", { scope: "row" }, name),
       h("td", {}, each.weights.join(", ")),
-      h("td", {}, each.never_rests ? "never" : digits(each.settle, 0)),
-      ...[each.step, each.at_rest, each.steady_step].map((value) => h("td", {}, digits(value, 2))),
+      h("td", {}, digits(each.settle, 0)),
+      ...[each.step, each.at_rest, each.flicker].map((value) => h("td", {}, digits(value, 2))),
       h("td", {}, same(each.weights, loaded) ? "in use" : button("Use", () => void session.useSmoothing(each.weights, []), `Use weights ${each.weights.join(", ")}`)),
     );
 
@@ -107,7 +107,7 @@ export const smoothingPanel: MakePanel = (session) => {
         h(
           "table",
           {},
-          h("thead", {}, h("tr", {}, ...["", "weights", "frames", "step", "at rest", "steady", ""].map((text) => h("th", { scope: "col" }, text)))),
+          h("thead", {}, h("tr", {}, ...["", "weights", "frames", "step", "at rest", "flicker", ""].map((text) => h("th", { scope: "col" }, text)))),
           h("tbody", {}, row(answer.met ? "chosen" : "nearest", chosen, loaded), ...(before ? [row("as it was", before, loaded)] : []), ...front.filter((each) => !same(each.weights, chosen.weights)).map((each) => row("", each, loaded))),
         ),
       );
