@@ -29,6 +29,7 @@ struct ReportOptions {
     std::string against;
     std::string output;
     std::string page;
+    std::uint64_t frame = 1;
     bool force = false;
     FollowOptions follow;  ///< of view alone
 };
@@ -37,7 +38,7 @@ std::string report_with(const ReportOptions& options, const std::string& ahead =
     std::optional<ReportFile> against;
     if (!options.against.empty()) against = tuning_for_report(options.against);
     const ReportFile tuning = tuning_for_report(options.tuning);
-    const ReportFile frames = frames_for_report(options.frames, ahead);
+    const ReportFile frames = frames_for_report(options.frames, ahead, options.frame);
     return make_report(options.page.empty() ? find_page() : options.page, tuning, against, frames);
 }
 
@@ -90,6 +91,11 @@ void add_inputs(const Verb& verb, ReportOptions& options) {
     verb.option("--page", options.page, "the page to put it into (default: the installed one)");
 }
 
+void add_frame(const Verb& verb, ReportOptions& options) {
+    verb.option("--frame", options.frame, "the frame that the page begins with, from 1")
+        .range(1, 1'000'000'000'000);
+}
+
 }  // namespace
 
 void add_report(const Verbs& verbs) {
@@ -98,6 +104,7 @@ void add_report(const Verbs& verbs) {
     verb.option("TUNING", options->tuning, kTuningHelp).required();
     verb.option("FRAMES", options->frames, kFramesHelp).required();
     add_inputs(verb, *options);
+    add_frame(verb, *options);
     verb.option("-o,--output", options->output, "HTML file, - is standard output").required();
     verb.flag("--force", options->force, "Overwrite a file that holds something");
     verb.footer(
@@ -115,6 +122,7 @@ void add_view(const Verbs& verbs) {
     verb.option("FRAMES", options->frames,
                 "frame log: CSV file or '-'; or what adb logcat prints, to be followed");
     add_inputs(verb, *options);
+    add_frame(verb, *options);
     add_live_input(verb, options->follow.input);
     verb.option("--port", options->follow.port, "where to serve the page that follows (0: any)")
         .shows_default()

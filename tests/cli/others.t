@@ -99,6 +99,9 @@ A report needs the page, and a log with frames.
     $ imgtune report a.yaml none.csv --page page.html -o r.html
     imgtune: none.csv: the log has no frames
     [2]
+    $ imgtune report a.yaml $EXAMPLES/imx477-walk.csv --page page.html --frame 842 -o r.html
+    imgtune: imx477-walk.csv: there is no frame 842; the log has 841 frames
+    [2]
     $ imgtune report a.yaml $EXAMPLES/imx477-walk.csv --page page.html -o r.html && sed 's/.*id="report">//;s/<.*//' r.html |
     >     base64 -d | gunzip | grep -o '"frames_name":"[^"]*"'
     "frames_name":"imx477-walk.csv"

@@ -65,7 +65,8 @@ async function main(): Promise<void> {
     name,
     bytes: new TextEncoder().encode(from[key]),
   });
-  if (!linked) store.set({ follow: "log" }); // what the address asks for survives loading
+  // What the address asks for survives loading.
+  if (!linked) store.set({ follow: "log", frame: Number(report["frame"] ?? "1") - 1 });
   const reported = report["tuning"] !== undefined;
   const tuning = reported
     ? file(report, "tuning", report["tuning_name"] ?? "tuning.yaml")

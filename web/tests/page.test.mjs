@@ -325,9 +325,10 @@ test("hostile names and contents are told as text, and what was there stays", as
 
 test("a report opens with the network off, at its summary, quickly", async () => {
   const report = join(folder, "report.html");
-  tool("report", join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx477-flash-shot.csv"), "--against", join(EXAMPLES, "imx708-blend.yaml"), "--page", PAGE, "-o", report);
+  tool("report", join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx477-flash-shot.csv"), "--against", join(EXAMPLES, "imx708-blend.yaml"), "--page", PAGE, "--frame", "64", "-o", report);
   await openPage(pathToFileURL(report).href, { offline: true });
   await page.waitForSelector("#time table");
+  assert.equal(await page.evaluate(() => window.imgtune.store.state.frame), 63);
   const summary = JSON.parse(tool("replay", join(EXAMPLES, "imx477-polynomial.yaml"), join(EXAMPLES, "imx477-flash-shot.csv"), "--summary", "--json"));
   const shown = await page.locator("#time table.side-a tbody tr").nth(1).textContent();
   assert.ok(shown.startsWith(`${summary.changes[0].first}–${summary.changes[0].last}`));

@@ -10,6 +10,7 @@
 #include "workbench/files/tuning_files.h"
 #include "workbench/frames/frame_check.h"
 #include "workbench/text/bad_input.h"
+#include "workbench/text/counted.h"
 #include "workbench/tuning/yaml_io.h"
 
 namespace imgtune::workbench {
@@ -76,17 +77,22 @@ ReportFile tuning_for_report(const std::string& path) {
     return {name, yaml};
 }
 
-ReportFile frames_for_report(const std::string& path, const std::string& ahead) {
-    ReportFile file{name_of(path), ahead + read_text(path, kLargestLog)};
+ReportFile frames_for_report(const std::string& path, const std::string& ahead,
+                             std::uint64_t frame) {
+    ReportFile file{name_of(path), ahead + read_text(path, kLargestLog), frame};
     if (file.text.size() > kLargestLog) {
         throw BadInput(fmt::format("{}: more than {} MB: larger than the page can open", file.name,
                                    kLargestLog >> 20U));
     }
     MemorySource source(file.text);
     FrameLog log(file.name, source);
-    Frame frame;
-    if (!log.next(frame)) throw BadInput(file.name + ": the log has no frames");
-    while (log.next(frame)) {
+    Frame read;
+    std::uint64_t count = 0;
+    while (log.next(read)) ++count;
+    if (count == 0) throw BadInput(file.name + ": the log has no frames");
+    if (frame > count) {
+        throw BadInput(fmt::format("{}: there is no frame {}; the log has {}", file.name, frame,
+                                   counted(count, "frame")));
     }
     return file;
 }
@@ -115,6 +121,7 @@ std::string make_report(const std::string& page, const ReportFile& tuning,
     if (frames) {
         json["frames"] = frames->text;
         json["frames_name"] = frames->name;
+        json["frame"] = std::to_string(frames->frame);
     } else {
         json["live"] = "frames";  // where it gets them, beside its own address
     }

@@ -1,6 +1,7 @@
 #ifndef IMGTUNE_WORKBENCH_FILES_REPORT_H
 #define IMGTUNE_WORKBENCH_FILES_REPORT_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,15 +14,17 @@ namespace imgtune::workbench {
 struct ReportFile {
     std::string name;
     std::string text;
+    std::uint64_t frame = 1;  ///< of a log, that the page begins with
 };
 
 /// A tuning: its YAML text as it stands, or that of its stored images. Throws BadInput when it
 /// cannot be read.
 ReportFile tuning_for_report(const std::string& path);
 
-/// A frame log. Throws BadInput where it cannot be read, or has no frames. `ahead`: what of its
-/// text was read before.
-ReportFile frames_for_report(const std::string& path, const std::string& ahead = {});
+/// A frame log, shown from `frame` on. Throws BadInput where it cannot be read, has no frames, or
+/// not so many. `ahead`: what of its text was read before.
+ReportFile frames_for_report(const std::string& path, const std::string& ahead = {},
+                             std::uint64_t frame = 1);
 
 /// Where the page stands that belongs to this program: installed, or in the build's folder. Throws
 /// BadInput when it is nowhere.
