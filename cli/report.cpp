@@ -93,7 +93,7 @@ void add_inputs(const Verb& verb, ReportOptions& options) {
 
 void add_frame(const Verb& verb, ReportOptions& options) {
     verb.option("--frame", options.frame, "the frame that the page begins with, from 1")
-        .range(1, 1'000'000'000'000);
+        .range(std::uint64_t{1}, std::uint64_t{1000000000000});
 }
 
 }  // namespace

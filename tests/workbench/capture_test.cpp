@@ -11,8 +11,10 @@
 #include "support/picture_writers.h"
 #include "workbench/appearance/color_difference.h"
 #include "workbench/capture/capture_tables.h"
+#include "workbench/capture/chart_grid.h"
 #include "workbench/capture/study_captures.h"
 #include "workbench/files/capture_files.h"
+#include "workbench/files/chart_locator.h"
 #include "workbench/files/text_file.h"
 #include "workbench/text/bad_input.h"
 
@@ -132,6 +134,32 @@ TEST(Capture, TakesTheCornersInAnyOrder) {
         }
         expect_near(*taken.light, *straight.light, "turned");
     }
+}
+
+TEST(Capture, FindsTheChartWhereTheBuildCan) {
+    if (!can_find_charts()) GTEST_SKIP() << "built without OpenCV";
+    const auto seen = spectra().seen_by("camera_d5100", spectra().column("light_A"));
+    Shot shot;
+    shot.exposure = exposure_for(seen);
+    shot.noise = 0.01;
+    for (const Quad& corners : {shot.corners, kTilted, turned(kTilted, 2)}) {
+        shot.corners = corners;
+        const auto found = find_chart(take(shot, seen));
+        ASSERT_TRUE(found);
+        double nearest = 1e9;
+        for (std::size_t turn = 0; turn < kTurns; ++turn) {
+            const Quad same = turned(*found, turn);
+            double farthest = 0.0;
+            for (std::size_t i = 0; i < same.size(); ++i) {
+                farthest = std::max(farthest,
+                                    std::hypot(same[i].x - corners[i].x, same[i].y - corners[i].y));
+            }
+            nearest = std::min(nearest, farthest);
+        }
+        EXPECT_LT(nearest, 11.0) << "of 54: what is looked at of a patch is still its own";
+    }
+    shot.is_flat = true;
+    EXPECT_FALSE(find_chart(take(shot, seen)));
 }
 
 struct FaultCase {
@@ -459,7 +487,7 @@ TEST_F(CaptureFile, DarkAndFlatFramesAndSeveralShotsOfALight) {
     expect_near(made.lights[0], truth_of(seen_, chart_of_spectra()), "two shots");
 
     files.flats = {path("shot1_5000k.tif"), path("flat_4000k.tif")};
-    files.captures = {path("shot1_5000k.tif"), path("nowhere.tif")};
+    files.captures = {path("shot1_5000k.tif"), path("dark.tif")};
     files.kelvin = {4500.0, 5000.0};
     Faults missing;
     study_capture_files(files, chart_of_spectra(), missing);

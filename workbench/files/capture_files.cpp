@@ -9,6 +9,7 @@
 
 #include "workbench/capture/capture_tables.h"
 #include "workbench/capture/corner_page.h"
+#include "workbench/files/chart_locator.h"
 #include "workbench/files/text_file.h"
 
 namespace imgtune::workbench {
@@ -17,6 +18,9 @@ namespace {
 
 constexpr double kLowestLight = 1000.0;  // kelvin, as a calibration takes it
 constexpr double kHighestLight = 1000000.0;
+constexpr const char* kWriteCorners =
+    "write a line 'file,x1,y1,x2,y2,x3,y3,x4,y4' for it into the table of --corners: "
+    "the outer corners of patches 1, 6, 24 and 19";
 
 bool is_table(const std::string& path) {
     return path.ends_with(".csv") || path.ends_with(".CSV");
@@ -70,20 +74,28 @@ class CaptureReader {
         }
         const auto at = std::find_if(corners_.begin(), corners_.end(),
                                      [&](const auto& line) { return names_file(line.file, file); });
-        if (at == corners_.end()) {
-            tell("P101", file, "no corners are given",
-                 "write a line 'file,x1,y1,x2,y2,x3,y3,x4,y4' for it into the table of --corners: "
-                 "the outer corners of patches 1, 6, 24 and 19");
+        const bool given = at != corners_.end();
+        if (!given && !can_find_charts()) {
+            tell("P101", file, "no corners are given", kWriteCorners);
             return std::nullopt;
         }
         const Picture picture = read_picture(file, files_.pictures);
+        const std::optional<Quad> corners = given ? at->corners : find_chart(picture);
+        if (!corners) {
+            tell("P101", file, "no chart is found in it, and no corners are given", kWriteCorners);
+            return std::nullopt;
+        }
         PictureAids aids;
         aids.dark = dark_.get();
         if (!files_.flats.empty()) {
             aids.flat = flat(kelvin, file);
             if (aids.flat == nullptr) return std::nullopt;
         }
-        return measure_picture(picture, aids, at->corners, choices_, faults_);
+        Faults faults;
+        auto measured = measure_picture(picture, aids, *corners, choices_, faults);
+        if (!given) faults.allow({"P103"});  // what is found has no order
+        for (const Fault& fault : faults.list()) faults_.add(fault);
+        return measured;
     }
 
   private:
