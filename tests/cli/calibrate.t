@@ -6,7 +6,7 @@ Photographs to a tuning.
     reference     reference.csv
                                     gain           CIEDE2000 left over
     kelvin  light              shots    red   blue   mean  worst  at             clipped    noise  slope    glare  uneven
-      2856  a_2856k                1  1.795  2.900   2.38   6.74  cyan                 0    3.0 %   1.00   -0.0 %     6 %
+      2856  a_2856k                1  1.795  2.900   2.38   6.74  cyan                 0    3.0 %   1.00    0.0 %     6 %
       4000  tl84_4000k             1  2.352  2.188   1.50   4.47  cyan                 0    1.8 %   1.00    0.1 %     3 %
       5003  d50_5003k              1  2.688  1.759   1.19   3.40  cyan                 0    2.8 %   1.00    0.0 %     6 %
       6504  d65_6504k              1  3.037  1.484   0.86   2.01  cyan                 0    1.9 %   0.99    0.1 %     4 %

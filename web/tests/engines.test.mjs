@@ -36,7 +36,7 @@ const heard = join(folder, "page.html");
 writeFileSync(heard, readFileSync(PAGE, "utf8").replace(/^<!doctype html>/i, listening));
 
 async function until(browser, holds, ...args) {
-  const end = Date.now() + 30_000;
+  const end = Date.now() + 90_000;
   while (!(await browser.evaluate(holds, ...args))) {
     if (Date.now() > end) assert.fail(`never came true: ${holds}; the page: ${await browser.evaluate(() => document.body.innerText.slice(0, 300))}`);
     await new Promise((later) => setTimeout(later, 30));

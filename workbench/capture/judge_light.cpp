@@ -24,7 +24,8 @@ constexpr double kLeastSlope = 0.9;      // of honest linear captures, up to kMo
 constexpr double kMostSlope = 1.01;
 constexpr double kGammaSlope = 0.8;  // below, a curve was applied, or black is far off
 constexpr double kSteepSlope = 1.15;
-constexpr double kGlare = 0.01;          // share of a white's light
+constexpr double kGlare = 0.01;          // share of a white's light, ...
+constexpr double kNoGlare = 0.0005;      // ... and what does not show in a table
 constexpr double kGreysDisagree = 0.03;  // of a grey's R/G or B/G
 constexpr double kNoisy = 0.05;          // standard deviation of a sample of the white, share
 constexpr double kUneven = 0.08;         // of the light over the chart
@@ -105,6 +106,7 @@ void measure_greys(LightStudy& light, const ChartReference& reference) {
     light.grey_slope = line_through(log_wanted, log_seen, even).slope;
     const Line line = line_through(wanted, seen, relative);
     light.glare = line.slope > 0.0 ? line.start / line.slope : 0.0;
+    if (std::abs(light.glare) < kNoGlare) light.glare = 0.0;  // as good as none has no sign
 
     light.grey_disagreement = 0.0;
     for (const std::size_t i : greys_in_use(light)) {
