@@ -30,7 +30,7 @@ constexpr Rgb kBefore[kChartPatches] = {
     {81.733, 4.039, 79.819},   {51.935, 49.986, -14.574}, {51.038, -28.631, -28.638},
     {96.539, -0.425, 1.186},   {81.257, -0.638, -0.335},  {66.766, -0.734, -0.504},
     {50.867, -0.153, -0.270},  {35.656, -0.421, -1.231},  {20.461, -0.079, -0.973}};
-// After: X-Rite, "New color specifications for ColorChecker SG and Classic charts", 2016.
+// After: the colours that X-Rite published for its Classic charts in 2016.
 constexpr Rgb kAfter[kChartPatches] = {
     {37.54, 14.37, 14.92},  {64.66, 19.27, 17.50},   {49.32, -3.82, -22.54}, {43.46, -12.74, 22.72},
     {54.94, 9.61, -24.79},  {70.48, -32.26, -0.37},  {62.73, 35.83, 56.50},  {39.43, 10.75, -45.17},
