@@ -67,18 +67,6 @@ std::string visible_text(const std::optional<ChartDifference>& matrix,
     return text;
 }
 
-const char* clip_name(Clipping clipping) {
-    switch (clipping) {
-        case Clipping::none:
-            return "none";
-        case Clipping::low:
-            return "low";
-        case Clipping::high:
-            return "high";
-    }
-    return "";
-}
-
 std::string settled_text(const JobSettling& settling) {
     std::string text;
     switch (settling.state) {
@@ -205,7 +193,7 @@ std::vector<std::string> live_screen(const Screen& screen, const std::string& tu
                 frame.clipping == Clipping::none
                     ? "none"
                     : screen.bad(fmt::format("the gain lies beyond the {} end of the tuned range",
-                                             clip_name(frame.clipping)))));
+                                             clipping_name(frame.clipping)))));
             rows.emplace_back();
         }
         const Jobs jobs = study.camera().jobs();
@@ -264,8 +252,8 @@ std::string live_line(LiveStudy& study) {
     if (frame.matrix) {
         text += "   matrix";
         for (const std::int32_t value : *frame.matrix) text += fmt::format(" {}", value);
-        text +=
-            fmt::format("   to target {}   clip {}", to_target(frame), clip_name(frame.clipping));
+        text += fmt::format("   to target {}   clip {}", to_target(frame),
+                            clipping_name(frame.clipping));
     }
     if (frame.matrix) {
         const auto mean = [](const std::optional<ChartDifference>& difference) {

@@ -92,7 +92,8 @@ void add_inputs(const Verb& verb, ReportOptions& options) {
 }
 
 void add_frame(const Verb& verb, ReportOptions& options) {
-    verb.option("--frame", options.frame, "the frame that the page begins with, from 1")
+    verb.option("--frame", options.frame,
+                "the frame of a frame log that the page begins with, from 1")
         .range(std::uint64_t{1}, std::uint64_t{1000000000000});
 }
 

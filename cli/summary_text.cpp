@@ -67,7 +67,7 @@ std::string head_text(const SummaryRecord& record) {
                                100.0 * static_cast<double>(record.clipped_frames) /
                                    static_cast<double>(record.frames),
                                record.clipped_span_count, record.clipped.front().frames.first,
-                               record.clipped.front().end == Clipping::low ? "low" : "high");
+                               clipping_name(record.clipped.front().end));
         }
         out += '\n';
     }

@@ -119,9 +119,9 @@ async function throughWebDriver() {
   }
 }
 
-const chromiumArgs = process.getuid() === 0 ? ["--no-sandbox"] : [];
+export const chromiumOptions = { executablePath: "/usr/bin/chromium", args: process.getuid() === 0 ? ["--no-sandbox"] : [] };
 export const browsers = {
-  Chromium: () => throughPuppeteer("chrome", { executablePath: "/usr/bin/chromium", args: chromiumArgs }),
+  Chromium: () => throughPuppeteer("chrome", chromiumOptions),
   Firefox: () => throughPuppeteer("firefox", { executablePath: "/usr/bin/firefox-esr" }),
   WebKit: throughWebDriver,
 };

@@ -7,6 +7,7 @@ import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { chromium } from "playwright-core";
 import { othersWork } from "./load.mjs";
+import { chromiumOptions } from "./browsers.mjs";
 
 const { PAGE, IMGTUNE, EXAMPLES } = process.env;
 const framesPerSecond = 120;
@@ -19,10 +20,7 @@ const tool = (...args) => execFileSync(IMGTUNE, args, { maxBuffer: 1 << 28, stdi
 let browser;
 
 before(async () => {
-  browser = await chromium.launch({
-    executablePath: "/usr/bin/chromium",
-    args: process.getuid() === 0 ? ["--no-sandbox"] : [],
-  });
+  browser = await chromium.launch(chromiumOptions);
 });
 after(async () => {
   await browser.close();

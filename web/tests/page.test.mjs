@@ -9,6 +9,7 @@ import { after, before, beforeEach, test } from "node:test";
 import { pathToFileURL } from "node:url";
 import { chromium } from "playwright-core";
 import { room } from "./load.mjs";
+import { chromiumOptions } from "./browsers.mjs";
 
 const { PAGE, IMGTUNE, EXAMPLES } = process.env;
 const axe = readFileSync(new URL("../node_modules/axe-core/axe.min.js", import.meta.url), "utf8");
@@ -18,10 +19,7 @@ const tool = (...args) => execFileSync(IMGTUNE, args, { maxBuffer: 1 << 28, stdi
 let browser, page, complaints;
 
 before(async () => {
-  browser = await chromium.launch({
-    executablePath: "/usr/bin/chromium",
-    args: process.getuid() === 0 ? ["--no-sandbox"] : [],
-  });
+  browser = await chromium.launch(chromiumOptions);
 });
 after(async () => {
   await browser.close();

@@ -229,15 +229,6 @@ class SetSearch {
     std::map<Indices, double> costs_;
 };
 
-std::vector<TunedPoint> thinned(const std::vector<TunedPoint>& points) {
-    if (points.size() <= kMostGridPoints) return points;
-    std::vector<TunedPoint> kept;
-    for (std::size_t i = 0; i < kMostGridPoints; ++i) {
-        kept.push_back(points[i * (points.size() - 1) / (kMostGridPoints - 1)]);
-    }
-    return kept;
-}
-
 class Trial {
   public:
     Trial(const Sensor& sensor, const TrialChoices& choices, const Tuning& empty)
@@ -245,7 +236,7 @@ class Trial {
           search_lights_(judged_lights(sensor, kSearchLights, kSearchDeviations, choices.stretch)),
           judge_lights_(judged_lights(sensor, kJudgeLights, kJudgeDeviations, choices.stretch)),
           maker_(search_lights_, empty),
-          grid_(thinned(sensor.points())) {
+          grid_(thinned(sensor.points(), kMostGridPoints)) {
         for (TunedPoint& point : grid_) point.gain = stretched(point.gain, choices.stretch);
     }
 

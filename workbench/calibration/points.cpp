@@ -281,4 +281,13 @@ TunedPoint Sensor::at(double kelvin) const {
     return point;
 }
 
+std::vector<TunedPoint> thinned(const std::vector<TunedPoint>& points, std::size_t most) {
+    if (points.size() <= most) return points;
+    std::vector<TunedPoint> kept;
+    for (std::size_t i = 0; i < most; ++i) {
+        kept.push_back(points[i * (points.size() - 1) / (most - 1)]);
+    }
+    return kept;
+}
+
 }  // namespace imgtune::workbench

@@ -3,6 +3,7 @@
 
 #include <imgtune/awb_gain.h>
 
+#include <cstddef>
 #include <vector>
 
 #include "workbench/calibration/calibration.h"
@@ -18,6 +19,9 @@ struct TunedPoint {
     bool published = true;  ///< false: between the calibrated ones
     int line = 0;           ///< of its matrix
 };
+
+/// As many at most, evenly by their place, both ends among them. `most` is two or more.
+std::vector<TunedPoint> thinned(const std::vector<TunedPoint>& points, std::size_t most);
 
 /// How faults of a calibration are met.
 struct PointChoices {

@@ -24,15 +24,6 @@ Tuning row_alone(const Tuning& tuning) {
     return empty;
 }
 
-std::vector<TunedPoint> spread(const std::vector<TunedPoint>& points) {
-    if (points.size() <= kMostForSets) return points;
-    std::vector<TunedPoint> some;
-    for (std::size_t i = 0; i < kMostForSets; ++i) {
-        some.push_back(points[i * (points.size() - 1) / (kMostForSets - 1)]);
-    }
-    return some;
-}
-
 class Reporter {
   public:
     Reporter(const Sensor& sensor, const ImportChoices& choices, const Import& import)
@@ -93,7 +84,7 @@ class Reporter {
     /// The best of all sets of so many calibrated lights (where these are many, of evenly spread
     /// ones), between which the others are guessed.
     FewLights best_few(std::size_t count, CcmMethod method) {
-        const std::vector<TunedPoint> points = spread(sensor_.points());
+        const std::vector<TunedPoint> points = thinned(sensor_.points(), kMostForSets);
         const std::vector<JudgedLight> lights =
             judged_lights(sensor_, kAlongLights / 2 + 1, 1, stretch_);
         FewLights best;

@@ -16,15 +16,7 @@ Json told(const std::optional<std::array<std::int32_t, 9>>& matrix) {
 
 Json clipping_json(const LiveStudy& study) {
     if (!study.camera().jobs().ccm) return {};
-    switch (study.newest().clipping) {
-        case Clipping::none:
-            return "none";
-        case Clipping::low:
-            return "low";
-        case Clipping::high:
-            return "high";
-    }
-    return {};
+    return clipping_name(study.newest().clipping);
 }
 
 /// CIEDE2000 of the chart's patches.

@@ -145,7 +145,7 @@ Json clipped_to_json(const SummaryRecord& record) {
     for (const ClippedSpan& span : record.clipped) {
         spans.push_back({{"first", span.frames.first},
                          {"last", span.frames.last},
-                         {"end", span.end == Clipping::low ? "low" : "high"}});
+                         {"end", clipping_name(span.end)}});
     }
     return {{"frames", record.clipped_frames},
             {"spans", spans},

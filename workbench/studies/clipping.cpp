@@ -16,4 +16,9 @@ Clipping find_clipping(const Tuning& tuning, const Frame& frame) {
     return Clipping::none;
 }
 
+const char* clipping_name(Clipping clipping) {
+    constexpr const char* kNames[] = {"none", "low", "high"};
+    return kNames[static_cast<std::size_t>(clipping)];
+}
+
 }  // namespace imgtune::workbench
