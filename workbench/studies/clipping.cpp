@@ -17,8 +17,8 @@ Clipping find_clipping(const Tuning& tuning, const Frame& frame) {
 }
 
 const char* clipping_name(Clipping clipping) {
-    constexpr const char* kNames[] = {"none", "low", "high"};
-    return kNames[static_cast<std::size_t>(clipping)];
+    constexpr const char* kClippingNames[] = {"none", "low", "high"};
+    return kClippingNames[static_cast<std::size_t>(clipping)];
 }
 
 }  // namespace imgtune::workbench
